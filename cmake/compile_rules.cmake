@@ -1,0 +1,16 @@
+# How every source of ours is compiled: warnings on, floating point exactly as written.
+
+add_library(velmora_rules INTERFACE)
+
+# A pixel must not depend on the machine that made it: no fused multiply-add, no reassociation.
+target_compile_options(velmora_rules INTERFACE -ffp-contract=off)
+
+target_compile_options(velmora_rules INTERFACE
+    -Wall -Wextra -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual -Wformat=2
+    $<IF:$<CXX_COMPILER_ID:GNU>,-Wshadow=local,-Wshadow>)
+
+if(VELMORA_SANITIZE)
+    add_compile_options(-fsanitize=${VELMORA_SANITIZE} -fno-sanitize-recover=all
+                        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${VELMORA_SANITIZE})
+endif()

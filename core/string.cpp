@@ -1,0 +1,259 @@
+#define XSOURCE "string"
+
+#include "core/string.h"
+#include "core/array.h"
+#include "core/xception.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+// Null and "" give null; any other text a copy. Does not check its allocation.
+static char* my_strdup(const char* s) {
+    if (!s || !*s)
+        return nullptr;
+    const uword size = strlen(s) + 1;
+    return static_cast<char*>(memcpy(malloc(size), s, size));
+}
+
+// Set while an "out of memory" is being raised: its own text needs memory too, and with an
+// allocator that stays empty the raising would otherwise start over for ever.
+static thread_local bool raising_out_of_memory = false;
+
+namespace {
+struct RaisingOutOfMemory {
+    RaisingOutOfMemory() {
+        if (raising_out_of_memory)
+            throw std::bad_alloc();
+        raising_out_of_memory = true;
+    }
+    ~RaisingOutOfMemory() { raising_out_of_memory = false; }
+};
+} // namespace
+
+// The formatted text, to be freed by the caller.
+[[gnu::format(printf, 1, 0)]] static char* my_vsnprintf(const char* format, va_list args) {
+    int size = 100;
+    char* buffer = static_cast<char*>(malloc(uword(size)));
+    for (;;) {
+        if (!buffer) {
+            RaisingOutOfMemory guard;
+            XTHROW("out of memory");
+        }
+
+        va_list copy;
+        va_copy(copy, args);
+        const int result = vsnprintf(buffer, uword(size), format, copy);
+        va_end(copy);
+        if (result >= 0 && result < size)
+            return buffer;
+
+        // A negative result is the older convention for "did not fit", with the length unknown.
+        size = result >= 0 ? result + 1 : size * 2;
+        buffer = static_cast<char*>(realloc(buffer, uword(size)));
+    }
+}
+
+static const char* text_of(const String& s) {
+    return s.str ? s.str : "";
+}
+
+String::String(const char* s) : str(my_strdup(s)) {}
+
+String::String(const char* s, unsigned n) : str(nullptr) {
+    if (n == 0)
+        return;
+    const uword used = strnlen(s, n);
+    str = static_cast<char*>(malloc(uword(n) + 1));
+    memcpy(str, s, used);
+    memset(str + used, 0, uword(n) + 1 - used);
+}
+
+String::String(char ch) : str(static_cast<char*>(malloc(2))) {
+    str[0] = ch;
+    str[1] = 0;
+}
+
+String::String(const String& other) : str(my_strdup(other.str)) {}
+
+String::~String() {
+    free(str);
+}
+
+String& String::operator=(const String& other) {
+    return *this = other.str;
+}
+
+String& String::operator=(const char* s) {
+    char* copy = my_strdup(s);
+    free(str);
+    str = copy;
+    return *this;
+}
+
+void String::clear() {
+    free(str);
+    str = nullptr;
+}
+
+uword String::len() const {
+    return str ? strlen(str) : 0;
+}
+
+u32 String::hash() const {
+    u32 h = 0;
+    for (const char* p = text_of(*this); *p; p++) {
+        const s32 b = static_cast<signed char>(*p);
+        h = (h + u32(b >> 4) + (u32(b) << 4)) * 11;
+    }
+    return h;
+}
+
+long String::atoi() const {
+    return strtol(text_of(*this), nullptr, 10);
+}
+
+double String::atof() const {
+    return strtod(text_of(*this), nullptr);
+}
+
+static u32 index_of(const String& s, const char* found) {
+    return found ? u32(found - text_of(s)) : u32(-1);
+}
+
+// strchr would also find the terminator, which is not a character of the text.
+u32 String::find(char ch) const {
+    return ch ? index_of(*this, strchr(text_of(*this), ch)) : u32(-1);
+}
+
+u32 String::findr(char ch) const {
+    return ch ? index_of(*this, strrchr(text_of(*this), ch)) : u32(-1);
+}
+
+u32 String::find(const char* s) const {
+    return index_of(*this, strstr(text_of(*this), s));
+}
+
+// Puts `n` bytes from `s` behind the `length` bytes of `text` and terminates.
+static char* appended(char* text, uword length, const char* s, uword n) {
+    char* grown = static_cast<char*>(realloc(text, length + n + 1));
+    memcpy(grown + length, s, n);
+    grown[length + n] = 0;
+    return grown;
+}
+
+String& String::operator+=(const String& other) {
+    if (!str)
+        return *this = other;
+    if (&other == this)
+        return *this += String(other);
+    str = appended(str, len(), text_of(other), other.len());
+    return *this;
+}
+
+String& String::operator+=(const char* s) {
+    if (!str)
+        return *this = s;
+    str = appended(str, len(), s, strlen(s));
+    return *this;
+}
+
+String& String::operator+=(char ch) {
+    str = appended(str, len(), &ch, 1);
+    return *this;
+}
+
+void String::vsprintf(const char* format, va_list args) {
+    char* text = my_vsnprintf(format, args);
+    free(str);
+    str = text;
+}
+
+void String::sprintf(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    vsprintf(format, args);
+    va_end(args);
+}
+
+String String::vfmt(const char* format, va_list args) {
+    String s;
+    s.vsprintf(format, args);
+    return s;
+}
+
+String String::fmt(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    String s = vfmt(format, args);
+    va_end(args);
+    return s;
+}
+
+String String::chop(const char* s) {
+    String line;
+    for (; *s && *s != '\r' && *s != '\n'; s++)
+        line += *s;
+    return line;
+}
+
+String String::chop(const String& s) {
+    return chop(text_of(s));
+}
+
+void String::split_by(const char* s, const char* seps, Array<String>& out) {
+    String token;
+    for (;; s++) {
+        if (*s && !strchr(seps, *s)) {
+            token += *s;
+            continue;
+        }
+        if (token.len() > 0) {
+            out.append(token);
+            token.clear();
+        }
+        if (!*s)
+            return;
+    }
+}
+
+void String::split_by(const String& s, const char* seps, Array<String>& out) {
+    split_by(text_of(s), seps, out);
+}
+
+void String::split(const char* s, Array<String>& out) {
+    split_by(s, " \t\n\r", out);
+}
+
+void String::split(const String& s, Array<String>& out) {
+    split(text_of(s), out);
+}
+
+String operator+(const String& a, const String& b) {
+    String sum(a);
+    sum += b;
+    return sum;
+}
+
+String operator+(const String& a, const char* b) {
+    String sum(a);
+    sum += b;
+    return sum;
+}
+
+bool operator==(const String& a, const String& b) {
+    if (a.str && b.str)
+        return strcmp(a.str, b.str) == 0;
+    return !a.str && !b.str;
+}
+
+bool operator!=(const String& a, const String& b) {
+    return !(a == b);
+}
+
+bool operator<=(const String& a, const String& b) {
+    if (a.str && b.str)
+        return strcmp(a.str, b.str) <= 0;
+    return a.str != b.str;
+}

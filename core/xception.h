@@ -1,0 +1,64 @@
+// The exceptions that every folder throws, and the macros that give them their location.
+//
+// Errors:    broken invariants throw AssertXception, everything else StrXception; thrown by value,
+//            caught as Xception&. Nothing here is ever compiled out.
+// Threads:   no shared state; lines written to standard error by several threads may interleave.
+#pragma once
+
+#include "core/string.h"
+
+class Xception {
+public:
+    virtual ~Xception();
+
+    // Writes the failure to standard error as one line.
+    virtual void print() const = 0;
+
+    // Writes "title: text" and a newline to standard error.
+    static void display_error(const char* title, const char* text);
+
+    // Writes "warning: ", the formatted text and " in <function>" to standard error, in three
+    // writes.
+    [[gnu::format(printf, 2, 3)]] static void warning(const char* function, const char* format,
+                                                      ...);
+};
+
+// A check of ours that did not hold. The three texts are literals and are never copied.
+class AssertXception : public Xception {
+public:
+    const char* expr;     // as written in the source
+    const char* file;     // the source's name, see XSOURCE
+    const char* function; // full signature of the enclosing function
+    s32 line;
+
+    AssertXception(const char* expr, const char* file, const char* function, int line);
+    ~AssertXception() override;
+
+    // "Assertion Failed: 'expr' in <function> (file:line)", the part behind ": " cut to 4,095
+    // bytes.
+    void print() const override;
+};
+
+// A failure with a text of its own, which ends in " in <function> (file:line)".
+class StrXception : public Xception {
+public:
+    String message;
+
+    [[gnu::format(printf, 5, 6)]] StrXception(const char* file, const char* function, int line,
+                                              const char* format, ...);
+    ~StrXception() override;
+
+    void print() const override;
+};
+
+// A source defines XSOURCE, its name in messages, before its first include. The …_AT forms are for
+// messages whose function and line are fixed, wherever the code that raises them stands today.
+#define XASSERT_AT(condition, expression, function, line)                                          \
+    do {                                                                                           \
+        if (!(condition))                                                                          \
+            throw AssertXception(expression, XSOURCE, function, line);                             \
+    } while (0)
+#define XASSERT(condition) XASSERT_AT(condition, #condition, __PRETTY_FUNCTION__, __LINE__)
+
+#define XTHROW_AT(function, line, ...) throw StrXception(XSOURCE, function, line, __VA_ARGS__)
+#define XTHROW(...) XTHROW_AT(__PRETTY_FUNCTION__, __LINE__, __VA_ARGS__)

@@ -1,0 +1,44 @@
+#define XSOURCE "osapi-unix"
+
+#include "core/xception.h"
+#include "osapi/osapi.h"
+
+namespace OSAPI {
+
+static String temporary_name(const char* path) {
+    return String::fmt("%s.inprogress", path);
+}
+
+AtomicFileWrite::AtomicFileWrite(const char* path, int flags)
+    : path(path), temp_path(temporary_name(path)), fd(open(temp_path.str, flags)), done(false) {}
+
+AtomicFileWrite::AtomicFileWrite(const char* path, const String& temp_path, fd_t fd)
+    : path(path), temp_path(temp_path), fd(fd), done(false) {}
+
+AtomicFileWrite::~AtomicFileWrite() noexcept(false) {
+    if (!done)
+        abort();
+}
+
+AtomicFileWrite* AtomicFileWrite::exclusive(const char* path) {
+    const String temp_path = temporary_name(path);
+    const fd_t fd = open_can_fail(temp_path.str, OPEN_WRITE | OPEN_EXCL);
+    return fd == -1 ? nullptr : new AtomicFileWrite(path, temp_path, fd);
+}
+
+void AtomicFileWrite::complete() {
+    sync(fd);
+    complete_nosync();
+}
+
+void AtomicFileWrite::complete_nosync() {
+    rename(temp_path.str, path.str);
+    done = true;
+}
+
+void AtomicFileWrite::abort() {
+    rm_ifexist(temp_path.str);
+    done = true;
+}
+
+} // namespace OSAPI

@@ -1,0 +1,66 @@
+#define XSOURCE "osapi-unix"
+
+#include "core/xception.h"
+#include "osapi/osapi.h"
+
+#include <cerrno>
+#include <cstring>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace OSAPI {
+
+int get_page_size() {
+    return getpagesize();
+}
+
+MemoryMapping::~MemoryMapping() noexcept(false) {
+    if (!data)
+        return;
+    void* mapped = data;
+    const uword mapped_size = size;
+    data = nullptr;
+    size = 0;
+    if (munmap(mapped, mapped_size) == -1)
+        XTHROW("munmap: %s", strerror(errno));
+}
+
+AnonMapping::AnonMapping(uword len, bool shared) {
+    const int sharing = shared ? MAP_SHARED : MAP_PRIVATE;
+    void* range = mmap(nullptr, len, PROT_READ | PROT_WRITE, sharing | MAP_ANONYMOUS, -1, 0);
+    if (range == MAP_FAILED)
+        XTHROW("mmap(anonymous): %s", strerror(errno));
+    data = range;
+    size = len;
+}
+
+FileMapping::FileMapping(fd_t fd, uword len, int flags) {
+    map(fd, len, flags);
+}
+
+FileMapping::FileMapping(const char* path, int flags) {
+    const FileDescriptor file(open(path, flags));
+    map(file.fd, getsize(file.fd), flags);
+}
+
+void FileMapping::map(fd_t fd, uword len, int flags) {
+    void* range = mmap(nullptr, len, flags & 3, MAP_SHARED, fd, 0);
+    if (range == MAP_FAILED) {
+        data = nullptr;
+        size = 0;
+        XTHROW("mmap(file): %s", strerror(errno));
+    }
+    data = range;
+    size = len;
+}
+
+LockMemory::LockMemory(void* addr, uword len) : addr(addr), len(len) {
+    if (mlock(addr, len) == -1)
+        XTHROW("mlock: %s", strerror(errno));
+}
+
+LockMemory::~LockMemory() {
+    munlock(addr, len);
+}
+
+} // namespace OSAPI

@@ -1,0 +1,79 @@
+#include "stars/setup.h"
+
+namespace velmora {
+
+int camera_samples(int blur_segs) {
+    return blur_segs > 0 ? blur_segs + 1 : 1;
+}
+
+double sample_time(double frame, int n, int blur_segs, double shutter, double shutter_offset) {
+    if (blur_segs < 1)
+        return frame;
+    return frame + n * shutter / blur_segs + shutter_offset;
+}
+
+op_stars_projection projection_of_index(int index) {
+    switch (index) {
+    case 1:
+        return OP_STARS_HEMISPHERICAL;
+    case 2:
+        return OP_STARS_AZIMUTHAL_EQUIDISTANT;
+    default:
+        return OP_STARS_PERSPECTIVE;
+    }
+}
+
+double bias_exponent_of(double bias) {
+    return bias == 0 ? 100.0 : 1 / bias;
+}
+
+camera camera_of_host(const float columns[16], double focal) {
+    // Read in memory order the column-vector matrix is its own row-vector transpose.
+    DblMatrix4 to_world;
+    for (int i = 0; i < 16; i++)
+        to_world.e[i] = columns[i];
+
+    for (int i = 0; i < 4; i++) {
+        if (i == 2)
+            continue;
+        to_world(i, 2) = -to_world(i, 2);
+        to_world(2, i) = -to_world(2, i);
+    }
+
+    camera cam;
+    cam.matrix = to_world.inverse();
+    cam.focal = focal;
+    cam.near = 0.1f;
+    cam.far = -1.0;
+    return cam;
+}
+
+void set_film_window(StarRendererData& data, double horizontal_aperture, double vertical_aperture) {
+    data.left = -horizontal_aperture / 2;
+    data.right = horizontal_aperture / 2;
+    data.bottom = -vertical_aperture / 2;
+    data.top = vertical_aperture / 2;
+}
+
+void set_default_film_window(StarRendererData& data, int width, int height) {
+    const double aspect = double(width) / double(height);
+    data.left = -aspect;
+    data.right = aspect;
+    data.bottom = -1;
+    data.top = 1;
+}
+
+StarFramebuffer framebuffer_of(float* pixels, int width, int height, int row_bytes) {
+    StarFramebuffer fb;
+    fb.alpha = pixels;
+    fb.red = pixels + 1;
+    fb.green = pixels + 2;
+    fb.blue = pixels + 3;
+    fb.width = width;
+    fb.height = height;
+    fb.row_stride = row_bytes / s32(sizeof(float));
+    fb.pixel_stride = 4;
+    return fb;
+}
+
+} // namespace velmora

@@ -1,0 +1,39 @@
+// From artists' controls and the host's camera to what the renderer takes.
+//
+// Units:     the host's matrices are 16 floats, column by column, for column vectors, camera to
+// world,
+//            looking along -z; its focal length and apertures are in millimetres.
+// Threads:   pure functions.
+#pragma once
+
+#include "stars/stars.h"
+
+namespace velmora {
+
+// Focal length of a view without a camera, in units of the default film window.
+const double focal_without_camera = 3.2f;
+
+// How many times the camera is sampled, and when: sample n of `blur_segs` + 1 is spread over the
+// shutter; without segments there is one, at the frame itself.
+int camera_samples(int blur_segs);
+double sample_time(double frame, int n, int blur_segs, double shutter, double shutter_offset);
+
+// The projection of an index; indices that are none give the perspective one.
+op_stars_projection projection_of_index(int index);
+
+// 1 / bias; 100 for a bias of 0.
+double bias_exponent_of(double bias);
+
+// The renderer's camera for a host camera-to-world matrix: widened, z reversed on both sides, so
+// that it looks along +z, and inverted. A singular matrix warns.
+camera camera_of_host(const float columns[16], double focal);
+
+// The film window of a camera's apertures, or, without a camera, ±width/height by ±1, in which the
+// unit disc just fits the image's height.
+void set_film_window(StarRendererData& data, double horizontal_aperture, double vertical_aperture);
+void set_default_film_window(StarRendererData& data, int width, int height);
+
+// A view of `height` rows of `row_bytes` bytes with four floats per pixel: alpha, red, green, blue.
+StarFramebuffer framebuffer_of(float* pixels, int width, int height, int row_bytes);
+
+} // namespace velmora

@@ -1,0 +1,70 @@
+// The star database file, mapped and walked record by record.
+//
+//     record 0, the header:  offset 0  8 bytes   "VELMORA1" or "VELMORA2", no terminator
+//                                   8  24 bytes  reserved, never read
+//     records 1 to N, stars: see `star`; N = file size / 32 - 1, bytes behind the last whole record
+//                            are ignored. Little-endian throughout.
+//
+// Units:     angles in degrees (J2000 in what our importers write), `flux` linear with magnitude 0
+//            at 1 by convention, colours sRGB-encoded, distance in scene units.
+// Errors:    a file that cannot be opened or mapped, or is shorter than its magic, throws
+// StrXception.
+//            Nothing else about its contents is checked here.
+// Threads:   one reader belongs to one thread at a time; several readers may share a file.
+#pragma once
+
+#include "core/types.h"
+#include "osapi/osapi.h"
+
+#include <cstddef>
+
+struct star {
+    double ra;  // right ascension, degrees
+    double dec; // declination, degrees
+    float flux;
+    unsigned char red, green, blue;
+    unsigned char reserved; // never read
+    double distance;        // version 2 only; <= 0 is unknown, that is infinitely far
+};
+
+static_assert(sizeof(star) == 32, "a record takes 32 bytes");
+static_assert(offsetof(star, ra) == 0 && offsetof(star, dec) == 8 && offsetof(star, flux) == 16 &&
+                  offsetof(star, red) == 20 && offsetof(star, green) == 21 &&
+                  offsetof(star, blue) == 22 && offsetof(star, distance) == 24,
+              "the fields stand where the file has them");
+
+// Where star records come from. One render takes the header with is_valid(), each star with next(),
+// and calls reset() for the render after it.
+class StarInput {
+public:
+    u32 count;              // records in the source, header included
+    unsigned char version2; // 1 once is_valid() has seen "VELMORA2"
+
+    StarInput() : count(0), version2(0) {}
+    virtual ~StarInput() noexcept(false); // what releases the records may fail
+
+    // The next record, valid while this input lives. Never checks the end: the caller counts.
+    virtual const star* next() = 0;
+
+    // Goes back to the header.
+    virtual void reset() = 0;
+
+    // Takes one record and tells whether it carries either magic.
+    bool is_valid();
+};
+
+// A whole file, mapped read-only for as long as the reader lives.
+class MMAPStarFile : public StarInput {
+public:
+    explicit MMAPStarFile(const char* path);
+
+    const star* next() override;
+    void reset() override;
+
+private:
+    const star* cursor;
+    OSAPI::FileMapping mapping;
+};
+
+// Opens the database at `path`; the caller owns the reader. Looks at its length, not its contents.
+StarInput* op_stars_file_input(const char* path);

@@ -1,0 +1,45 @@
+// Gaussian spots and the streaks they leave while they move, added into a float framebuffer.
+//
+// Units:     positions and sizes in pixels, x right, y down from the top row; pixel (x, y) is
+// sampled
+//            at exactly (x, y). A spot at P has the profile
+//                amplitude * exp(-(dx / size_x)^2 - (dy / size_y)^2),  (dx, dy) = pixel - P,
+//            so it carries amplitude * pi * size_x * size_y of light. A streak is the time average
+//            of the spot moving evenly from `from` to `to`: the profile's line integral along the
+//            segment, in closed form with the error function, divided by the segment's length.
+// Shapes:    nothing is drawn farther than sqrt(ln(6250 * amplitude)) sizes from the segment's
+//            bounding box, where the profile has fallen to 1/6250.
+// Errors:    AssertXception only, for an image without columns or rows. A star too faint, outside
+// the
+//            image or at a position that is not a number draws nothing and gives false.
+// Threads:   no state; calls that write disjoint rows may run at once.
+#pragma once
+
+#include "core/newmatrix.h"
+
+// Which rows a call may write, for video rendered field by field; other values act as ODD.
+enum op_stars_lines : s32 {
+    OP_STARS_LINES_ALL = 0,
+    OP_STARS_LINES_EVEN = 1,
+    OP_STARS_LINES_ODD = 2,
+};
+
+// A view of a float image with coverage; it owns nothing. Pixel (x, y) of a plane stands
+// y * row_stride + x * pixel_stride floats from its pointer. Row 0 is the top row.
+struct StarFramebuffer {
+    float* red;
+    float* green;
+    float* blue;
+    float* alpha; // coverage: only read, stars are added behind it
+    s32 width;    // pixels in a row
+    s32 height;   // rows
+    s32 row_stride;
+    s32 pixel_stride;
+};
+
+// Adds (1 - alpha) * profile * color to every pixel of the footprint that is not covered
+// (alpha >= 1). A path of up to 1e-5 pixels is a spot at its midpoint. Returns whether any pixel
+// got a contribution above zero, whatever its colour.
+bool op_star_streak(const StarFramebuffer& dst, const Vector2& from, const Vector2& to,
+                    float amplitude, const Color3& color, float size_x, float size_y,
+                    op_stars_lines lines);
