@@ -1,5 +1,7 @@
 #include "stars/setup.h"
 
+#include <cmath>
+
 namespace velmora {
 
 int camera_samples(int blur_segs) {
@@ -61,6 +63,12 @@ void set_default_film_window(StarRendererData& data, int width, int height) {
     data.right = aspect;
     data.bottom = -1;
     data.top = 1;
+}
+
+double film_stretch(const StarRendererData& data, int width, int height) {
+    const double image_shape = double(width) / double(height);
+    const double film_shape = std::fabs(data.right - data.left) / std::fabs(data.bottom - data.top);
+    return image_shape / film_shape;
 }
 
 StarFramebuffer framebuffer_of(float* pixels, int width, int height, int row_bytes) {

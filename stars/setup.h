@@ -33,6 +33,9 @@ camera camera_of_host(const float columns[16], double focal);
 void set_film_window(StarRendererData& data, double horizontal_aperture, double vertical_aperture);
 void set_default_film_window(StarRendererData& data, int width, int height);
 
+// How much wider a film unit comes out across x than across y on an image of this size.
+double film_stretch(const StarRendererData& data, int width, int height);
+
 // A view of `height` rows of `row_bytes` bytes with four floats per pixel: alpha, red, green, blue.
 StarFramebuffer framebuffer_of(float* pixels, int width, int height, int row_bytes);
 

@@ -3,9 +3,8 @@
 #include "stars/stars.h"
 #include "core/xception.h"
 #include "stars/projection.h"
+#include "stars/setup.h"
 #include "stars/shading.h"
-
-#include <cmath>
 
 using namespace velmora;
 
@@ -29,13 +28,6 @@ static DblMatrix4 combined_matrix(const camera& cam, op_stars_projection project
     return cam.matrix * DblMatrix4::perspective(cam.focal, cam.near, cam.far);
 }
 
-// How much wider a film unit comes out across x than across y.
-static double film_stretch(const StarRendererData& data, const StarFramebuffer& fb) {
-    const double image_shape = double(fb.width) / double(fb.height);
-    const double film_shape = std::fabs(data.right - data.left) / std::fabs(data.bottom - data.top);
-    return image_shape / film_shape;
-}
-
 // A spot narrower than a pixel is drawn one pixel wide, with its light reduced in proportion.
 static void widen_to_pixel(float& size, float& intensity_scale) {
     if (size < 1) {
@@ -57,7 +49,7 @@ StarRenderer::StarRenderer(const StarRendererData& parameters, const StarFramebu
     if (cams.len() >= 2)
         priv->intensity_scale /= float(cams.len() - 1);
 
-    priv->spot_w = float(float(data->spot_width * spot_unit * fb.width) * film_stretch(*data, fb));
+    priv->spot_w = float(float(data->spot_width * spot_unit * fb.width) * film_stretch(*data, fb.width, fb.height));
     priv->spot_h = float(data->star_size * spot_unit * fb.width);
     widen_to_pixel(priv->spot_w, priv->intensity_scale);
     widen_to_pixel(priv->spot_h, priv->intensity_scale);

@@ -1,0 +1,159 @@
+#include "catalog/database_info.h"
+#include "catalog/catalog_error.h"
+#include "catalog/database_record.h"
+#include "catalog/photometry.h"
+#include "core/string.h"
+#include "osapi/osapi.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace velmora {
+
+void ValueRange::add(double value) {
+    if (!std::isfinite(value))
+        return;
+    lowest = std::min(lowest, value);
+    highest = std::max(highest, value);
+}
+
+void Oddity::add(u64 record) {
+    if (count++ == 0)
+        first = record;
+}
+
+// A flux is a float: magnitude 6 comes back as 5.99999998. What is this close below a whole
+// magnitude is meant to be it.
+static const double magnitude_slack = 1e-6;
+
+static int whole_magnitude(double flux) {
+    return int(std::floor(magnitude_of_flux(flux) + magnitude_slack));
+}
+
+static void add_distance(DatabaseInfo& info, u64 number, double distance) {
+    if (distance <= 0)
+        info.distance_unknown.add(number);
+    if (!(distance > 0) || std::isinf(distance))
+        return;
+    info.known_distances++;
+    info.distance.add(distance);
+}
+
+static void add_oddities(DatabaseInfo& info, u64 number, const star& record) {
+    const double distance = info.version == 2 ? record.distance : 0;
+    if (std::isnan(record.ra) || std::isnan(record.dec) || std::isnan(record.flux) ||
+        std::isnan(distance))
+        info.nan.add(number);
+    if (std::isinf(record.ra) || std::isinf(record.dec) || std::isinf(record.flux) ||
+        std::isinf(distance))
+        info.infinite.add(number);
+    if (record.ra < 0 || record.ra >= 360)
+        info.ra_outside.add(number);
+    if (record.dec < -90 || record.dec > 90)
+        info.dec_outside.add(number);
+    if (record.flux <= 0)
+        info.dark.add(number);
+}
+
+static void add_star(DatabaseInfo& info, u64 number, const star& record) {
+    info.ra.add(record.ra);
+    info.dec.add(record.dec);
+    info.flux.add(record.flux);
+    if (record.flux > 0 && std::isfinite(record.flux))
+        info.magnitudes[whole_magnitude(record.flux)]++;
+    if (info.version == 2)
+        add_distance(info, number, record.distance);
+    add_oddities(info, number, record);
+}
+
+static DatabaseInfo inspect_bytes(const std::string& path, const unsigned char* bytes, u64 size) {
+    DatabaseInfo info;
+    info.version = version_of_header(bytes);
+    if (info.version == 0)
+        throw CatalogError(path, "is not a star database: it begins with neither \"VELMORA1\" nor "
+                                 "\"VELMORA2\"");
+    info.stars = size / record_size - 1;
+    info.trailing_bytes = size % record_size;
+
+    float flux_before = std::numeric_limits<float>::infinity();
+    for (u64 number = 1; number <= info.stars; number++) {
+        const star record = decode_record(bytes + number * record_size);
+        add_star(info, number, record);
+        if (record.flux > flux_before)
+            info.out_of_order.add(number);
+        flux_before = record.flux;
+    }
+    return info;
+}
+
+DatabaseInfo inspect_star_database(const std::string& path) {
+    const OSAPI::FileDescriptor file(OSAPI::open(path.c_str(), OSAPI::OPEN_READ));
+    if (OSAPI::is_directory(path.c_str()))
+        throw CatalogError(path, "is a directory, not a file");
+    const u64 size = OSAPI::getsize(file.fd);
+    if (size < record_size)
+        throw CatalogError(path, "is not a star database: its header alone takes 32 bytes, the "
+                                 "file has " +
+                                     std::to_string(size));
+    const OSAPI::FileMapping mapping(file.fd, size, OSAPI::OPEN_READ);
+    return inspect_bytes(path, static_cast<const unsigned char*>(mapping.data), size);
+}
+
+// ---- Text ------------------------------------------------------------------------------------
+
+[[gnu::format(printf, 1, 2)]] static std::string format(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    const String text = String::vfmt(format, args);
+    va_end(args);
+    return text.str;
+}
+
+static std::string range_text(const ValueRange& range) {
+    return range.empty() ? "none" : format("%g to %g", range.lowest, range.highest);
+}
+
+static std::string magnitude_table(const DatabaseInfo& info) {
+    std::string text = "magnitude        stars\n";
+    for (const auto& [magnitude, stars] : info.magnitudes)
+        text += format("%4d to %-4d %10llu\n", magnitude, magnitude + 1,
+                       static_cast<unsigned long long>(stars));
+    return text;
+}
+
+static std::string oddity_text(const char* what, const Oddity& oddity) {
+    if (oddity.count == 0)
+        return "";
+    return format("odd        %s: %llu, first in record %llu\n", what,
+                  static_cast<unsigned long long>(oddity.count),
+                  static_cast<unsigned long long>(oddity.first));
+}
+
+std::string describe(const DatabaseInfo& info) {
+    std::string text;
+    text += format("version    %d\n", info.version);
+    text += "stars      " + std::to_string(info.stars) + "\n";
+    text += "ra         " + range_text(info.ra) + "\n";
+    text += "dec        " + range_text(info.dec) + "\n";
+    text += "flux       " + range_text(info.flux) + "\n";
+    text += "distance   " + range_text(info.distance) + ", known for " +
+            std::to_string(info.known_distances) + "\n";
+    text += std::string("order      ") +
+            (info.brightest_first() ? "brightest first\n" : "not brightest first\n");
+    if (!info.magnitudes.empty())
+        text += magnitude_table(info);
+
+    text += oddity_text("brighter than the star before", info.out_of_order);
+    text += oddity_text("a number that is NaN", info.nan);
+    text += oddity_text("a number that is infinite", info.infinite);
+    text += oddity_text("ra outside [0, 360)", info.ra_outside);
+    text += oddity_text("dec outside [-90, 90]", info.dec_outside);
+    text += oddity_text("flux not above 0", info.dark);
+    text += oddity_text("distance unknown", info.distance_unknown);
+    if (info.trailing_bytes > 0)
+        text += "odd        bytes behind the last record: " + std::to_string(info.trailing_bytes) +
+                "\n";
+    return text;
+}
+
+} // namespace velmora

@@ -1,0 +1,61 @@
+// What a star database holds, counted star by star, and what is odd about it.
+//
+// Units:     see stars/starfile.h; magnitudes are -2.5 log10(flux).
+// Shapes:    records are numbered as readers do: the header is 0, the stars are 1 to `stars`.
+// Errors:    throws CatalogError for a file that is no star database, StrXception when the system
+//            does not open it. Odd stars are no error.
+// Threads:   pure functions of the file and their arguments. The file must not shrink meanwhile.
+#pragma once
+
+#include "core/types.h"
+
+#include <limits>
+#include <map>
+#include <string>
+
+namespace velmora {
+
+// The finite values seen; empty while lowest > highest.
+struct ValueRange {
+    double lowest = std::numeric_limits<double>::infinity();
+    double highest = -std::numeric_limits<double>::infinity();
+
+    bool empty() const { return lowest > highest; }
+    void add(double value);
+};
+
+// How many records share an oddity, and the number of the first one; 0 when there is none.
+struct Oddity {
+    u64 count = 0;
+    u64 first = 0;
+
+    void add(u64 record);
+};
+
+struct DatabaseInfo {
+    int version = 0;
+    u64 stars = 0;
+    u64 trailing_bytes = 0; // behind the last whole record; readers ignore them
+
+    ValueRange ra, dec, flux;
+    ValueRange distance;           // of the stars whose distance is known
+    u64 known_distances = 0;       // finite and above 0; none in version 1, where it is never read
+    std::map<int, u64> magnitudes; // stars of magnitude [key, key + 1), those of finite flux > 0
+
+    Oddity out_of_order;     // brighter than the star before
+    Oddity nan, infinite;    // some field that is read is so
+    Oddity ra_outside;       // [0, 360)
+    Oddity dec_outside;      // [-90, 90]
+    Oddity dark;             // flux <= 0
+    Oddity distance_unknown; // <= 0, version 2 only
+
+    bool brightest_first() const { return out_of_order.count == 0; }
+};
+
+// Reads the whole database at `path`.
+DatabaseInfo inspect_star_database(const std::string& path);
+
+// Tells it as lines of text, each ended by a newline.
+std::string describe(const DatabaseInfo& info);
+
+} // namespace velmora

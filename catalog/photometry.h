@@ -1,0 +1,50 @@
+// From catalogue magnitudes and colour indices to a record's flux and colour bytes, and back.
+//
+// Units:     V and B-V in Johnson magnitudes, flux linear with V = 0 at 1, temperatures in kelvin.
+// Errors:    none. Where a formula ends, the nearest value that it has is taken, as said below; no
+//            argument may be NaN.
+// Threads:   pure functions of their arguments.
+// Accuracy:  for magnitudes in [-90, 90] the flux is within 2e-14 of the exact one, relative, and the
+//            magnitude within 2e-14. A colour byte is at most 1 from what a finer sampling of the
+//            spectrum gives.
+// Source:    B-V to temperature: Ballesteros 2012, EPL 97, 34008. Colour-matching functions: the
+//            multi-lobe fits of Wyman, Sloan & Shirley 2013, JCGT 2(2). XYZ to sRGB and its
+//            transfer curve: IEC 61966-2-1.
+#pragma once
+
+namespace velmora {
+
+// Gives 10^(-0.4 v): 1 for magnitude 0, and 100 times less for every 5 magnitudes more.
+double flux_of_magnitude(double v);
+
+// Undoes flux_of_magnitude; `flux` must be above 0.
+double magnitude_of_flux(double flux);
+
+// Where the colour index ends: outside it measures noise, and the formula has its pole at -0.67.
+const double bluest_bv = -0.4;
+const double reddest_bv = 3.0;
+
+// The temperature of the black body that shows this B-V, taken at the nearer end of
+// [bluest_bv, reddest_bv] when outside. What the eye would call the colour, so for hot stars far
+// below the star's effective temperature.
+double temperature_of_bv(double bv);
+
+// sRGB-encoded bytes, brightest channel 255: they carry the hue, the flux carries the brightness.
+struct ColorBytes {
+    unsigned char red, green, blue;
+};
+
+// A star of unknown colour is white.
+const ColorBytes unknown_color = {255, 255, 255};
+
+// The ends of what color_of_temperature tells apart: below, every black body is pure red in sRGB.
+const double coolest = 500;
+const double hottest = 1e6;
+
+// The colour of a black body, taken at the nearer end of [coolest, hottest] when outside.
+ColorBytes color_of_temperature(double kelvin);
+
+// color_of_temperature of temperature_of_bv.
+ColorBytes color_of_bv(double bv);
+
+} // namespace velmora

@@ -1,0 +1,106 @@
+#include "catalog/source_file.h"
+#include "catalog/catalog_error.h"
+#include "osapi/osapi.h"
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <zlib.h>
+
+namespace velmora {
+
+static const uword buffer_size = 1 << 16;
+static_assert(buffer_size > SourceFile::longest_line + 2, "a whole line and its end fit");
+
+void SourceFile::Closer::operator()(gzFile_s* file) const {
+    gzclose_r(file);
+}
+
+SourceFile::SourceFile(const std::string& path)
+    : path(path), buffer(buffer_size), begin(0), end(0), line_number(0) {
+    OSAPI::FileDescriptor descriptor(OSAPI::open(path.c_str(), OSAPI::OPEN_READ));
+    if (OSAPI::is_directory(path.c_str()))
+        fail("is a directory, not a file");
+    file.reset(gzdopen(descriptor.fd, "rb"));
+    if (!file)
+        throw std::bad_alloc();
+    descriptor.fd = -1; // the stream closes it
+}
+
+void SourceFile::fail(const std::string& why) const {
+    throw CatalogError(path, why);
+}
+
+void SourceFile::fail_line(const std::string& why) const {
+    throw CatalogError(path + ", line " + std::to_string(line_number), why);
+}
+
+std::string_view SourceFile::unread() const {
+    return std::string_view(buffer.data() + begin, end - begin);
+}
+
+// Reads more behind the unread bytes, which move to the front; false at the end of the file.
+bool SourceFile::fill() {
+    memmove(buffer.data(), buffer.data() + begin, end - begin);
+    end -= begin;
+    begin = 0;
+
+    const int count = gzread(file.get(), buffer.data() + end, unsigned(buffer.size() - end));
+    if (count > 0) {
+        end += uword(count);
+        return true;
+    }
+    const std::string after = line_number ? " after line " + std::to_string(line_number) : "";
+    int status;
+    gzerror(file.get(), &status);
+    if (status == Z_ERRNO)
+        fail("reading" + after + ": " + strerror(errno));
+    if (status == Z_MEM_ERROR)
+        throw std::bad_alloc();
+    if (status == Z_BUF_ERROR)
+        fail("the gzip data end too early" + after);
+    if (status != Z_OK)
+        fail("the gzip data are damaged" + after);
+    return false;
+}
+
+std::string_view SourceFile::head() {
+    while (unread().size() < longest_line && fill()) {
+    }
+    return unread().substr(0, longest_line);
+}
+
+// The offset among the unread bytes where the next line's LF stands or the file ends; the offset
+// of some byte too far when the line is too long.
+uword SourceFile::find_line_end() {
+    uword searched = 0;
+    for (;;) {
+        const uword found = unread().find('\n', searched);
+        if (found != std::string_view::npos)
+            return found;
+        searched = unread().size();
+        if (searched > longest_line + 1 || !fill())
+            return searched;
+    }
+}
+
+bool SourceFile::next_line(std::string_view& line) {
+    const uword length = find_line_end();
+    if (unread().empty())
+        return false;
+    line_number++;
+
+    std::string_view taken = unread().substr(0, length);
+    if (!taken.empty() && taken.back() == '\r')
+        taken.remove_suffix(1);
+    if (taken.size() > longest_line)
+        fail_line("longer than " + std::to_string(longest_line) + " bytes");
+    if (taken.find('\0') != std::string_view::npos)
+        fail_line("holds a NUL byte");
+
+    line = taken;
+    begin = length < unread().size() ? begin + length + 1 : end;
+    return true;
+}
+
+} // namespace velmora

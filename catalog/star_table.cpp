@@ -1,0 +1,157 @@
+#include "catalog/star_table.h"
+#include "catalog/photometry.h"
+#include "core/number.h"
+
+#include <cmath>
+
+namespace velmora {
+
+static const std::string_view header = "hip,ra,dec,vmag,bv,plx,e_plx,name";
+static const std::string_view header_start = "hip,ra,dec,";
+
+enum { HIP, RA, DEC, VMAG, BV, PLX, E_PLX, NAME, COLUMN_COUNT };
+static const char* const column_names[COLUMN_COUNT] = {"hip", "ra",  "dec",   "vmag",
+                                                       "bv",  "plx", "e_plx", "name"};
+
+// Text of the file for a message: one line of plain characters, not too long.
+static std::string quoted(std::string_view text) {
+    const uword most = 40;
+    const char* const digits = "0123456789abcdef";
+    std::string shown = "\"";
+    for (const char ch : text.substr(0, most)) {
+        const auto byte = static_cast<unsigned char>(ch);
+        if (byte >= 0x20 && byte < 0x7f)
+            shown += ch;
+        else
+            shown += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
+    }
+    return shown + (text.size() > most ? "...\"" : "\"");
+}
+
+// Takes the quoted field that `rest` begins with, quotes undone; false when no quote ends it.
+static bool take_quoted(std::string_view& rest, std::string& field) {
+    rest.remove_prefix(1);
+    for (;;) {
+        const uword quote = rest.find('"');
+        if (quote == std::string_view::npos)
+            return false;
+        field += rest.substr(0, quote);
+        rest.remove_prefix(quote + 1);
+        if (rest.empty() || rest[0] != '"')
+            return true;
+        field += '"';
+        rest.remove_prefix(1);
+    }
+}
+
+// Splits a line at its commas; gives what is wrong with it, or null.
+static const char* split(std::string_view rest, std::vector<std::string>& fields) {
+    fields.clear();
+    for (;;) {
+        std::string& field = fields.emplace_back();
+        if (!rest.empty() && rest[0] == '"') {
+            if (!take_quoted(rest, field))
+                return "a quoted field does not end";
+            if (!rest.empty() && rest[0] != ',')
+                return "text stands behind a quoted field";
+        } else {
+            field = rest.substr(0, rest.find(','));
+            rest.remove_prefix(field.size());
+        }
+        if (rest.empty())
+            return nullptr;
+        rest.remove_prefix(1);
+    }
+}
+
+bool StarTable::recognises(std::string_view head) {
+    return head.substr(0, header_start.size()) == header_start;
+}
+
+StarTable::StarTable(SourceFile& file) : file(file) {
+    std::string_view line;
+    if (!file.next_line(line))
+        file.fail("the file is empty");
+    if (line != header)
+        file.fail_line("the header is " + quoted(line) + " instead of " + quoted(header));
+}
+
+bool StarTable::next(TableStar& row) {
+    std::string_view line;
+    if (!file.next_line(line))
+        return false;
+    if (const char* wrong = split(line, fields))
+        file.fail_line(wrong);
+    if (fields.size() != COLUMN_COUNT)
+        file.fail_line("the number of columns is " + std::to_string(fields.size()) +
+                       " instead of " + std::to_string(COLUMN_COUNT));
+
+    row.hip = hip_number();
+    row.ra = number(RA);
+    if (row.ra < 0 || row.ra >= 360)
+        fail_field(RA, "lies outside [0, 360)");
+    row.dec = number(DEC);
+    if (std::abs(row.dec) > 90)
+        fail_field(DEC, "lies outside [-90, 90]");
+    row.vmag = number(VMAG);
+    if (std::abs(row.vmag) > largest_magnitude)
+        fail_field(VMAG, "lies outside [-90, 90]");
+    row.bv = optional_number(BV);
+    row.plx = optional_number(PLX);
+    row.e_plx = optional_number(E_PLX);
+    if (row.e_plx && *row.e_plx < 0)
+        fail_field(E_PLX, "is negative");
+    row.name = fields[NAME];
+    return true;
+}
+
+void StarTable::fail_field(int column, const std::string& why) const {
+    file.fail_line(std::string(column_names[column]) + " " + quoted(fields[column]) + " " + why);
+}
+
+int StarTable::hip_number() const {
+    int hip = 0;
+    if (!parse_number(fields[HIP], hip) || hip < 1)
+        fail_field(HIP, "is not a whole number above 0");
+    return hip;
+}
+
+double StarTable::number(int column) const {
+    double value = 0;
+    if (fields[column].empty())
+        file.fail_line(std::string(column_names[column]) + " is missing");
+    if (!parse_number(fields[column], value))
+        fail_field(column, "is not a number");
+    if (!std::isfinite(value))
+        fail_field(column, "is not finite");
+    return value;
+}
+
+std::optional<double> StarTable::optional_number(int column) const {
+    if (fields[column].empty())
+        return std::nullopt;
+    return number(column);
+}
+
+double distance_of_parallax(std::optional<double> plx, std::optional<double> e_plx) {
+    if (!plx || !(*plx > 0) || (e_plx && *e_plx / *plx >= largest_parallax_error))
+        return 0;
+    const double distance = 1000 / *plx;
+    return std::isfinite(distance) ? distance : 0;
+}
+
+star record_of(const TableStar& row) {
+    const ColorBytes color = row.bv ? color_of_bv(*row.bv) : unknown_color;
+    star record;
+    record.ra = row.ra;
+    record.dec = row.dec;
+    record.flux = float(flux_of_magnitude(row.vmag));
+    record.red = color.red;
+    record.green = color.green;
+    record.blue = color.blue;
+    record.reserved = 0;
+    record.distance = distance_of_parallax(row.plx, row.e_plx);
+    return record;
+}
+
+} // namespace velmora

@@ -1,0 +1,151 @@
+#include "host/chan.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <sstream>
+#include <string_view>
+#include <system_error>
+
+namespace velmora {
+
+static const char* const blanks = " \t\r\v\f";
+
+// Frames further from 0 than this are slips of the finger.
+static const double farthest_frame = 1e9;
+
+static std::vector<std::string_view> words_of(std::string_view line) {
+    std::vector<std::string_view> words;
+    std::size_t start = line.find_first_not_of(blanks);
+    while (start != std::string_view::npos && line[start] != '#') {
+        const std::size_t end = std::min(line.find_first_of(blanks, start), line.size());
+        words.push_back(line.substr(start, end - start));
+        start = line.find_first_not_of(blanks, end);
+    }
+    return words;
+}
+
+static std::string quoted(std::string_view word) {
+    return "'" + std::string(word) + "'";
+}
+
+static double number_of(std::string_view word, const std::string& where) {
+    // from_chars takes a minus sign only.
+    const std::size_t sign = word.size() > 1 && word[0] == '+' && word[1] != '-' ? 1 : 0;
+    double number = 0.0;
+    const char* const end = word.data() + word.size();
+    const auto result = std::from_chars(word.data() + sign, end, number);
+    if (result.ec == std::errc::invalid_argument || result.ptr != end)
+        throw ChanError(where, quoted(word) + " is not a number");
+    if (result.ec != std::errc())
+        throw ChanError(where, quoted(word) + " is out of range");
+    if (!std::isfinite(number))
+        throw ChanError(where, quoted(word) + " is not a finite number");
+    return number;
+}
+
+static void check_columns(std::size_t columns, std::size_t columns_before,
+                          const std::string& where) {
+    const std::string found = std::to_string(columns) + (columns == 1 ? " column" : " columns");
+    if (columns != 7 && columns != 8)
+        throw ChanError(where, found + ", but a frame takes 7 or 8");
+    if (columns_before != 0 && columns != columns_before)
+        throw ChanError(where,
+                        found + ", but the frames before have " + std::to_string(columns_before));
+}
+
+static ChanSample sample_of(const std::vector<std::string_view>& words, const std::string& where) {
+    ChanSample sample;
+    for (std::size_t k = 0; k < 3; k++)
+        sample.transform.translate[k] = number_of(words[1 + k], where);
+    for (std::size_t k = 0; k < 3; k++)
+        sample.transform.rotate[k] = number_of(words[4 + k], where);
+    if (words.size() == 8) {
+        sample.vfov = number_of(words[7], where);
+        if (*sample.vfov <= 0.0 || *sample.vfov >= 180.0)
+            throw ChanError(where, "field of view " + quoted(words[7]) +
+                                       " is not between 0 and 180 degrees");
+    }
+    return sample;
+}
+
+Chan Chan::parse(const std::string& text, const std::string& name) {
+    Chan chan;
+    std::size_t columns = 0;
+    std::string before; // the last frame's number, as the file has it
+    std::istringstream input(text);
+    std::string line;
+    for (int number = 1; std::getline(input, line); number++) {
+        const std::vector<std::string_view> words = words_of(line);
+        if (words.empty())
+            continue;
+        const std::string where = name + ":" + std::to_string(number);
+        check_columns(words.size(), columns, where);
+        columns = words.size();
+
+        const double frame = number_of(words[0], where);
+        if (std::fabs(frame) > farthest_frame)
+            throw ChanError(where, "frame " + quoted(words[0]) + " is out of range");
+        if (!chan.lines.empty() && frame <= chan.last_frame())
+            throw ChanError(where,
+                            "frame " + quoted(words[0]) + " does not come after frame " + before);
+        chan.lines.push_back({frame, sample_of(words, where)});
+        before = words[0];
+    }
+    if (chan.lines.empty())
+        throw ChanError(name, "no frame in the file");
+    return chan;
+}
+
+static std::string contents_of(const std::string& path) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
+    if (!file)
+        throw ChanError(path, std::strerror(errno));
+    std::string contents;
+    char block[4096];
+    while (const std::size_t count = std::fread(block, 1, sizeof block, file.get()))
+        contents.append(block, count);
+    // A folder opens, but cannot be read.
+    if (std::ferror(file.get()))
+        throw ChanError(path, std::strerror(errno));
+    return contents;
+}
+
+Chan Chan::read(const std::string& path) {
+    return parse(contents_of(path), path);
+}
+
+static double between(double a, double b, double part) {
+    // Not a + part * (b - a): the difference of numbers that a double holds may be none.
+    return a == b ? a : (1.0 - part) * a + part * b;
+}
+
+static ChanSample between(const ChanSample& a, const ChanSample& b, double part) {
+    ChanSample sample;
+    for (std::size_t k = 0; k < 3; k++) {
+        sample.transform.translate[k] =
+            between(a.transform.translate[k], b.transform.translate[k], part);
+        sample.transform.rotate[k] = between(a.transform.rotate[k], b.transform.rotate[k], part);
+    }
+    if (a.vfov)
+        sample.vfov = between(*a.vfov, *b.vfov, part);
+    return sample;
+}
+
+ChanSample Chan::sample(double time) const {
+    const auto next = std::lower_bound(lines.begin(), lines.end(), time,
+                                       [](const Line& line, double t) { return line.frame < t; });
+    if (next == lines.end())
+        return lines.back().sample;
+    if (next == lines.begin() || next->frame == time)
+        return next->sample;
+    const auto previous = next - 1;
+    const double part = (time - previous->frame) / (next->frame - previous->frame);
+    return between(previous->sample, next->sample, part);
+}
+
+} // namespace velmora

@@ -1,0 +1,38 @@
+// The host's axis: where a camera stands and which way it is turned.
+//
+// Units:     angles in degrees, lengths in scene units.
+// Shapes:    a matrix is 16 floats, column by column, for column vectors, local to world:
+//
+//                | m[0] m[4] m[ 8] m[12] |    p' = M · p; a camera looks along its -z with y up
+//            M = | m[1] m[5] m[ 9] m[13] |    and x to the right.
+//                | m[2] m[6] m[10] m[14] |
+//                |   0    0     0     1  |
+//
+// Accuracy:  computed in double and narrowed at the end, but for multiply.
+// Threads:   pure functions.
+#pragma once
+
+#include <array>
+
+namespace velmora {
+
+typedef std::array<float, 16> HostMatrix;
+
+struct Transform {
+    std::array<double, 3> translate = {0.0, 0.0, 0.0};
+    std::array<double, 3> rotate = {0.0, 0.0, 0.0}; // about x, y and z
+
+    // Turned about z first, then x, then y, and moved last: T · Ry · Rx · Rz.
+    HostMatrix matrix() const;
+};
+
+// a · b in single precision; each element adds its four products from the first to the last.
+HostMatrix multiply(const float a[16], const float b[16]);
+
+// The `rotate` of a camera that looks at right ascension `ra` and declination `dec` with north up
+// and east to the left; a positive `roll` turns the camera counterclockwise and with it the picture
+// clockwise. The sky stands in the host's world with the north pole along y and the star at
+// (ra, dec) along (cos dec cos ra, sin dec, -cos dec sin ra).
+std::array<double, 3> look_at_rotation(double ra, double dec, double roll);
+
+} // namespace velmora

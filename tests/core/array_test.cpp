@@ -1,0 +1,447 @@
+#include "core/array.h"
+
+#include "core/string.h"
+#include "tests/core/observed.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+const char spurious[] = "warning: spurious realloc in <void ByteArray::realloc(uword)>\n";
+
+// A block of `capacity` bytes of which the first ones hold `text`.
+void fill(ByteArray& array, uword capacity, const std::string& text) {
+    array.realloc(capacity);
+    std::memcpy(array.data, text.data(), text.size());
+    array.length = text.size();
+}
+
+std::string text_of(const ByteArray& array) {
+    return std::string(array.data, array.length);
+}
+
+} // namespace
+
+// ---- ByteArray -------------------------------------------------------------------------------
+
+TEST(ByteArray, IsThreeWordsInOrder) {
+    EXPECT_EQ(sizeof(ByteArray), 3 * sizeof(uword));
+    ByteArray array;
+    const char* base = reinterpret_cast<const char*>(&array);
+    EXPECT_EQ(reinterpret_cast<const char*>(&array.data) - base, 0);
+    EXPECT_EQ(reinterpret_cast<const char*>(&array.capacity) - base, 8);
+    EXPECT_EQ(reinterpret_cast<const char*>(&array.length) - base, 16);
+    EXPECT_FALSE(std::is_polymorphic<ByteArray>::value);
+}
+
+TEST(ByteArray, StartsWithNothing) {
+    ByteArray array;
+    EXPECT_EQ(array.data, nullptr);
+    EXPECT_EQ(array.capacity, 0u);
+    EXPECT_EQ(array.length, 0u);
+}
+
+TEST(ByteArray, ReallocSetsTheExactCapacityAndLeavesTheLength) {
+    ByteArray array;
+    for (uword n : {5, 1, 33, 1000, 999}) {
+        EXPECT_EQ(stderr_of([&] { array.realloc(n); }), "");
+        EXPECT_NE(array.data, nullptr);
+        EXPECT_EQ(array.capacity, n);
+        EXPECT_EQ(array.length, 0u);
+    }
+}
+
+TEST(ByteArray, ReallocKeepsTheBytesThatFit) {
+    ByteArray array;
+    fill(array, 6, "abcdef");
+    array.realloc(100);
+    EXPECT_EQ(text_of(array), "abcdef");
+    array.length = 3;
+    array.realloc(3);
+    EXPECT_EQ(text_of(array), "abc");
+}
+
+TEST(ByteArray, ReallocToZeroFreesTheBlock) {
+    ByteArray array;
+    array.realloc(10);
+    EXPECT_EQ(stderr_of([&] { array.realloc(0); }), "");
+    EXPECT_EQ(array.data, nullptr);
+    EXPECT_EQ(array.capacity, 0u);
+}
+
+TEST(ByteArray, ReallocToTheCurrentCapacityOnlyWarns) {
+    ByteArray array;
+    fill(array, 10, "abc");
+    const char* block = array.data;
+    EXPECT_EQ(stderr_of([&] { array.realloc(10); }), spurious);
+    EXPECT_EQ(array.data, block);
+    EXPECT_EQ(array.capacity, 10u);
+    EXPECT_EQ(text_of(array), "abc");
+}
+
+TEST(ByteArray, ReallocOfNothingToNothingWarnsToo) {
+    ByteArray array;
+    EXPECT_EQ(stderr_of([&] { array.realloc(0); }), spurious);
+    EXPECT_EQ(array.data, nullptr);
+}
+
+TEST(ByteArray, GrowsFrom32BytesByDoubling) {
+    struct {
+        uword capacity, asked, grown;
+    } const cases[] = {
+        {0, 1, 32},      {0, 31, 32},  {0, 32, 32},   {0, 33, 33},    {0, 1000, 1000},
+        {32, 33, 64},    {32, 64, 64}, {32, 65, 128}, {32, 100, 128}, {1, 2, 2},
+        {1, 1000, 1024}, {3, 4, 6},    {33, 34, 66},  {33, 67, 132},  {1000, 1001, 2000},
+    };
+    for (const auto& c : cases) {
+        ByteArray array;
+        if (c.capacity)
+            array.realloc(c.capacity);
+        EXPECT_EQ(stderr_of([&] { array.grow_to_ool(c.asked); }), "");
+        EXPECT_EQ(array.capacity, c.grown) << c.capacity << " to " << c.asked;
+    }
+}
+
+TEST(ByteArray, GrowingKeepsTheBytes) {
+    ByteArray array;
+    fill(array, 4, "abcd");
+    array.grow_to_ool(5000);
+    EXPECT_EQ(array.capacity, 8192u);
+    EXPECT_EQ(text_of(array), "abcd");
+}
+
+TEST(ByteArray, GrowingToWhatIsThereWarns) {
+    for (uword asked : {1, 63, 64}) {
+        ByteArray array;
+        array.realloc(64);
+        EXPECT_EQ(stderr_of([&] { array.grow_to_ool(asked); }), spurious);
+        EXPECT_EQ(array.capacity, 64u);
+    }
+}
+
+TEST(ByteArray, TrimGivesBackWhatLiesBeyondTheLength) {
+    ByteArray array;
+    fill(array, 100, "abc");
+    EXPECT_EQ(stderr_of([&] { array.trim(); }), "");
+    EXPECT_EQ(array.capacity, 3u);
+    EXPECT_EQ(text_of(array), "abc");
+}
+
+TEST(ByteArray, TrimOfAFullBlockDoesNothing) {
+    ByteArray array;
+    fill(array, 3, "abc");
+    const char* block = array.data;
+    EXPECT_EQ(stderr_of([&] { array.trim(); }), "");
+    EXPECT_EQ(array.data, block);
+    EXPECT_EQ(array.capacity, 3u);
+}
+
+TEST(ByteArray, TrimToLengthZeroFreesTheBlock) {
+    ByteArray array;
+    array.realloc(100);
+    EXPECT_EQ(stderr_of([&] { array.trim(); }), "");
+    EXPECT_EQ(array.data, nullptr);
+    EXPECT_EQ(array.capacity, 0u);
+}
+
+TEST(ByteArray, TrimOfNothingIsSilent) {
+    ByteArray array;
+    EXPECT_EQ(stderr_of([&] { array.trim(); }), "");
+    EXPECT_EQ(array.data, nullptr);
+}
+
+TEST(ByteArray, CopyIsExactInSizeAndIndependent) {
+    ByteArray array;
+    fill(array, 100, "abc");
+    ByteArray copy(array);
+    EXPECT_EQ(copy.capacity, 3u);
+    EXPECT_EQ(text_of(copy), "abc");
+    EXPECT_NE(copy.data, array.data);
+    copy.data[0] = 'x';
+    EXPECT_EQ(text_of(array), "abc");
+    EXPECT_EQ(array.capacity, 100u);
+}
+
+TEST(ByteArray, CopyOfLengthZeroAllocatesNothingAndIsSilent) {
+    ByteArray array;
+    array.realloc(100);
+    EXPECT_EQ(stderr_of([&] {
+                  ByteArray copy(array);
+                  EXPECT_EQ(copy.data, nullptr);
+                  EXPECT_EQ(copy.capacity, 0u);
+                  EXPECT_EQ(copy.length, 0u);
+              }),
+              "");
+}
+
+TEST(ByteArray, CopyHoldsZeroBytesToo) {
+    const std::string bytes("a\0b\0", 4);
+    ByteArray array;
+    fill(array, 4, bytes);
+    EXPECT_EQ(text_of(ByteArray(array)), bytes);
+}
+
+TEST(ByteArray, AssignmentIsDeep) {
+    ByteArray array, target;
+    fill(array, 100, "abc");
+    fill(target, 10, "something");
+    target = array;
+    EXPECT_EQ(text_of(target), "abc");
+    EXPECT_NE(target.data, array.data);
+    array.data[0] = 'x';
+    EXPECT_EQ(text_of(target), "abc");
+}
+
+TEST(ByteArray, MayBeAssignedToItself) {
+    ByteArray array;
+    fill(array, 10, "abc");
+    ByteArray& same = array;
+    array = same;
+    EXPECT_EQ(text_of(array), "abc");
+}
+
+// ---- Array<T> --------------------------------------------------------------------------------
+
+namespace {
+
+// Writes "+n" when made from a number, "=n" when copied and "-n" when destroyed.
+struct Witness {
+    static std::string log;
+
+    explicit Witness(int number) : number(number) { log += "+" + std::to_string(number); }
+    Witness(const Witness& other) : number(other.number) { log += "=" + std::to_string(number); }
+    ~Witness() { log += "-" + std::to_string(number); }
+
+    int number;
+};
+std::string Witness::log;
+
+struct Forty {
+    char bytes[40];
+};
+
+Array<String> array_of(const std::vector<const char*>& texts) {
+    Array<String> array;
+    for (const char* text : texts)
+        array.append(text);
+    return array;
+}
+
+std::vector<std::string> texts_of(const Array<String>& array) {
+    std::vector<std::string> texts;
+    for (uword i = 0; i < array.len(); i++)
+        texts.push_back(array[i].str ? array[i].str : "(null)");
+    return texts;
+}
+
+typedef std::vector<std::string> Texts;
+
+} // namespace
+
+TEST(Array, IsAByteArrayAndNothingMore) {
+    EXPECT_TRUE((std::is_base_of<ByteArray, Array<String>>::value));
+    EXPECT_EQ(sizeof(Array<String>), sizeof(ByteArray));
+    EXPECT_EQ(sizeof(Array<char>), sizeof(ByteArray));
+}
+
+TEST(Array, StartsWithNothing) {
+    Array<int> array;
+    EXPECT_EQ(array.len(), 0u);
+    EXPECT_EQ(array.data, nullptr);
+    EXPECT_EQ(array.capacity, 0u);
+}
+
+TEST(Array, LengthCountsBytesAndLenElements) {
+    Array<int> array;
+    for (int i = 0; i < 5; i++)
+        array.append(i * 10);
+    EXPECT_EQ(array.length, 20u);
+    EXPECT_EQ(array.len(), 5u);
+    array.length += 3;
+    EXPECT_EQ(array.len(), 5u);
+    array.length -= 3;
+}
+
+TEST(Array, ElementsStandBackToBackFromData) {
+    Array<int> array;
+    for (int i = 0; i < 100; i++)
+        array.append(i * i);
+    for (uword i = 0; i < 100; i++) {
+        EXPECT_EQ(reinterpret_cast<char*>(&array[i]), array.data + i * sizeof(int));
+        EXPECT_EQ(array[i], int(i * i));
+    }
+}
+
+TEST(Array, ElementsCanBeWritten) {
+    Array<int> array;
+    array.append(1);
+    array[0] = 7;
+    const Array<int>& same = array;
+    EXPECT_EQ(same[0], 7);
+}
+
+TEST(Array, AppendGrowsByTheRuleAndNeverNeedlessly) {
+    Array<int> ints;
+    Array<Forty> forties;
+    EXPECT_EQ(stderr_of([&] {
+                  for (uword n = 1; n <= 1000; n++) {
+                      ints.append(0);
+                      uword expected = 32;
+                      while (expected < n * sizeof(int))
+                          expected *= 2;
+                      ASSERT_EQ(ints.capacity, expected) << n;
+                  }
+                  for (uword expected : {40, 80, 160, 160, 320}) {
+                      forties.append(Forty());
+                      ASSERT_EQ(forties.capacity, expected);
+                  }
+              }),
+              "");
+}
+
+TEST(Array, AppendCopiesTheElementOnce) {
+    {
+        Witness one(1);
+        Array<Witness> array;
+        Witness::log.clear();
+        array.append(one);
+        EXPECT_EQ(Witness::log, "=1");
+        EXPECT_EQ(array[0].number, 1);
+    }
+    Witness::log.clear();
+}
+
+TEST(Array, GrowingMovesTheElementsWithoutCopyingThem) {
+    {
+        Array<Witness> array;
+        for (int i = 0; i < 8; i++)
+            array.append(Witness(i));
+        ASSERT_EQ(array.length, array.capacity);
+        Witness nine(9);
+        Witness::log.clear();
+        array.append(nine);
+        EXPECT_EQ(Witness::log, "=9");
+    }
+    Witness::log.clear();
+}
+
+TEST(Array, DestroysItsElementsFromTheLastToTheFirst) {
+    {
+        Array<Witness> array;
+        for (int i = 1; i <= 3; i++)
+            array.append(Witness(i));
+        Witness::log.clear();
+    }
+    EXPECT_EQ(Witness::log, "-3-2-1");
+    Witness::log.clear();
+}
+
+TEST(Array, ClearDestroysFromTheLastAndKeepsTheBlock) {
+    Array<Witness> array;
+    for (int i = 1; i <= 3; i++)
+        array.append(Witness(i));
+    const char* block = array.data;
+    Witness::log.clear();
+    array.clear();
+    EXPECT_EQ(Witness::log, "-3-2-1");
+    EXPECT_EQ(array.len(), 0u);
+    EXPECT_EQ(array.length, 0u);
+    EXPECT_EQ(array.data, block);
+    EXPECT_EQ(array.capacity, 32u);
+    Witness::log.clear();
+}
+
+TEST(Array, CanBeFilledAgainAfterClear) {
+    Array<String> array = array_of({"a", "b"});
+    array.clear();
+    array.append("c");
+    EXPECT_EQ(texts_of(array), Texts({"c"}));
+}
+
+TEST(Array, ClearOfNothingDoesNothing) {
+    Array<String> array;
+    array.clear();
+    EXPECT_EQ(array.data, nullptr);
+}
+
+TEST(Array, CopiesAreDeepAndExactInSize) {
+    Array<String> array = array_of({"a", "b", "c"});
+    Array<String> copy(array);
+    EXPECT_EQ(copy.capacity, 3 * sizeof(String));
+    EXPECT_EQ(copy.length, 3 * sizeof(String));
+    EXPECT_NE(copy[0].str, array[0].str);
+    array[0] = "x";
+    EXPECT_EQ(texts_of(copy), Texts({"a", "b", "c"}));
+    EXPECT_EQ(texts_of(array), Texts({"x", "b", "c"}));
+}
+
+TEST(Array, CopyOfNothingIsNothing) {
+    Array<String> array = array_of({"a"});
+    array.clear();
+    EXPECT_EQ(stderr_of([&] {
+                  Array<String> copy(array);
+                  EXPECT_EQ(copy.data, nullptr);
+                  EXPECT_EQ(copy.capacity, 0u);
+              }),
+              "");
+}
+
+TEST(Array, AssignmentReplacesAndIsDeep) {
+    Array<String> array = array_of({"a", "b"});
+    Array<String> target = array_of({"x", "y", "z"});
+    target = array;
+    array[0] = "changed";
+    EXPECT_EQ(texts_of(target), Texts({"a", "b"}));
+}
+
+TEST(Array, AssignmentDestroysWhatWasThere) {
+    {
+        Array<Witness> array, target;
+        array.append(Witness(1));
+        target.append(Witness(8));
+        target.append(Witness(9));
+        Witness::log.clear();
+        target = array;
+        EXPECT_EQ(Witness::log, "=1-9-8");
+    }
+    Witness::log.clear();
+}
+
+TEST(Array, MayBeAssignedToItself) {
+    Array<String> array = array_of({"a", "b"});
+    Array<String>& same = array;
+    array = same;
+    EXPECT_EQ(texts_of(array), Texts({"a", "b"}));
+}
+
+TEST(Array, MayAppendItsOwnElements) {
+    Array<String> array = array_of({"a"});
+    for (int i = 0; i < 100; i++)
+        array.append(array[0]);
+    EXPECT_EQ(array.len(), 101u);
+    for (const std::string& text : texts_of(array))
+        EXPECT_EQ(text, "a");
+}
+
+TEST(Array, OwnsTheStringsItHolds) {
+    Array<String> array;
+    String text("abc");
+    array.append(text);
+    text = "changed";
+    EXPECT_EQ(texts_of(array), Texts({"abc"}));
+}
+
+TEST(Array, TrimKeepsTheElements) {
+    Array<String> array = array_of({"a", "b", "c"});
+    array.trim();
+    EXPECT_EQ(array.capacity, 3 * sizeof(String));
+    EXPECT_EQ(texts_of(array), Texts({"a", "b", "c"}));
+    array.append("d");
+    EXPECT_EQ(array.capacity, 6 * sizeof(String));
+    EXPECT_EQ(texts_of(array), Texts({"a", "b", "c", "d"}));
+}

@@ -1,0 +1,169 @@
+#include "catalog/catalog_error.h"
+#include "catalog/database_info.h"
+#include "catalog/database_writer.h"
+#include "catalog/source_file.h"
+#include "catalog/star_table.h"
+#include "core/xception.h"
+#include "tools/command.h"
+#include "tools/failure.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace velmora {
+
+namespace fs = std::filesystem;
+
+struct ImportArguments {
+    std::vector<std::string> sources;
+    std::string out;
+};
+
+struct ImportedStars {
+    std::vector<star> records;
+    u64 known_distances = 0;
+    u64 known_colors = 0;
+};
+
+// Runs `work` on the file at `path`; what goes wrong becomes a failure that names the file.
+template <class Work>
+static auto working_on(const std::string& path, Work work) -> decltype(work()) {
+    try {
+        return work();
+    } catch (const CatalogError& error) {
+        throw WorkFailure(error.where, error.why);
+    } catch (const Xception& exception) {
+        throw WorkFailure(path, reason_of(exception));
+    }
+}
+
+static void check_is_there(const std::string& argument, const std::string& path) {
+    if (path.empty())
+        throw UsageFailure(argument, "the file name is empty");
+    std::error_code ignored;
+    if (fs::status(path, ignored).type() == fs::file_type::not_found)
+        throw WorkFailure(path, "there is no such file");
+}
+
+// ---- catalog import --------------------------------------------------------------------------
+
+// Finds what would make the output fail before a large catalogue is read for it.
+static void check_output(const ImportArguments& arguments) {
+    const std::string& out = arguments.out;
+    if (out.empty())
+        throw UsageFailure("-o", "the file name is empty");
+    std::error_code ignored;
+    for (const std::string& source : arguments.sources)
+        if (fs::equivalent(source, out, ignored))
+            throw UsageFailure("-o", out + " is also a source");
+
+    const fs::file_status status = fs::status(out, ignored);
+    if (fs::is_directory(status))
+        throw WorkFailure(out, "is a directory, not a file");
+    if (fs::exists(status) && !fs::is_regular_file(status))
+        throw WorkFailure(out, "is there and is not a regular file");
+    const fs::path folder = fs::path(out).parent_path();
+    const fs::file_status folder_status = fs::status(folder, ignored);
+    if (!folder.empty() && fs::status_known(folder_status) && !fs::is_directory(folder_status))
+        throw WorkFailure(out, "there is no directory " + folder.string());
+}
+
+static void append_table(SourceFile& file, ImportedStars& stars) {
+    StarTable table(file);
+    TableStar row;
+    while (table.next(row)) {
+        const star record = record_of(row);
+        stars.records.push_back(record);
+        stars.known_distances += record.distance > 0;
+        stars.known_colors += row.bv.has_value();
+    }
+}
+
+static void append_source(const std::string& path, ImportedStars& stars) {
+    SourceFile file(path);
+    const std::string_view head = file.head();
+    if (head.empty())
+        file.fail("the file is empty");
+    if (!StarTable::recognises(head))
+        file.fail("the kind of file is unknown: read are star tables, which begin with the line "
+                  "\"hip,ra,dec,vmag,bv,plx,e_plx,name\"");
+    append_table(file, stars);
+}
+
+static void import(const ImportArguments& arguments) {
+    check_output(arguments);
+    for (const std::string& source : arguments.sources)
+        check_is_there("SOURCE", source);
+
+    ImportedStars stars;
+    for (const std::string& source : arguments.sources)
+        working_on(source, [&] { append_source(source, stars); });
+
+    const std::string count = std::to_string(stars.records.size());
+    working_on(arguments.out,
+               [&] { write_star_database(arguments.out, std::move(stars.records)); });
+    say(arguments.out + ": stars written: " + count +
+        ", with known distance: " + std::to_string(stars.known_distances) +
+        ", with known colour: " + std::to_string(stars.known_colors));
+}
+
+// ---- catalog info ----------------------------------------------------------------------------
+
+static void print_info(const std::string& path) {
+    check_is_there("FILE", path);
+    const DatabaseInfo info = working_on(path, [&] { return inspect_star_database(path); });
+
+    const std::string text = path + "\n" + describe(info);
+    if (fputs(text.c_str(), stdout) == EOF || fflush(stdout) == EOF)
+        throw WorkFailure("standard output", "cannot be written");
+}
+
+// ---- Arguments -------------------------------------------------------------------------------
+
+static void add_import_command(CLI::App& catalog) {
+    CLI::App* command = catalog.add_subcommand(
+        "import", "Turn star catalogues into a star database, brightest star first.");
+    command->footer("Examples:\n"
+                    "  velmora catalog import stars.csv.gz -o sky.velmora\n"
+                    "  velmora catalog import north.csv south.csv -o sky.velmora");
+    const auto arguments = std::make_shared<ImportArguments>();
+    command
+        ->add_option("SOURCE", arguments->sources,
+                     "A star table, CSV or CSV packed with gzip; the stars of several are put "
+                     "together")
+        ->required()
+        ->type_name("");
+    command->add_option("-o,--out", arguments->out, "The database to write")
+        ->required()
+        ->type_name("FILE");
+    command->callback([arguments] { import(*arguments); });
+}
+
+static void add_database_info_command(CLI::App& catalog) {
+    CLI::App* command = catalog.add_subcommand(
+        "info", "Tell what a star database holds: version, stars, ranges, magnitudes, oddities.");
+    command->footer("Examples:\n"
+                    "  velmora catalog info sky.velmora");
+    const auto path = std::make_shared<std::string>();
+    command->add_option("FILE", *path, "A star database")->required()->type_name("");
+    command->callback([path] { print_info(*path); });
+}
+
+void add_catalog_command(CLI::App& program) {
+    CLI::App* catalog = program.add_subcommand(
+        "catalog", "Make star databases from catalogues, and look into them.");
+    catalog->footer("Examples:\n"
+                    "  velmora catalog import stars.csv.gz -o sky.velmora\n"
+                    "  velmora catalog info sky.velmora");
+    catalog->require_subcommand(1);
+    add_import_command(*catalog);
+    add_database_info_command(*catalog);
+}
+
+} // namespace velmora

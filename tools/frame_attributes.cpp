@@ -1,0 +1,77 @@
+#include "tools/frame_attributes.h"
+
+#include "core/number.h"
+
+#include <filesystem>
+#include <OpenEXR/ImfFramesPerSecond.h>
+
+namespace velmora {
+
+static std::array<float, 16> narrowed(const DblMatrix4& m) {
+    std::array<float, 16> narrow;
+    for (std::size_t i = 0; i < 16; i++)
+        narrow[i] = float(m.e[i]);
+    return narrow;
+}
+
+// The renderer's world is the host's with z reversed.
+static DblMatrix4 world_to_camera(const camera& cam) {
+    DblMatrix4 matrix = cam.matrix;
+    for (int column = 0; column < 4; column++)
+        matrix(2, column) = -matrix(2, column);
+    return matrix;
+}
+
+// Film positions to -1 … 1 across the window; the divisor stays what it is.
+static DblMatrix4 window_to_ndc(const StarRendererData& data) {
+    const double width = data.right - data.left, height = data.top - data.bottom;
+    DblMatrix4 m = DblMatrix4::the_identity();
+    m(0, 0) = 2 / width;
+    m(1, 1) = 2 / height;
+    m(3, 0) = -(data.left + data.right) / width;
+    m(3, 1) = -(data.bottom + data.top) / height;
+    return m;
+}
+
+static FrameRate frame_rate_of(double fps) {
+    const Imf::Rational rational = Imf::guessExactFps(fps);
+    return {rational.n, rational.d};
+}
+
+// Numbers and switches keep their type, everything else is text.
+static ExrValue knob_value(const KnobValues& knobs, const std::string& name) {
+    const std::string text = knob_text(knobs, name);
+    if (name == "starfile")
+        return std::filesystem::path(text).filename().string();
+    if (name == "blur_segs")
+        return knobs.blur_segs;
+    if (name == "tint_color")
+        return std::array<float, 3>{float(knobs.tint_color[0]), float(knobs.tint_color[1]),
+                                    float(knobs.tint_color[2])};
+    if (text == "true" || text == "false")
+        return int(text == "true");
+    double number;
+    if (parse_number(text, number))
+        return number;
+    return text;
+}
+
+ExrMetadata frame_attributes(const KnobValues& knobs, const RenderedFrame& frame, double fps) {
+    ExrMetadata metadata;
+    const DblMatrix4 to_camera = world_to_camera(frame.first_camera);
+    metadata.world_to_camera = narrowed(to_camera);
+    if (frame.data.projection == OP_STARS_PERSPECTIVE) {
+        const camera& cam = frame.first_camera;
+        metadata.world_to_ndc =
+            narrowed(to_camera * DblMatrix4::perspective(cam.focal, cam.near, cam.far) *
+                     window_to_ndc(frame.data));
+    }
+    metadata.frame_rate = frame_rate_of(fps);
+    metadata.software = "velmora " VELMORA_VERSION;
+    for (const KnobDescription& knob : knob_descriptions())
+        metadata.attributes.push_back(
+            {std::string("velmora/") + knob.name, knob_value(knobs, knob.name)});
+    return metadata;
+}
+
+} // namespace velmora

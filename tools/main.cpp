@@ -1,0 +1,44 @@
+// The command line: hands the arguments to the commands and turns failures into exit statuses.
+#include "tools/command.h"
+#include "tools/failure.h"
+#include "tools/help.h"
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+
+using namespace velmora;
+
+static const char* const examples = "Examples:\n"
+                                    "  velmora render -o sky.exr\n"
+                                    "  velmora render -F 1-100 --camera shot.chan -o sky.####.exr\n"
+                                    "  velmora catalog import stars.csv.gz -o sky.velmora\n"
+                                    "  velmora catalog info sky.velmora";
+
+static void run(int argc, char** argv) {
+    CLI::App program{"Renders realistic star fields.", "velmora"};
+    program.formatter(std::make_shared<ExamplesFirst>());
+    program.footer(examples);
+    program.require_subcommand(1);
+    program.set_version_flag("--version", "velmora " VELMORA_VERSION);
+    add_render_command(program);
+    add_catalog_command(program);
+    add_info_command(program);
+    if (argc < 2)
+        throw UsageFailure("arguments", "name a command: render, catalog or info");
+    const auto named = [&](const CLI::App* command) { return command->get_name() == argv[1]; };
+    if (argv[1][0] != '-' && program.get_subcommands(named).empty())
+        throw UsageFailure(argv[1], "is no command: there are render, catalog and info");
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() != int(CLI::ExitCodes::Success))
+            throw UsageFailure("arguments", error.what());
+        program.exit(error); // prints the help or the version that was asked for
+    }
+}
+
+int main(int argc, char** argv) {
+    // A file that outgrows its limit is then a failed write, which is reported.
+    signal(SIGXFSZ, SIG_IGN);
+    return exit_status_of([&] { run(argc, argv); });
+}

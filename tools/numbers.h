@@ -1,0 +1,16 @@
+// Lists of numbers in arguments and attributes.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+// Reads numbers separated by commas or blanks, all finite, in braces or not. False when any is not.
+bool parse_numbers(const std::string& text, std::vector<double>& numbers);
+
+// The shortest decimal text that reads back as the same number; with blanks between for several.
+std::string shortest_text(double number);
+std::string join_numbers(const std::vector<double>& numbers);
+
+} // namespace velmora

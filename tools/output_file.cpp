@@ -1,0 +1,63 @@
+#include "tools/output_file.h"
+
+#include "osapi/osapi.h"
+#include "tools/failure.h"
+
+#include <filesystem>
+
+namespace velmora {
+
+// Renaming would put a plain file in the place of a device, so what is there must be one already.
+static void refuse_special(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (std::filesystem::is_directory(status))
+        throw WorkFailure(path, "Is a directory");
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        throw WorkFailure(path, "not a regular file");
+}
+
+// Without the call and its arguments, which name a file that the user did not.
+static std::string system_reason(const Xception& exception) {
+    const std::string reason = reason_of(exception);
+    const std::size_t colon = reason.rfind(": ");
+    return colon == std::string::npos ? reason : reason.substr(colon + 2);
+}
+
+// Releases both, whatever else fails on the way: the failure to report is the one that led here.
+static void discard(OSAPI::AtomicFileWrite& file, OSAPI::FileDescriptor& descriptor) {
+    try {
+        descriptor.close();
+    } catch (const Xception&) {
+    }
+    try {
+        file.abort();
+    } catch (const Xception&) {
+        file.done = true;
+    }
+}
+
+static void write_whole(const std::string& path, const std::string& bytes) {
+    OSAPI::AtomicFileWrite file(path.c_str(), OSAPI::OPEN_WRITE);
+    OSAPI::FileDescriptor descriptor(file.fd);
+    try {
+        OSAPI::write(descriptor.fd, bytes.data(), bytes.size());
+        OSAPI::sync(descriptor.fd);
+        descriptor.close();
+        file.complete_nosync();
+    } catch (const Xception&) {
+        discard(file, descriptor);
+        throw;
+    }
+}
+
+void write_file(const std::string& path, const std::string& bytes) {
+    refuse_special(path);
+    try {
+        write_whole(path, bytes);
+    } catch (const Xception& exception) {
+        throw WorkFailure(path, system_reason(exception));
+    }
+}
+
+} // namespace velmora
