@@ -81,7 +81,8 @@ static DatabaseInfo inspect_bytes(const std::string& path, const unsigned char* 
         add_star(info, number, record);
         if (record.flux > flux_before)
             info.out_of_order.add(number);
-        flux_before = record.flux;
+        if (!std::isnan(record.flux))
+            flux_before = record.flux;
     }
     return info;
 }

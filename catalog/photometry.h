@@ -4,9 +4,8 @@
 // Errors:    none. Where a formula ends, the nearest value that it has is taken, as said below; no
 //            argument may be NaN.
 // Threads:   pure functions of their arguments.
-// Accuracy:  for magnitudes in [-90, 90] the flux is within 2e-14 of the exact one, relative, and the
-//            magnitude within 2e-14. A colour byte is at most 1 from what a finer sampling of the
-//            spectrum gives.
+// Accuracy:  for magnitudes in [-90, 90] the flux is exact to 2e-14 of itself, the magnitude to
+//            4e-14. A colour byte is at most 1 from what a finer sampling of the spectrum gives.
 // Source:    B-V to temperature: Ballesteros 2012, EPL 97, 34008. Colour-matching functions: the
 //            multi-lobe fits of Wyman, Sloan & Shirley 2013, JCGT 2(2). XYZ to sRGB and its
 //            transfer curve: IEC 61966-2-1.
@@ -25,8 +24,8 @@ const double bluest_bv = -0.4;
 const double reddest_bv = 3.0;
 
 // The temperature of the black body that shows this B-V, taken at the nearer end of
-// [bluest_bv, reddest_bv] when outside. What the eye would call the colour, so for hot stars far
-// below the star's effective temperature.
+// [bluest_bv, reddest_bv] when outside. It says what the star looks like: a hot star's effective
+// temperature is far higher.
 double temperature_of_bv(double bv);
 
 // sRGB-encoded bytes, brightest channel 255: they carry the hue, the flux carries the brightness.

@@ -12,8 +12,8 @@ namespace velmora {
 static const uword buffer_size = 1 << 16;
 static_assert(buffer_size > SourceFile::longest_line + 2, "a whole line and its end fit");
 
-void SourceFile::Closer::operator()(gzFile_s* file) const {
-    gzclose_r(file);
+void SourceFile::Closer::operator()(gzFile_s* opened) const {
+    gzclose_r(opened);
 }
 
 SourceFile::SourceFile(const std::string& path)

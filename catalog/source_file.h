@@ -38,7 +38,7 @@ public:
 
 private:
     struct Closer {
-        void operator()(gzFile_s* file) const;
+        void operator()(gzFile_s* opened) const;
     };
 
     std::string path;

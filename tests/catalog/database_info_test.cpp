@@ -120,6 +120,10 @@ TEST(DatabaseInfo, FindsStarsOutOfOrder) {
     expect_oddity(info.out_of_order, 2, 4);
 }
 
+TEST(DatabaseInfo, ComparesStarsAcrossOneWithoutFlux) {
+    expect_oddity(info_of({with_flux(2), with_flux(nan), with_flux(3)}).out_of_order, 1, 3);
+}
+
 TEST(DatabaseInfo, FindsNumbersThatAreNone) {
     const DatabaseInfo info =
         info_of({plain, with_ra(nan), with_dec(nan), with_flux(nan), with_distance(nan), plain});

@@ -7,7 +7,8 @@
 
 namespace velmora {
 
-static const double stated_accuracy = 2e-14;
+static const double flux_accuracy = 2e-14;
+static const double magnitude_accuracy = 4e-14;
 
 static int largest_difference(const ColorBytes& a, const ColorBytes& b) {
     return std::max(
@@ -20,14 +21,13 @@ TEST(Photometry, GivesVegaAFluxOfOne) {
 
 TEST(Photometry, GivesAHundredthOfTheFluxFiveMagnitudesFainter) {
     for (double v = -30; v <= 30; v += 0.37)
-        EXPECT_NEAR(flux_of_magnitude(v) / flux_of_magnitude(v + 5), 100,
-                    100 * 3 * stated_accuracy);
+        EXPECT_NEAR(flux_of_magnitude(v) / flux_of_magnitude(v + 5), 100, 100 * 3 * flux_accuracy);
 }
 
 TEST(Photometry, MultipliesFluxesWhereMagnitudesAdd) {
     for (double v = -20; v <= 20; v += 1.3)
         EXPECT_NEAR(flux_of_magnitude(v) * flux_of_magnitude(2.5) / flux_of_magnitude(v + 2.5), 1,
-                    3 * stated_accuracy);
+                    3 * flux_accuracy);
 }
 
 // 10^-2.4, 10^0.576 and 10^-1 written out.
@@ -40,15 +40,15 @@ TEST(Photometry, GivesThePowersOfTenWorkedByHand) {
 TEST(Photometry, MatchesALongerFloatOverTheWholeRange) {
     for (double v = -90; v <= 90; v += 0.173) {
         const long double exact = std::pow(10.0L, -0.4L * static_cast<long double>(v));
-        EXPECT_NEAR(double(flux_of_magnitude(v) / exact), 1, stated_accuracy) << v;
+        EXPECT_NEAR(double(flux_of_magnitude(v) / exact), 1, flux_accuracy) << v;
     }
 }
 
 TEST(Photometry, FindsTheMagnitudeOfAFlux) {
     EXPECT_EQ(magnitude_of_flux(1), 0);
-    EXPECT_NEAR(magnitude_of_flux(100), -5, stated_accuracy);
+    EXPECT_NEAR(magnitude_of_flux(100), -5, magnitude_accuracy);
     for (double v = -90; v <= 90; v += 0.173)
-        EXPECT_NEAR(magnitude_of_flux(flux_of_magnitude(v)), v, 2 * stated_accuracy);
+        EXPECT_NEAR(magnitude_of_flux(flux_of_magnitude(v)), v, magnitude_accuracy);
 }
 
 // T = 4600 (1 / (0.92 b + 1.7) + 1 / (0.92 b + 0.62)) on paper:

@@ -217,8 +217,9 @@ TEST(Streak, TouchesNothingBesideItsFootprint) {
             const Footprint footprint(row.from, row.to, row.amplitude, row.size_x, row.size_y);
             for (int y = 0; y < 30; y++)
                 for (int x = 0; x < 40; x++)
-                    if (!footprint.visits(x, y, 1e-3))
+                    if (!footprint.visits(x, y, 1e-3)) {
                         EXPECT_TRUE(same_float(picture.red(x, y), 0)) << x << ", " << y;
+                    }
             EXPECT_TRUE(picture.surroundings_intact());
         }
 }

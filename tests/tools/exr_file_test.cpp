@@ -73,7 +73,7 @@ static ReadBack read_back(const std::string& bytes) {
 static std::string encode(const Floats& pixels, int width, int height,
                           const ExrMetadata& metadata = {}) {
     u64 clamped = 99;
-    const std::string bytes =
+    std::string bytes =
         encode_exr(FloatPicture{width, height, pixels.data()}, metadata, false, clamped);
     EXPECT_EQ(clamped, 0u);
     return bytes;

@@ -17,6 +17,10 @@ static std::string failure_of(const std::string& pattern) {
     return "no failure";
 }
 
+static std::string refusal(const std::string& pattern, const std::string& why) {
+    return "output name '" + pattern + "': " + why;
+}
+
 TEST(FrameName, FillsHashesWithAsManyDigits) {
     EXPECT_EQ(FrameName("sky.####.exr").at(7), "sky.0007.exr");
     EXPECT_EQ(FrameName("sky.##.exr").at(7), "sky.07.exr");
@@ -76,10 +80,11 @@ TEST(FrameName, RefusesOtherPercentSequences) {
     for (const std::string rest : {"%", "%s", "%4d", "%0d", "%00d", "%0", "%04", "%004d", "%0100d",
                                    "%-4d", "%+d", "%04i", "%04ld", "%x", "% d", "%V.exr"})
         EXPECT_EQ(failure_of("sky." + rest),
-                  "output name 'sky." + rest + "': '" + rest +
-                      "' does not begin with %d, %04d or the like; a percent sign itself is %%");
+                  refusal("sky." + rest, "'" + rest +
+                                             "' does not begin with %d, %04d or the like; "
+                                             "a percent sign itself is %%"));
 }
 
 TEST(FrameName, RefusesNoNameAtAll) {
-    EXPECT_EQ(failure_of(""), "output name '': no file named");
+    EXPECT_EQ(failure_of(""), refusal("", "no file named"));
 }

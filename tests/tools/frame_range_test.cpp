@@ -18,6 +18,22 @@ static std::string failure_of(const std::string& text) {
     return "no failure";
 }
 
+static std::string refusal(const std::string& text, const std::string& why) {
+    return "frame range '" + text + "': " + why;
+}
+
+static std::string colon_refusal(const std::string& text, const std::string& piece,
+                                 const std::string& with_x) {
+    return refusal(text, "'" + piece + "' has two readings: every Nth frame, to be written as " +
+                             with_x +
+                             ", or staggered, every Nth frame first and then the gaps in finer "
+                             "steps");
+}
+
+static std::string piece_refusal(const std::string& text, const std::string& piece) {
+    return refusal(text, "'" + piece + "' is neither a frame nor a range such as 1-100 or 1-100x2");
+}
+
 TEST(FrameRange, NamesOneFrame) {
     EXPECT_EQ(parse_frame_range("5"), Frames{5});
     EXPECT_EQ(parse_frame_range("0"), Frames{0});
@@ -77,32 +93,25 @@ TEST(FrameRange, TakesAMillionFramesAndNoMore) {
     EXPECT_EQ(parse_frame_range("1-1000000,5"), million);
     for (const std::string text :
          {"1-1000001", "1-1000000,0", "1-600000 -600000--1", "-2147483648-2147483647"})
-        EXPECT_EQ(failure_of(text), "frame range '" + text + "': more than 1000000 frames");
+        EXPECT_EQ(failure_of(text), refusal(text, "more than 1000000 frames"));
 }
 
 TEST(FrameRange, RefusesAColonAndSaysWhy) {
-    const std::string readings = " has two readings: every Nth frame, to be written as ";
-    const std::string staggered =
-        ", or staggered, every Nth frame first and then the gaps in finer steps";
-    EXPECT_EQ(failure_of("1-100:2"),
-              "frame range '1-100:2': '1-100:2'" + readings + "1-100x2" + staggered);
-    EXPECT_EQ(failure_of("7,-9--5:3"),
-              "frame range '7,-9--5:3': '-9--5:3'" + readings + "-9--5x3" + staggered);
+    EXPECT_EQ(failure_of("1-100:2"), colon_refusal("1-100:2", "1-100:2", "1-100x2"));
+    EXPECT_EQ(failure_of("7,-9--5:3"), colon_refusal("7,-9--5:3", "-9--5:3", "-9--5x3"));
     // Without a range of its own to correct, the message shows one.
     for (const std::string text : {"5:2", "1:10", "1-10:", ":", "1-10:2:3", "1-10:x2"})
-        EXPECT_EQ(failure_of(text),
-                  "frame range '" + text + "': '" + text + "'" + readings + "1-100x2" + staggered);
+        EXPECT_EQ(failure_of(text), colon_refusal(text, text, "1-100x2"));
 }
 
 TEST(FrameRange, QuotesThePieceThatIsNone) {
     for (const std::string piece :
          {"x",   "-",  "--1",    "1-",     "1--",  "1-2-3", "1-10x", "1-10x2x3", "5x2", "1..5",
-          "1.5", "+5", "1-10X2", "1-10y2", "0x10", "1-2;",  "1e3",   "1-10x-",   "1–5", "#"})
-        EXPECT_EQ(failure_of("7, " + piece + " 9"),
-                  "frame range '7, " + piece + " 9': '" + piece +
-                      "' is neither a frame nor a range such as 1-100 or 1-100x2");
-    EXPECT_EQ(failure_of("1 - 5"), "frame range '1 - 5': '-' is neither a frame nor a range such "
-                                   "as 1-100 or 1-100x2");
+          "1.5", "+5", "1-10X2", "1-10y2", "0x10", "1-2;",  "1e3",   "1-10x-",   "1–5", "#"}) {
+        const std::string text = "7, " + piece + " 9";
+        EXPECT_EQ(failure_of(text), piece_refusal(text, piece));
+    }
+    EXPECT_EQ(failure_of("1 - 5"), piece_refusal("1 - 5", "-"));
 }
 
 TEST(FrameRange, RefusesStepsBelowOne) {
@@ -121,12 +130,12 @@ TEST(FrameRange, RefusesNumbersThatNoIntegerHolds) {
 
 TEST(FrameRange, RefusesNothingAtAll) {
     for (const std::string text : {"", " ", "\t\n"})
-        EXPECT_EQ(failure_of(text), "frame range '" + text + "': no frame given");
+        EXPECT_EQ(failure_of(text), refusal(text, "no frame given"));
 }
 
 TEST(FrameRange, RefusesAListThatIsCutOff) {
     for (const std::string text : {",", "1,", ",1", "1,,2", "1-10, ,3"})
-        EXPECT_EQ(failure_of(text), "frame range '" + text + "': nothing on one side of a comma");
+        EXPECT_EQ(failure_of(text), refusal(text, "nothing on one side of a comma"));
 }
 
 TEST(FrameRange, FailsWithTheStatusOfAWrongArgument) {
