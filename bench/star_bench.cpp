@@ -43,4 +43,9 @@ BENCHMARK(StarBelowThreshold)->Unit(benchmark::kMillisecond);
 static void StarOutsideView(benchmark::State& state) {
     render_unseen(state, 0.01f, int(state.range(0)));
 }
-BENCHMARK(StarOutsideView)->ArgName("samples")->Arg(1)->Arg(2)->Arg(4)->Unit(benchmark::kMillisecond);
+BENCHMARK(StarOutsideView)
+    ->ArgName("samples")
+    ->Arg(1)
+    ->Arg(2)
+    ->Arg(4)
+    ->Unit(benchmark::kMillisecond);

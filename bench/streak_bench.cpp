@@ -48,4 +48,9 @@ static void StreakPixel(benchmark::State& state) {
     const Vector2 to = {{middle[0] + length * 0.8f, middle[1] + length * 0.6f}};
     draw(state, middle, to, float(state.range(0)));
 }
-BENCHMARK(StreakPixel)->ArgNames({"size", "length"})->Args({1, 3})->Args({3, 10})->Args({3, 100})->Args({10, 100});
+BENCHMARK(StreakPixel)
+    ->ArgNames({"size", "length"})
+    ->Args({1, 3})
+    ->Args({3, 10})
+    ->Args({3, 100})
+    ->Args({10, 100});

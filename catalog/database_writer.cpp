@@ -1,8 +1,7 @@
 #include "catalog/database_writer.h"
 #include "catalog/catalog_error.h"
 #include "catalog/database_record.h"
-#include "core/xception.h"
-#include "osapi/osapi.h"
+#include "osapi/whole_file.h"
 
 #include <algorithm>
 #include <cmath>
@@ -47,36 +46,13 @@ static void write_records(OSAPI::fd_t fd, const std::vector<star>& stars) {
     OSAPI::write(fd, reinterpret_cast<const char*>(block.data()), block.size());
 }
 
-// Cleans up after a failure, which stays the one to report: what fails here is not.
-static void give_up(OSAPI::AtomicFileWrite& file, OSAPI::FileDescriptor& descriptor) {
-    try {
-        descriptor.close();
-    } catch (const Xception&) {
-    }
-    try {
-        file.abort();
-    } catch (const Xception&) {
-        file.done = true; // or its destructor would try again
-    }
-}
-
 void write_star_database(const std::string& path, std::vector<star> stars) {
     check_star_count(path, stars.size());
     check_fields(path, stars);
     std::stable_sort(stars.begin(), stars.end(),
                      [](const star& a, const star& b) { return a.flux > b.flux; });
 
-    OSAPI::AtomicFileWrite file(path.c_str(), OSAPI::OPEN_WRITE);
-    OSAPI::FileDescriptor descriptor(file.fd);
-    try {
-        write_records(descriptor.fd, stars);
-        OSAPI::sync(descriptor.fd);
-        descriptor.close(); // may be the first to tell of a failed write: before the rename
-        file.complete_nosync();
-    } catch (...) {
-        give_up(file, descriptor);
-        throw;
-    }
+    write_whole_file(path.c_str(), [&](OSAPI::fd_t fd) { write_records(fd, stars); });
 }
 
 } // namespace velmora

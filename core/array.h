@@ -1,10 +1,10 @@
 // A growable heap block counted in bytes, and the typed array laid over it.
 //
-// Units:     ByteArray counts bytes, `length` included; Array<T>::len() and its indices count
-// elements. Shapes:    elements stand back to back from `data`; growth doubles from 32 bytes.
+// Units:     ByteArray counts bytes, `length` included; Array<T>::len() and indices count elements.
+// Shapes:    elements stand back to back from `data`; growth doubles from 32 bytes.
 // Ownership: the block belongs to its array (malloc, realloc, free); copies are deep and exact in
-// size. Errors:    StrXception "out of memory (current size … bytes, failed allocation of …
-// bytes)"; the
+//            size.
+// Errors:    StrXception "out of memory (current size … bytes, failed allocation of … bytes)"; the
 //            array is then what it was. Indices are not checked.
 // Threads:   no shared state; one object belongs to one thread at a time.
 #pragma once

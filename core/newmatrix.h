@@ -1,7 +1,6 @@
 // Fixed-size vectors and 4x4 matrices in single and double precision.
 //
-// Shapes:    a matrix is stored row by row; a point is a row vector multiplied on the left, p' = p
-// · M:
+// Shapes:    a matrix is stored row by row; a point is a row vector on the left, p' = p · M:
 //
 //                | xx xy xz 0 |    row i, column j is m(i, j) = e[4 * i + j];
 //            M = | yx yy yz 0 |    the last row is the translation, the last column makes the

@@ -1,8 +1,7 @@
 // A heap-allocated, NUL-terminated 8-bit text that is one pointer wide.
 //
 // Shapes:    null is the empty text; no length or capacity is kept, so len() walks the text and
-// every
-//            append reallocates. A String may be moved bitwise, as Array<String> does.
+//            every append reallocates. A String may be moved bitwise, as Array<String> does.
 // Ownership: each String owns its text (malloc, realloc, free); copying duplicates it.
 // Errors:    formatting throws StrXception "out of memory"; constructors, assignment and += do not
 //            check their allocations.

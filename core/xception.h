@@ -17,8 +17,7 @@ public:
     // Writes "title: text" and a newline to standard error.
     static void display_error(const char* title, const char* text);
 
-    // Writes "warning: ", the formatted text and " in <function>" to standard error, in three
-    // writes.
+    // Writes "warning: ", the formatted text and " in <function>" to standard error, as three pieces.
     [[gnu::format(printf, 2, 3)]] static void warning(const char* function, const char* format,
                                                       ...);
 };
@@ -34,8 +33,7 @@ public:
     AssertXception(const char* expr, const char* file, const char* function, int line);
     ~AssertXception() override;
 
-    // "Assertion Failed: 'expr' in <function> (file:line)", the part behind ": " cut to 4,095
-    // bytes.
+    // "Assertion Failed: 'expr' in <function> (file:line)", cut 4,095 bytes behind the ": ".
     void print() const override;
 };
 

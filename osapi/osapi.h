@@ -1,8 +1,7 @@
 // The door to the operating system: files, descriptors and mappings.
 //
 // Errors:    every failing system call throws StrXception with the call's name, its argument where
-// it
-//            has one, and strerror(errno). What may fail without throwing says so in its name
+//            it has one, and strerror(errno). What may fail without throwing says so in its name
 //            (…_can_fail, …_ifexist) or below.
 // Ownership: objects release what they hold in their destructors and cannot be copied. A destructor
 //            whose release fails throws where it is marked so.

@@ -1,8 +1,7 @@
 // One star's position on the image in one camera sample.
 //
 // Units:     positions in pixels, x right, y down from the top row; the film window in film units
-// for
-//            the perspective projection, in units of the unit disc for the other two.
+//            for the perspective projection, in units of the unit disc for the other two.
 // Errors:    StrXception "unknown projection". Degenerate geometry (w = 0, a star exactly on the
 //            azimuthal axis) is no error: it gives infinities and NaN.
 // Threads:   a pure function.

@@ -1,8 +1,7 @@
 // From artists' controls and the host's camera to what the renderer takes.
 //
 // Units:     the host's matrices are 16 floats, column by column, for column vectors, camera to
-// world,
-//            looking along -z; its focal length and apertures are in millimetres.
+//            world, looking along -z; its focal length and apertures are in millimetres.
 // Threads:   pure functions.
 #pragma once
 

@@ -1,8 +1,7 @@
 // From a catalogue record to linear light and a direction.
 //
 // Units:     angles in degrees, luminance and colours linear, in single precision; directions are
-// unit
-//            vectors with the catalogue's pole at +y.
+//            unit vectors with the catalogue's pole at +y.
 // Threads:   pure functions.
 // Source:    the sRGB decoding curve is IEC 61966-2-1, with the threshold 0.03928 of its drafts.
 #pragma once

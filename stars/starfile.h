@@ -8,8 +8,7 @@
 // Units:     angles in degrees (J2000 in what our importers write), `flux` linear with magnitude 0
 //            at 1 by convention, colours sRGB-encoded, distance in scene units.
 // Errors:    a file that cannot be opened or mapped, or is shorter than its magic, throws
-// StrXception.
-//            Nothing else about its contents is checked here.
+//            StrXception. Nothing else about its contents is checked here.
 // Threads:   one reader belongs to one thread at a time; several readers may share a file.
 #pragma once
 

@@ -49,7 +49,8 @@ StarRenderer::StarRenderer(const StarRendererData& parameters, const StarFramebu
     if (cams.len() >= 2)
         priv->intensity_scale /= float(cams.len() - 1);
 
-    priv->spot_w = float(float(data->spot_width * spot_unit * fb.width) * film_stretch(*data, fb.width, fb.height));
+    priv->spot_w = float(float(data->spot_width * spot_unit * fb.width) *
+                         film_stretch(*data, fb.width, fb.height));
     priv->spot_h = float(data->star_size * spot_unit * fb.width);
     widen_to_pixel(priv->spot_w, priv->intensity_scale);
     widen_to_pixel(priv->spot_h, priv->intensity_scale);

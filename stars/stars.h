@@ -1,8 +1,7 @@
 // Renders a star database into a float image: one StarRenderer draws one image.
 //
 // Units:     the film window and focal lengths share one film unit; `spot_width` and `star_size`
-// are
-//            in 1/2000 of the image's width; luminances and colours are linear.
+//            are in 1/2000 of the image's width; luminances and colours are linear.
 // Ownership: a StarRenderer borrows its parameters, framebuffer, star input and cameras, which must
 //            outlive it.
 // Errors:    the constructor asserts "priv->cams.len() > 0" and throws StrXception "error in star

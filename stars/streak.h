@@ -1,8 +1,7 @@
 // Gaussian spots and the streaks they leave while they move, added into a float framebuffer.
 //
 // Units:     positions and sizes in pixels, x right, y down from the top row; pixel (x, y) is
-// sampled
-//            at exactly (x, y). A spot at P has the profile
+//            sampled at exactly (x, y). A spot at P has the profile
 //                amplitude * exp(-(dx / size_x)^2 - (dy / size_y)^2),  (dx, dy) = pixel - P,
 //            so it carries amplitude * pi * size_x * size_y of light. A streak is the time average
 //            of the spot moving evenly from `from` to `to`: the profile's line integral along the
@@ -10,8 +9,7 @@
 // Shapes:    nothing is drawn farther than sqrt(ln(6250 * amplitude)) sizes from the segment's
 //            bounding box, where the profile has fallen to 1/6250.
 // Errors:    AssertXception only, for an image without columns or rows. A star too faint, outside
-// the
-//            image or at a position that is not a number draws nothing and gives false.
+//            the image or at a position that is not a number draws nothing and gives false.
 // Threads:   no state; calls that write disjoint rows may run at once.
 #pragma once
 

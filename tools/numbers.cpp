@@ -29,7 +29,7 @@ bool parse_numbers(const std::string& text, std::vector<double>& numbers) {
 
 std::string shortest_text(double number) {
     char text[32];
-    const auto result = std::to_chars(text, text + sizeof text, number);
+    const auto result = std::to_chars(text, text + sizeof text, number, std::chars_format::general);
     return {text, result.ptr};
 }
 

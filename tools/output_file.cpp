@@ -1,6 +1,6 @@
 #include "tools/output_file.h"
 
-#include "osapi/osapi.h"
+#include "osapi/whole_file.h"
 #include "tools/failure.h"
 
 #include <filesystem>
@@ -24,37 +24,11 @@ static std::string system_reason(const Xception& exception) {
     return colon == std::string::npos ? reason : reason.substr(colon + 2);
 }
 
-// Releases both, whatever else fails on the way: the failure to report is the one that led here.
-static void discard(OSAPI::AtomicFileWrite& file, OSAPI::FileDescriptor& descriptor) {
-    try {
-        descriptor.close();
-    } catch (const Xception&) {
-    }
-    try {
-        file.abort();
-    } catch (const Xception&) {
-        file.done = true;
-    }
-}
-
-static void write_whole(const std::string& path, const std::string& bytes) {
-    OSAPI::AtomicFileWrite file(path.c_str(), OSAPI::OPEN_WRITE);
-    OSAPI::FileDescriptor descriptor(file.fd);
-    try {
-        OSAPI::write(descriptor.fd, bytes.data(), bytes.size());
-        OSAPI::sync(descriptor.fd);
-        descriptor.close();
-        file.complete_nosync();
-    } catch (const Xception&) {
-        discard(file, descriptor);
-        throw;
-    }
-}
-
 void write_file(const std::string& path, const std::string& bytes) {
     refuse_special(path);
     try {
-        write_whole(path, bytes);
+        write_whole_file(path.c_str(),
+                         [&](OSAPI::fd_t fd) { OSAPI::write(fd, bytes.data(), bytes.size()); });
     } catch (const Xception& exception) {
         throw WorkFailure(path, system_reason(exception));
     }

@@ -421,6 +421,7 @@ TEST(RenderLoop, SurvivesRecordsThatAreNoNumbers) {
 TEST(RenderLoop, DrawsNothingForFluxesWithoutAmplitude) {
     StarRendererData data = plain_data(32);
     data.lum_threshold = -infinity;
+    data.lum_max = infinity;
     for (double flux : {not_a_number, -1.0, 0.0, -0.0, -infinity, infinity})
         EXPECT_EQ(peak(data, float(flux)), 0) << flux;
     data.lum_max = 2; // what is infinite is capped like any other; what is no number is not

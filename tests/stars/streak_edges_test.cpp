@@ -142,21 +142,30 @@ TEST(StreakEdges, CrossesAnImageOfOnePixel) {
 
 TEST(StreakEdges, DrawsNothingAtPositionsThatAreNoNumbers) {
     const Vector2 fine = at(12, 9);
-    expect_untouched(at(not_a_number, not_a_number), at(not_a_number, not_a_number));
+    const Vector2 nowhere = at(not_a_number, not_a_number);
+    expect_untouched(nowhere, nowhere);
+    expect_untouched(nowhere, fine);
+    expect_untouched(fine, nowhere);
     for (int axis = 0; axis < 2; axis++) {
         Vector2 broken = fine;
         broken[axis] = not_a_number;
         expect_untouched(broken, broken);
         expect_untouched(broken, fine);
-        expect_untouched(fine, broken);
-        Vector2 wide = broken;
-        wide[1 - axis] = infinity;
-        expect_untouched(wide, wide);
-        expect_untouched(wide, fine);
-        expect_untouched(fine, wide);
+        for (float other :
+             {infinity, -infinity}) { // what a division by zero in the projection gives
+            Vector2 wide = broken;
+            wide[1 - axis] = other;
+            expect_untouched(wide, wide);
+            expect_untouched(wide, fine);
+            expect_untouched(fine, wide);
+        }
     }
-    expect_untouched(at(not_a_number, not_a_number), fine);
-    expect_untouched(fine, at(not_a_number, not_a_number));
+    expect_untouched(fine, at(not_a_number, 9));
+}
+
+TEST(StreakEdges, DrawsNothingTowardsARowThatIsNoNumber) {
+    expect_untouched(at(12, 9), at(12, not_a_number));
+    expect_untouched(at(12, 9), at(14, not_a_number));
 }
 
 TEST(StreakEdges, DrawsNothingAtInfinitePositions) {

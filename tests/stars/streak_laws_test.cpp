@@ -228,7 +228,7 @@ TEST(StreakLaws, NarrowsItsRowsForWidthsBelowOnePixel) {
         const double value = moving_value(x, y, from, to, 0.3, 2);
         EXPECT_NEAR(picture.red(x, y), inside ? value : 0, 1e-6) << x;
     }
-    EXPECT_GT(moving_value(39, y, from, to, 0.3, 2), 10 / 6250.0) << "light that is left out";
+    EXPECT_GT(moving_value(39, y, from, to, 0.3, 2), 2 / 6250.0) << "light that is left out";
     EXPECT_EQ(picture.red(39, y), 0);
 }
 
