@@ -65,7 +65,7 @@ private:
 };
 
 template <class T>
-Array<T>::Array(const Array& other) : ByteArray() {
+Array<T>::Array(const Array& other) : Array() {
     if (other.length == 0)
         return;
     ByteArray::realloc(other.length);

@@ -34,8 +34,8 @@ struct RaisingOutOfMemory {
 
 // The formatted text, to be freed by the caller.
 [[gnu::format(printf, 1, 0)]] static char* my_vsnprintf(const char* format, va_list args) {
-    int size = 100;
-    char* buffer = static_cast<char*>(malloc(uword(size)));
+    uword size = 100;
+    char* buffer = static_cast<char*>(malloc(size));
     for (;;) {
         if (!buffer) {
             RaisingOutOfMemory guard;
@@ -44,14 +44,14 @@ struct RaisingOutOfMemory {
 
         va_list copy;
         va_copy(copy, args);
-        const int result = vsnprintf(buffer, uword(size), format, copy);
+        const int result = vsnprintf(buffer, size, format, copy);
         va_end(copy);
-        if (result >= 0 && result < size)
+        if (result >= 0 && uword(result) < size)
             return buffer;
 
         // A negative result is the older convention for "did not fit", with the length unknown.
-        size = result >= 0 ? result + 1 : size * 2;
-        buffer = static_cast<char*>(realloc(buffer, uword(size)));
+        size = result >= 0 ? uword(result) + 1 : size * 2;
+        buffer = static_cast<char*>(realloc(buffer, size));
     }
 }
 

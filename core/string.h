@@ -55,9 +55,8 @@ public:
     u32 find(const char* s) const;
     u32 findr(char ch) const;
 
-    // `s` must be neither null nor a pointer into this text.
     String& operator+=(const String& other);
-    String& operator+=(const char* s);
+    String& operator+=(const char* s); // `s` is neither null nor a pointer into this text
     String& operator+=(char ch);
 
     // Replace the text by the formatted result, which is never null, not even when it is "".

@@ -2,6 +2,9 @@
 
 #include "core/xception.h"
 #include "osapi/osapi.h"
+#include "osapi/unwinding.h"
+
+#include <unistd.h>
 
 namespace OSAPI {
 
@@ -16,7 +19,11 @@ AtomicFileWrite::AtomicFileWrite(const char* path, const String& temp_path, fd_t
     : path(path), temp_path(temp_path), fd(fd), done(false) {}
 
 AtomicFileWrite::~AtomicFileWrite() noexcept(false) {
-    if (!done)
+    if (done)
+        return;
+    if (unwinding())
+        unlink(temp_path.str);
+    else
         abort();
 }
 
@@ -32,7 +39,7 @@ void AtomicFileWrite::complete() {
 }
 
 void AtomicFileWrite::complete_nosync() {
-    rename(temp_path.str, path.str);
+    rename(temp_path.str, path.str ? path.str : "");
     done = true;
 }
 

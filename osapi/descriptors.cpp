@@ -2,6 +2,7 @@
 
 #include "core/xception.h"
 #include "osapi/osapi.h"
+#include "osapi/unwinding.h"
 
 #include <cerrno>
 #include <cstring>
@@ -79,6 +80,15 @@ u64 getsize(fd_t fd) {
 void sync(fd_t fd) {
     if (fsync(fd) == -1)
         XTHROW("fsync: %s", strerror(errno));
+}
+
+FileDescriptor::~FileDescriptor() noexcept(false) {
+    if (!is_open())
+        return;
+    if (unwinding())
+        ::close(fd);
+    else
+        OSAPI::close(fd);
 }
 
 void FileDescriptor::init(fd_t opened) {

@@ -2,6 +2,7 @@
 
 #include "core/xception.h"
 #include "osapi/osapi.h"
+#include "osapi/unwinding.h"
 
 #include <cerrno>
 #include <cstring>
@@ -17,11 +18,10 @@ int get_page_size() {
 MemoryMapping::~MemoryMapping() noexcept(false) {
     if (!data)
         return;
-    void* mapped = data;
-    const uword mapped_size = size;
+    const int result = munmap(data, size);
     data = nullptr;
     size = 0;
-    if (munmap(mapped, mapped_size) == -1)
+    if (result == -1 && !unwinding())
         XTHROW("munmap: %s", strerror(errno));
 }
 

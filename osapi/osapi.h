@@ -4,7 +4,8 @@
 //            it has one, and strerror(errno). What may fail without throwing says so in its name
 //            (…_can_fail, …_ifexist) or below.
 // Ownership: objects release what they hold in their destructors and cannot be copied. A destructor
-//            whose release fails throws where it is marked so.
+//            whose release fails throws where it is marked so, but for one that runs because of
+//            another exception: that one stays the failure to report.
 // Threads:   as safe as the system calls beneath; objects are not shared between threads.
 #pragma once
 
@@ -30,7 +31,8 @@ typedef s32 fd_t; // a POSIX descriptor; -1 means none
 // Marks `fd` to be closed when another program is started. Throws "fcntl: …".
 void close_on_exec(fd_t fd);
 
-// Opens `path`, close-on-exec; -1 with errno set when the system refuses.
+// Opens `path`, close-on-exec; -1 with errno set when the system refuses. Throws "fcntl: …" when the
+// opened descriptor cannot be marked; a file that was created then stays.
 fd_t open_can_fail(const char* path, int flags);
 
 // As open_can_fail, but throws `opening file "path": …`.
@@ -39,7 +41,8 @@ fd_t open(const char* path, int flags);
 // Throws "close: …".
 void close(fd_t fd);
 
-// Writes all `n` bytes, retrying on EINTR and EAGAIN, and returns `n`. Throws "write: …".
+// Writes all `n` bytes, retrying on EINTR and EAGAIN, and returns `n`. Makes a call even for none.
+// Throws "write: …".
 sword write(int fd, const char* buf, uword n);
 
 // The size in bytes of the open file. Throws "fstat: …".
@@ -57,7 +60,7 @@ public:
     explicit FileDescriptor(fd_t fd) : fd(fd) {}
     FileDescriptor(const FileDescriptor&) = delete;
     FileDescriptor& operator=(const FileDescriptor&) = delete;
-    ~FileDescriptor() noexcept(false) { close(); }
+    ~FileDescriptor() noexcept(false); // throws as close does
 
     bool is_open() const { return fd != -1; }
 
@@ -144,8 +147,8 @@ class FileMapping : public MemoryMapping {
 public:
     FileMapping(fd_t fd, uword len, int flags);
 
-    // Maps the whole file. Throws as open, getsize and map do; an empty file cannot be mapped
-    // ("mmap(file): Invalid argument").
+    // Maps the whole file. Throws as open, getsize, map and close do; an empty file cannot be mapped
+    // ("mmap(file): Invalid argument"), and OPEN_WRITE empties it first.
     FileMapping(const char* path, int flags);
 
     // For an object that maps nothing yet. Throws "mmap(file): …" with `data` and `size` null and

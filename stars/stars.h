@@ -28,7 +28,7 @@ struct StarRendererData {
     double saturation;    // 0 makes every star mid grey, 1 leaves colours alone
     double bias_exponent; // of the flux
     double tint_strength; // 0 to 1, towards tint_color
-    double parallax;      // inverse distances lose parallax / 100
+    double parallax;      // inverse distances lose parallax / 100, those of 0 too
     Color3 tint_color;
     op_stars_projection projection;
     op_stars_lines lines;
@@ -39,7 +39,7 @@ struct StarRendererData {
 struct camera {
     DblMatrix4 matrix; // world to camera, for row vectors
     double focal;      // film units
-    double near;       // nearer stars are dropped; scene units
+    double near;       // perspective only: stars nearer along the axis are dropped; scene units
     double far;        // <= 0: no far plane
 };
 

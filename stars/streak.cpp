@@ -199,6 +199,9 @@ bool op_star_streak(const StarFramebuffer& dst, const Vector2& from, const Vecto
                     float amplitude, const Color3& color, float size_x, float size_y,
                     op_stars_lines lines) {
     const Path path = path_between(from, to);
+    // A place that is not a number has no pixels around it.
+    if (std::isnan(path.mid[0]) || std::isnan(path.mid[1]))
+        return false;
 
     // Below 1/6250 the root is not a number, the box comes out invalid and nothing is drawn.
     const float k = sqrtf(logf(amplitude * reach_intensity));

@@ -149,10 +149,24 @@ TEST(AllocationFailure, OfEveryDoublingThrows) {
 
 TEST(AllocationFailure, EndsAFormatThatNeverFits) {
     Allocator allocator;
-    allocator.misprint(10); // 100 bytes doubled to 51200, then refused
+    allocator.misprint(9); // 100 bytes doubled to 51200, then refused
     allocator.refuse_above(50000);
     expect_formatting_failure(message_without_line_of([] { String::fmt("%d", 1); }));
     EXPECT_EQ(allocator.reallocs[8], 51200u);
+}
+
+// A format that never fits asks for 100 * 2^k bytes until the allocator has had enough, which may
+// be beyond what 32 bits count.
+TEST(AllocationFailure, EndsAFormatThatNeverFitsBeyondTwoGigabytes) {
+    const std::size_t gigabyte = std::size_t(1) << 30;
+    Allocator allocator;
+    allocator.pretend_above(1000000);
+    allocator.misprint(26);
+    allocator.refuse_above(4 * gigabyte);
+    expect_formatting_failure(message_without_line_of([] { String::fmt("%d", 1); }));
+    ASSERT_GE(allocator.reallocs.size(), 26u); // the last asks for 6.25 gigabytes
+    for (std::size_t k = 0; k < 26; k++)
+        ASSERT_EQ(allocator.reallocs[k], std::size_t(200) << k);
 }
 
 TEST(AllocationFailure, LeavesTheTextThatWasToBeReplaced) {

@@ -19,6 +19,10 @@ public:
     // Calls asking for more than `bytes` find no memory.
     void refuse_above(std::size_t bytes);
 
+    // A realloc to more than `bytes` hands its block back as it is, for sizes that no machine has;
+    // nothing may be written behind what was there.
+    void pretend_above(std::size_t bytes);
+
     // The next `n` calls of vsnprintf report -1, as old ones did for a text that does not fit.
     void misprint(int n);
 
@@ -34,6 +38,7 @@ private:
     int refused_call;
     bool refused_for_good;
     std::size_t largest;
+    std::size_t largest_real;
     int calls;
     int misprinted;
     void* left_behind;

@@ -108,8 +108,8 @@ TEST(DecomposeLw, TheScaleIsASinglePrecisionRoot) {
     EXPECT_NE(parts_of(identity_with(0, 0, 0.1)).scale[0], 0.1);
 }
 
-// 2.25 + 2 * 0.0003^2 lies nearest to the float above 2.25; added one after the other in float, both
-// squares would be lost. The rows are orthogonal to within 1e-7.
+// 2.25 + 2 * 0.0003^2 lies nearest to the float above 2.25; added one after the other in float,
+// both squares would be lost. The rows are orthogonal to within 1e-7.
 TEST(DecomposeLw, TheSumOfSquaresIsTakenInDouble) {
     const double s = 0.0003;
     ASSERT_EQ(2.25f + float(s * s), 2.25f);

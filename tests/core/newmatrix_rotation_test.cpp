@@ -144,6 +144,16 @@ TEST(EulerAngles, AreLostAtThePoles) {
     }
 }
 
+// The double nearest to pi / 2 is no pole: its cosine is 6e-17, and its sign is all atan2 needs.
+TEST(EulerAngles, ComeBackFromTheDoubleNearestToThePole) {
+    for (double pitch : {pi / 2, -pi / 2}) {
+        const VectorN<double, 3> b = rotation(0.3, pitch, 0.2).orthonormal_to_euler();
+        EXPECT_NEAR(b[0], 0.3, 1e-15);
+        EXPECT_NEAR(b[1], pitch, 1e-15);
+        EXPECT_NEAR(b[2], 0.2, 1e-15);
+    }
+}
+
 TEST(EulerAngles, TheSineOfThePitchIsNotClamped) {
     for (double sine : {1.0000001, -1.0000001}) {
         DblMatrix4 m = DblMatrix4::the_identity();

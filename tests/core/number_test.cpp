@@ -4,6 +4,7 @@
 
 #include <clocale>
 #include <cmath>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -57,6 +58,12 @@ TEST(Number, ReadsDecimalNumbers) {
     }
 }
 
+TEST(Number, ReadsTheSmallestDouble) {
+    double value = 0;
+    EXPECT_TRUE(parse_number("4.9e-324", value));
+    EXPECT_EQ(value, std::numeric_limits<double>::denorm_min());
+}
+
 TEST(Number, ReadsInfinitiesAndNan) {
     double value = 0;
     EXPECT_TRUE(parse_number("inf", value));
@@ -104,7 +111,7 @@ TEST(Number, ReadsNoFurtherThanTheText) {
 }
 
 TEST(Number, RefusesWhatIsOutOfRange) {
-    for (std::string_view text : {"1e309", "-1e309", "1e99999999999999999999"})
+    for (std::string_view text : {"1e309", "-1e309", "1e99999999999999999999", "1e-400"})
         EXPECT_TRUE(refuses_double(text)) << text;
     for (std::string_view text :
          {"2147483648", "-2147483649", "99999999999999999999", "-99999999999999999999"})
@@ -132,8 +139,8 @@ TEST(Number, ReadsIntegers) {
     }
 }
 
-TEST(Number, AnIntegerHasNoFraction) {
-    for (std::string_view text : {"1.5", ".5", "inf", "nan"})
+TEST(Number, AnIntegerHasNeitherFractionNorExponent) {
+    for (std::string_view text : {"1.5", "1.0", "1.", ".5", "1e3", "inf", "nan"})
         EXPECT_TRUE(refuses_int(text)) << text;
 }
 

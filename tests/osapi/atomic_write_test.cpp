@@ -242,6 +242,20 @@ TEST(AtomicFileWrite, NamesTheTemporaryFileThatCannotBeOpened) {
     EXPECT_EQ(folder.names(), Names({"folder.inprogress", "taken.inprogress"}));
 }
 
+// An empty name is a name like any other to the message, and "" to the system.
+TEST(AtomicFileWrite, NamesAnEmptyFinalNameAsItIs) {
+    const TempFolder folder;
+    EXPECT_EQ(status_of_child([&] {
+                  if (chdir(folder.path.c_str()) != 0)
+                      return false;
+                  AtomicFileWrite file("", OPEN_WRITE);
+                  return message_without_line_of([&] { file.complete(); }) ==
+                         "rename(.inprogress,): No such file or directory in "
+                         "<void OSAPI::rename(const char*, const char*)> (osapi-unix:LINE)";
+              }),
+              0);
+}
+
 TEST(AtomicFileWrite, IsNotDoneWhenItCannotBeRenamed) {
     const TempFolder folder;
     const std::string path = folder.folder("out");

@@ -304,6 +304,34 @@ TEST(SystemCall, AMappingWhoseDescriptorCannotBeClosedIsUnmapped) {
     EXPECT_EQ(calls.mappings, 0);
 }
 
+// Closing on the way out must not end the program: in a child, which would die of it.
+TEST(SystemCall, TheFirstFailureIsToldWhenClosingFailsToo) {
+    const TempFolder folder;
+    const std::string path = folder.file("file", "bytes");
+    const struct {
+        const char* call;
+        int nth;
+        std::function<void()> action;
+        std::string message;
+    } cases[] = {
+        {"fcntl", 2, [=] { OSAPI::open(path.c_str(), OPEN_READ); },
+         "fcntl: Input/output error" + in_close_on_exec},
+        {"fstat", 1, [=] { FileMapping mapping(path.c_str(), OPEN_READ); },
+         "fstat: Input/output error" + in_getsize},
+        {"mmap", 1, [=] { FileMapping mapping(path.c_str(), OPEN_READ); },
+         "mmap(file): Input/output error" + in_map},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(status_of_child([&] {
+                      SystemCalls calls;
+                      calls.fail(c.call, EIO, c.nth);
+                      calls.fail("close", EIO);
+                      return message_without_line_of(c.action) == c.message;
+                  }),
+                  0)
+            << c.call;
+}
+
 // ---- Locked memory ---------------------------------------------------------------------------
 
 TEST(LockMemory, LocksItsRangeAndUnlocksItWhenItGoes) {

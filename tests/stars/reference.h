@@ -10,7 +10,7 @@
 
 namespace stars_test {
 
-// ---- The profile, in double --------------------------------------------------------------------
+// ---- The profile, in double -------------------------------------------------------------------
 
 const double pi = 3.141592653589793;
 
@@ -47,7 +47,7 @@ inline double moving_value(double x, double y, Vector2 from, Vector2 to, double 
     return sum;
 }
 
-// ---- Which pixels a call visits, in double -----------------------------------------------------
+// ---- Which pixels a call visits, in double ----------------------------------------------------
 
 struct Footprint {
     double k;                    // reach in sizes
@@ -86,7 +86,7 @@ struct Footprint {
     }
 };
 
-// ---- The rasteriser in float, operation by operation -------------------------------------------
+// ---- The rasteriser in float, operation by operation ------------------------------------------
 
 // Truncates, with what does not fit and what is not a number giving the smallest integer.
 inline s32 narrowed(float v) {

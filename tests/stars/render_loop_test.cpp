@@ -55,7 +55,7 @@ star star_with(int field, double value) {
     return s;
 }
 
-// ---- The renderer once more, step by step, down to the calls that draw ---------------------------
+// ---- The renderer once more, step by step, down to the calls that draw ------------------------
 
 class Reread {
 public:
@@ -171,7 +171,7 @@ private:
 
 } // namespace
 
-// ---- The loop ------------------------------------------------------------------------------------
+// ---- The loop ---------------------------------------------------------------------------------
 
 TEST(RenderLoop, TakesOneRecordPerCall) {
     CountingInput input({star_ahead(), star_ahead(), star_ahead()});
@@ -233,6 +233,18 @@ TEST(RenderLoop, ReadsNoRecordAtBrightnessZero) {
         renderer.render_all(drew);
         EXPECT_FALSE(drew);
         EXPECT_EQ(input.taken, 1) << "the header";
+        EXPECT_TRUE(picture.is_black());
+    }
+}
+
+TEST(RenderLoop, ReadsEveryRecordAtAnyOtherBrightness) {
+    for (double brightness : {-1.0, 1e-300, not_a_number}) { // none of them draws
+        StarRendererData data = plain_data(16);
+        data.brightness = brightness;
+        CountingInput input({star_ahead(), star_ahead()});
+        Picture picture(16, 16);
+        EXPECT_FALSE(render(data, input, {make_camera()}, picture));
+        EXPECT_EQ(input.taken, 3) << brightness;
         EXPECT_TRUE(picture.is_black());
     }
 }
@@ -346,7 +358,7 @@ TEST(RenderLoop, DrawsARecordOfTheCallers) {
     EXPECT_FLOAT_EQ(picture.red(16, 16), 4);
 }
 
-// ---- Photometry ------------------------------------------------------------------------------------
+// ---- Photometry -------------------------------------------------------------------------------
 
 TEST(RenderLoop, KeepsAStarExactlyAtTheThreshold) {
     StarRendererData data = plain_data(32);
@@ -435,7 +447,7 @@ TEST(RenderLoop, TakesAThresholdThatIsNoNumberForNone) {
     EXPECT_FLOAT_EQ(peak(data, 0.01f), 0.04f);
 }
 
-// ---- Distances -------------------------------------------------------------------------------------
+// ---- Distances --------------------------------------------------------------------------------
 
 // A camera moved by 0.6 along x sees a star at distance 1 along z at X = -0.6: hemispherical, with
 // z 1, at -0.6 / sqrt(1.36) of the radius; one without distance stays in the middle.
@@ -487,7 +499,7 @@ TEST(RenderLoop, ChangesNothingForVersionOneInThreeDimensions) {
     EXPECT_TRUE(same_bits(flat, threed));
 }
 
-// ---- Motion ----------------------------------------------------------------------------------------
+// ---- Motion -----------------------------------------------------------------------------------
 
 namespace {
 
@@ -623,7 +635,7 @@ TEST(RenderLoop, LetsAnUnknownProjectionThrough) {
     EXPECT_EQ(message_of([&] { peak(data, 1); }), "");
 }
 
-// ---- All of it -------------------------------------------------------------------------------------
+// ---- All of it --------------------------------------------------------------------------------
 
 TEST(RenderLoop, DrawsWhatTheStepsOneByOneDraw) {
     Dice dice(7);

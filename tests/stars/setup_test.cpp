@@ -45,14 +45,20 @@ TEST(Setup, SpreadsTheSamplesOverTheShutter) {
 }
 
 TEST(Setup, TakesTheTermsOfASampleTimeInTheirOrder) {
-    // Chosen so that every other grouping gives other last bits.
-    const double frame = 1001, shutter = 0.7, offset = -0.35;
-    for (int n = 0; n <= 7; n++) {
-        const double spread = double(n) * shutter;
-        const double part = spread / 7;
-        const double at = frame + part;
-        EXPECT_EQ(sample_time(frame, n, 7, shutter, offset), at + offset) << n;
-    }
+    int other_parts = 0, other_sums = 0; // where another grouping has other last bits
+    for (double frame : {0.1, 1001.0})
+        for (int segments : {3, 7, 10, 11})
+            for (int n = 0; n <= segments; n++) {
+                const double shutter = 0.7, offset = -0.35;
+                const double part = double(n) * shutter / double(segments);
+                const double begun = frame + part;
+                const double time = sample_time(frame, n, segments, shutter, offset);
+                EXPECT_EQ(time, begun + offset) << n << " of " << segments;
+                other_parts += time != frame + n * (shutter / segments) + offset;
+                other_sums += time != frame + (part + offset);
+            }
+    EXPECT_GT(other_parts, 0);
+    EXPECT_GT(other_sums, 0);
 }
 
 TEST(Setup, SamplesTheFrameItselfWithoutSegments) {
@@ -175,6 +181,27 @@ TEST(Setup, GivesViewsWithoutCameraAWindowOfTheImagesShape) {
         EXPECT_EQ(data.right, row.a);
         EXPECT_EQ(data.bottom, -1);
         EXPECT_EQ(data.top, 1);
+    }
+}
+
+TEST(Setup, ComparesTheImagesShapeWithTheFilmWindows) {
+    static const struct {
+        double left, right, bottom, top;
+        int width, height;
+        double stretch; // (width / height) / (|right - left| / |bottom - top|)
+    } table[] = {
+        {-2, 2, -1, 1, 64, 32, 1},
+        {-1, 1, -1, 1, 64, 32, 2},
+        {1, -1, -2, 2, 64, 64, 2},
+        {-12.288, 12.288, -9.336, 9.336, 1920, 1080, (1920.0 / 1080.0) / (24.576 / 18.672)},
+    };
+    for (const auto& row : table) {
+        StarRendererData data = {};
+        data.left = row.left;
+        data.right = row.right;
+        data.bottom = row.bottom;
+        data.top = row.top;
+        EXPECT_EQ(film_stretch(data, row.width, row.height), row.stretch);
     }
 }
 

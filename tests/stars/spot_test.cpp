@@ -201,7 +201,7 @@ TEST(Spot, InBlackReportsItsWeight) {
     }
 }
 
-// ---- How faint -----------------------------------------------------------------------------------
+// ---- How faint --------------------------------------------------------------------------------
 
 // At amplitude 1 / 6250 the reach is 0: the box of the point itself, one pixel wider.
 TEST(Spot, AtTheFaintestAmplitudeFillsFourPixels) {

@@ -51,7 +51,7 @@ std::string lit_rows(const Picture& picture) {
 
 } // namespace
 
-// ---- Images without pixels -------------------------------------------------------------------------
+// ---- Images without pixels --------------------------------------------------------------------
 
 TEST(StreakEdges, AssertsThatItsRowIsInTheImage) {
     expect_assertion(10, 0, at(5, 0), "iy >= 0 && iy < dst.height");
@@ -78,7 +78,7 @@ TEST(StreakEdges, RejectsBeforeItAsserts) {
         EXPECT_FALSE(op_star_streak(fb, at(x, 0), at(x, 0), 5, white, 1, 1, OP_STARS_LINES_ALL));
 }
 
-// ---- Outside of the image --------------------------------------------------------------------------
+// ---- Outside of the image ---------------------------------------------------------------------
 
 TEST(StreakEdges, DrawsNothingForPathsBesideTheImage) {
     static const struct {
@@ -138,7 +138,7 @@ TEST(StreakEdges, CrossesAnImageOfOnePixel) {
     }
 }
 
-// ---- Positions that are no numbers, or too large -----------------------------------------------------
+// ---- Positions that are no numbers, or too large ----------------------------------------------
 
 TEST(StreakEdges, DrawsNothingAtPositionsThatAreNoNumbers) {
     const Vector2 fine = at(12, 9);
@@ -193,6 +193,27 @@ TEST(StreakEdges, DrawsNothingWhereItsLastColumnOrRowFitsNoInteger) {
     }
 }
 
+// Far to the left and slightly down: slope and h are infinite, the slope below 0. Above the
+// path's start the centre lies at plus infinity, so that xs = infinity - infinity; on its own row
+// the centre is 0 times infinity.
+TEST(StreakEdges, LeavesRowsEmptyWhoseStartIsNoNumber) {
+    Picture picture(24, 18, GUARDED);
+    EXPECT_FALSE(draw_streak(picture, at(12, 9), at(-3e38f, 9.5f), 5, 1, 1));
+    for (int y = 0; y <= 9; y++)
+        EXPECT_TRUE(picture.row_is_black(y)) << y;
+    EXPECT_TRUE(picture.surroundings_intact());
+}
+
+// Slope -5e9: three rows above its start the path's line is at column 1.5e10, which fits no
+// integer, while offsets from the midpoint at -5e18 cannot tell that column from the image's.
+TEST(StreakEdges, LeavesRowsEmptyWhoseFirstColumnFitsNoInteger) {
+    Picture picture(24, 18, GUARDED);
+    EXPECT_NO_THROW(draw_streak(picture, at(12, 9), at(-1e19f, 2e9f), 5, 0.1f, 1));
+    for (int y = 0; y < 9; y++)
+        EXPECT_TRUE(picture.row_is_black(y)) << y;
+    EXPECT_TRUE(picture.surroundings_intact());
+}
+
 TEST(StreakEdges, NeitherThrowsNorStraysForAnyPosition) {
     const float values[] = {
         0,     12,     -3e3f, 1e9f,   -1e9f,    2147483520.0f, -2147483648.0f, 1e20f,
@@ -217,7 +238,7 @@ TEST(StreakEdges, DrawsLongPathsThroughTheImage) {
     EXPECT_TRUE(picture.surroundings_intact());
 }
 
-// ---- Spot or streak ----------------------------------------------------------------------------------
+// ---- Spot or streak ---------------------------------------------------------------------------
 
 // Near the origin floats are dense enough for paths of 1e-5.
 TEST(StreakEdges, IsASpotAtTheMidpointUpToALengthOfAHundredThousandth) {
@@ -248,8 +269,8 @@ TEST(StreakEdges, IsAStreakBeyondThatLength) {
 }
 
 // A path that is taken for horizontal spans its whole box; a short steep one of slope 0 spans
-// h = k size_x^2 about its centre. With size_x 0.5 and amplitude 1 the box is columns 18 to 22 about
-// column 20, the span 20 +- 0.739 columns 19 to 21.
+// h = k size_x^2 about its centre. With size_x 0.5 and amplitude 1 the box is columns 18 to 22
+// about column 20, the span 20 +- 0.739 columns 19 to 21.
 TEST(StreakEdges, IsHorizontalUpToARiseOfAMillionth) {
     static const struct {
         float rise;
@@ -272,12 +293,12 @@ TEST(StreakEdges, IsHorizontalUpToARiseOfAMillionth) {
     }
 }
 
-// ---- Nearly horizontal paths ---------------------------------------------------------------------------
+// ---- Nearly horizontal paths ------------------------------------------------------------------
 
 // With sizes 0.5 and 2 the box reaches k * 2 = 5.91 rows, but on a row n away from the path the
 // centre lies n slopes to the side, and h covers k * 0.5 * 2 = 2.96 slopes of it: rows beyond are
-// empty. From a slope of 100000 on the midpoint is the centre instead, and every row is drawn; paths
-// that fall as steeply keep the line formula.
+// empty. From a slope of 100000 on the midpoint is the centre instead, and every row is drawn;
+// paths that fall as steeply keep the line formula.
 TEST(StreakEdges, UsesTheMidpointForSlopesFromAHundredThousandUpOnly) {
     const float step = 1.0f / 1024; // exact beside 20
     static const struct {
@@ -302,7 +323,7 @@ TEST(StreakEdges, UsesTheMidpointForSlopesFromAHundredThousandUpOnly) {
     }
 }
 
-// ---- Counting columns ----------------------------------------------------------------------------------
+// ---- Counting columns -------------------------------------------------------------------------
 
 // Offsets are counted up by 1.0 from floor(xs) - m.x, in float, and each sum is rounded anew. With
 // u = 2^-24 and m.x = 0.5 + 5u the offsets of columns 0 to 5 are, in u:

@@ -48,7 +48,7 @@ TEST(Streak, EndsHalfAsBrightAsItsMiddle) {
     EXPECT_NEAR(picture.red(60, 10) / picture.red(40, 10), 0.5, 1e-6);
 }
 
-// ---- Rows ------------------------------------------------------------------------------------------
+// ---- Rows -------------------------------------------------------------------------------------
 
 TEST(Streak, InEvenAndOddRowsMakesTheWhole) {
     Picture all(36, 30), even(36, 30), odd(36, 30);
@@ -106,7 +106,7 @@ TEST(Streak, OnASingleRowKeepsOrLosesItByItsParity) {
     }
 }
 
-// ---- Coverage --------------------------------------------------------------------------------------
+// ---- Coverage ---------------------------------------------------------------------------------
 
 TEST(Streak, LeavesCoveredPixelsAlone) {
     for (float alpha : {1.0f, 1.5f, 1e30f, infinity}) {
@@ -174,7 +174,7 @@ TEST(Streak, TellsTheColourSumsAndTheWeightApart) {
     EXPECT_TRUE(picture.is_black());
 }
 
-// ---- Memory ----------------------------------------------------------------------------------------
+// ---- Memory -----------------------------------------------------------------------------------
 
 TEST(Streak, DrawsIntoEveryMemoryLayoutAlike) {
     Picture interleaved(36, 30);

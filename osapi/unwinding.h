@@ -1,0 +1,12 @@
+// For destructors that may throw: whether they must not, because an exception is on its way already.
+#pragma once
+
+#include <exception>
+
+namespace OSAPI {
+
+inline bool unwinding() {
+    return std::uncaught_exceptions() > 0;
+}
+
+} // namespace OSAPI
