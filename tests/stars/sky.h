@@ -4,6 +4,7 @@
 
 #include "core/xception.h"
 #include "stars/stars.h"
+#include "tests/scratch_folder.h"
 
 #include <cmath>
 #include <cstdio>
@@ -17,31 +18,6 @@
 #include <vector>
 
 namespace stars_test {
-
-// A folder that is there while the object lives.
-class ScratchFolder {
-public:
-    ScratchFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "stars_XXXXXX").string();
-        if (!mkdtemp(&name[0]))
-            throw std::runtime_error("mkdtemp failed");
-        path = name;
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    ~ScratchFolder() { std::filesystem::remove_all(path); }
-
-    std::string file(const std::string& name) const { return (path / name).string(); }
-
-    // Writes a file and returns its path.
-    std::string write(const std::string& name, const std::string& bytes) const {
-        std::ofstream(file(name), std::ios::binary) << bytes;
-        return file(name);
-    }
-
-private:
-    std::filesystem::path path;
-};
 
 inline star make_star(double ra, double dec, float flux, int red = 255, int green = 255,
                       int blue = 255, double distance = 0) {
