@@ -2,7 +2,6 @@
 
 #include "stars/setup.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <random>
@@ -60,17 +59,16 @@ camera panned_camera(double degrees, double focal) {
 }
 
 BenchImage::BenchImage(int width, int height)
-    : pixels(4 * std::size_t(width) * std::size_t(height)),
-      fb(framebuffer_of(pixels.data(), width, height, 16 * width)) {}
-
-void BenchImage::clear() {
-    std::fill(pixels.begin(), pixels.end(), 0.0f);
+    : image(Kess::ImageSpec(width, height, Kess::ImageSpec::BGRA_FLOAT)),
+      fb(framebuffer_of(image)) {
+    clear();
 }
 
 double BenchImage::light() const {
     double sum = 0;
-    for (std::size_t i = 1; i < pixels.size(); i += 4)
-        sum += double(pixels[i]);
+    for (int y = 0; y < fb.height; y++)
+        for (int x = 0; x < fb.width; x++)
+            sum += double(fb.red[y * fb.row_stride + x * fb.pixel_stride]);
     return sum;
 }
 

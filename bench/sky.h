@@ -1,6 +1,7 @@
 // A made-up sky to measure with: evenly spread stars, the same in every run.
 #pragma once
 
+#include "kessimage/image.h"
 #include "stars/stars.h"
 
 #include <vector>
@@ -35,12 +36,12 @@ class BenchImage {
 public:
     BenchImage(int width, int height);
     const StarFramebuffer& framebuffer() const { return fb; }
-    void clear();
+    void clear() { image.make_blank(); }
     double light() const; // sum of red over all pixels; infinite or NaN when any pixel is
 
 private:
-    std::vector<float> pixels;
-    StarFramebuffer fb;
+    Kess::Image image;
+    const StarFramebuffer fb;
 };
 
 } // namespace velmora

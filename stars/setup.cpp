@@ -71,15 +71,16 @@ double film_stretch(const StarRendererData& data, int width, int height) {
     return image_shape / film_shape;
 }
 
-StarFramebuffer framebuffer_of(float* pixels, int width, int height, int row_bytes) {
+StarFramebuffer framebuffer_of(const Kess::Image& image) {
+    float* pixels = reinterpret_cast<float*>(image.data);
     StarFramebuffer fb;
     fb.alpha = pixels;
     fb.red = pixels + 1;
     fb.green = pixels + 2;
     fb.blue = pixels + 3;
-    fb.width = width;
-    fb.height = height;
-    fb.row_stride = row_bytes / s32(sizeof(float));
+    fb.width = image.width;
+    fb.height = image.height;
+    fb.row_stride = s32(image.stride / sizeof(float));
     fb.pixel_stride = 4;
     return fb;
 }

@@ -58,10 +58,10 @@ static ExrValue knob_value(const KnobValues& knobs, const std::string& name) {
 
 ExrMetadata frame_attributes(const KnobValues& knobs, const RenderedFrame& frame, double fps) {
     ExrMetadata metadata;
-    const DblMatrix4 to_camera = world_to_camera(frame.first_camera);
+    const DblMatrix4 to_camera = world_to_camera(frame.cameras[0]);
     metadata.world_to_camera = narrowed(to_camera);
     if (frame.data.projection == OP_STARS_PERSPECTIVE) {
-        const camera& cam = frame.first_camera;
+        const camera& cam = frame.cameras[0];
         metadata.world_to_ndc =
             narrowed(to_camera * DblMatrix4::perspective(cam.focal, cam.near, cam.far) *
                      window_to_ndc(frame.data));

@@ -136,8 +136,8 @@ static std::string encoded(const RenderedFrame& frame, FileKind kind, const Knob
     case FileKind::png:
         return encode_png(frame.picture(), options.exposure.value_or(0));
     default:
-        return {reinterpret_cast<const char*>(frame.pixels.data()),
-                frame.pixels.size() * sizeof(float)};
+        return {frame.image.data,
+                std::size_t(frame.image.stride) * std::size_t(frame.image.height)};
     }
 }
 
@@ -163,8 +163,8 @@ void render(const RenderOptions& options) {
     say_notes(knobs, shot);
 
     const auto render_one = [&](std::size_t i) {
-        const RenderedFrame frame = render_frame(knobs, shot, stars.get(), frames[i]);
-        write_outputs(frame, frames[i], knobs, options, outputs);
+        const auto frame = render_frame(knobs, shot, stars.get(), frames[i]);
+        write_outputs(*frame, frames[i], knobs, options, outputs);
     };
     if (frames.size() == 1) {
         render_one(0);

@@ -4,23 +4,29 @@
 
 namespace velmora {
 
-RenderedFrame render_frame(const KnobValues& knobs, const Shot& shot, StarInput* stars,
-                           double frame) {
-    const int width = knobs.format.width, height = knobs.format.height;
-    const Array<camera> cameras = shot.cameras(knobs, frame);
-    RenderedFrame rendered{width,
-                           height,
-                           std::vector<float>(4 * std::size_t(width) * std::size_t(height)),
-                           cameras[0],
-                           {}};
-    fill_render_data(knobs, rendered.data);
-    shot.set_window(knobs, rendered.data);
+static Kess::ImageSpec spec_of(const Format& format) {
+    return {format.width, format.height, Kess::ImageSpec::BGRA_FLOAT};
+}
+
+RenderedFrame::RenderedFrame(const KnobValues& knobs, const Shot& shot, double frame)
+    : image(spec_of(knobs.format)), data(), cameras(shot.cameras(knobs, frame)) {
+    image.make_blank();
+    fill_render_data(knobs, data);
+    shot.set_window(knobs, data);
+}
+
+FloatPicture RenderedFrame::picture() const {
+    return {image.width, image.height, reinterpret_cast<const float*>(image.data)};
+}
+
+std::unique_ptr<RenderedFrame> render_frame(const KnobValues& knobs, const Shot& shot,
+                                            StarInput* stars, double frame) {
+    auto rendered = std::make_unique<RenderedFrame>(knobs, shot, frame);
     if (!stars)
         return rendered;
 
-    const int row_bytes = width * 4 * int(sizeof(float));
-    const StarFramebuffer fb = framebuffer_of(rendered.pixels.data(), width, height, row_bytes);
-    StarRenderer renderer(rendered.data, fb, *stars, cameras);
+    const StarFramebuffer fb = framebuffer_of(rendered->image);
+    StarRenderer renderer(rendered->data, fb, *stars, rendered->cameras);
     bool drew = false;
     renderer.render_all(drew);
     stars->reset();

@@ -4,25 +4,27 @@
 // Errors:    what the renderer throws.
 #pragma once
 
+#include "kessimage/image.h"
 #include "tools/float_picture.h"
 #include "tools/shot.h"
 
-#include <vector>
+#include <memory>
 
 namespace velmora {
 
 struct RenderedFrame {
-    int width, height;
-    std::vector<float> pixels;
-    camera first_camera; // where the shutter opens
+    Kess::Image image;
     StarRendererData data;
+    Array<camera> cameras; // one per sample, in the order of time
 
-    FloatPicture picture() const { return {width, height, pixels.data()}; }
+    RenderedFrame(const KnobValues& knobs, const Shot& shot, double frame);
+
+    FloatPicture picture() const;
 };
 
 // Draws the whole of `stars`, which stands at its header before and after; without stars (null) the
 // frame is black.
-RenderedFrame render_frame(const KnobValues& knobs, const Shot& shot, StarInput* stars,
-                           double frame);
+std::unique_ptr<RenderedFrame> render_frame(const KnobValues& knobs, const Shot& shot,
+                                            StarInput* stars, double frame);
 
 } // namespace velmora

@@ -1,0 +1,251 @@
+// Interned texts, compared by address, and hash maps keyed by pointers.
+//
+// Shapes:    every list is circular and doubly linked; a head points at itself when empty, and
+//            insertion is at the tail. A map's bucket count never changes.
+//
+//                intern table                       record
+//                [0]   head <-> record <-> head     | next | prev | data | hash | text |
+//                ...                                `data` of a record is the record itself
+//                [255] head <-> node <-> head       node: | next | prev | data -> record |
+//
+// Ownership: interned records live until cleanup() or the process's end; map entries belong to the
+//            map's user, and in a PtrMap to the map.
+// Errors:    std::bad_alloc. Texts are copied as String copies them, unchecked.
+// Threads:   interning is unguarded process-wide state; a map belongs to one thread at a time.
+#pragma once
+
+#include "core/string.h"
+#include "core/types.h"
+
+#include <cstring>
+
+// One place in a list, or its head.
+struct ListLink {
+    ListLink* next;
+    ListLink* prev;
+};
+
+struct InternRecord;
+
+// What stands in an intern list: a record, or a node that leads to one.
+struct InternNode : ListLink {
+    InternRecord* data;
+};
+
+struct InternRecord : InternNode {
+    u32 hash; // of the text
+    String text;
+};
+
+// A text that exists once: two are equal exactly when they are the same record.
+class InString {
+public:
+    InternRecord* record; // null when default constructed
+
+    InString() : record(nullptr) {}
+    explicit InString(InternRecord* record) : record(record) {}
+
+    const String& text() const; // empty without a record
+
+    bool operator==(const InString& other) const { return record == other.record; }
+    bool operator!=(const InString& other) const { return record != other.record; }
+
+    // The record of `text`, made on first use.
+    static InString intern(const String& text);
+    static InString intern(const char* text);
+
+    // A record of its own with the text G0, G1, …, which intern() never finds.
+    static InString gensym();
+
+    // Prints every bucket's texts to standard output, a line each.
+    static void dump();
+
+    // Frees every record; all InStrings dangle afterwards. Nodes that make_permanent made are
+    // unlinked and stay allocated.
+    static void cleanup();
+};
+
+// A lookup that leaves no trace unless it is made permanent.
+class TempInString {
+public:
+    bool owned; // the record is ours alone and not in the table
+    InternRecord* record;
+
+    explicit TempInString(const String& text);
+    TempInString(const TempInString&) = delete;
+    TempInString& operator=(const TempInString&) = delete;
+    ~TempInString();
+
+    // Puts the record into the table if it is not there.
+    InString make_permanent();
+};
+
+// A hash table over entries that carry their own links. It owns none of them.
+class VoidPtrMap {
+public:
+    // Users of the map put what they store behind the key.
+    struct [[gnu::may_alias]] Entry : ListLink {
+        void* key;
+    };
+
+    class ForEachFunc {
+    public:
+        virtual int void_call(Entry* entry) = 0; // non-zero ends the walk
+        virtual ~ForEachFunc();
+    };
+
+    // Makes the smallest power of two of buckets that is not below `n`, at least one.
+    explicit VoidPtrMap(int n);
+    VoidPtrMap(const VoidPtrMap&) = delete;
+    VoidPtrMap& operator=(const VoidPtrMap&) = delete;
+    ~VoidPtrMap();
+
+    // Equal keys may stand side by side; the one inserted first is found and removed first.
+    void insert(u32 hash, Entry* entry);
+    Entry* lookup(u32 hash, void* key) const; // null when there is none
+    Entry* remove(u32 hash, void* key);       // the caller frees it; null when there is none
+
+    void clear(); // unlinks every entry and frees nothing
+    bool empty() const;
+    u32 buckets() const;
+
+    // Call `f` on every entry, bucket by bucket, until it returns other than 0. It may unlink or free
+    // the entry that it is called on.
+    void for_each(ForEachFunc& f);
+    void for_each_const(ForEachFunc& f) const;
+
+    // The same for the entries of one key.
+    void for_each_value(u32 hash, void* key, ForEachFunc& f);
+
+protected:
+    void swap(VoidPtrMap& other);
+
+private:
+    struct Header {
+        u32 bits; // log2 of the bucket count
+        u32 mask; // bucket count - 1
+        ListLink* buckets;
+    };
+    Header* header;
+};
+
+// The typed map. K is a handle of a pointer's size that is compared by its bits, such as InString.
+template <class K, class V>
+class PtrMap : public VoidPtrMap {
+public:
+    struct Entry : ListLink {
+        K key;
+        V value;
+
+        Entry(K key, const V& value) : ListLink(), key(key), value(value) {}
+    };
+
+    class ForEachFunc : public VoidPtrMap::ForEachFunc {
+    public:
+        int void_call(VoidPtrMap::Entry* entry) override { return (*this)(typed(entry)); }
+        virtual int operator()(Entry* entry) = 0;
+    };
+
+    // Frees each entry.
+    class Deleter : public ForEachFunc {
+    public:
+        int operator()(Entry* entry) override {
+            delete entry;
+            return 0;
+        }
+    };
+
+    // Inserts a copy of each entry into `target`.
+    class Copier : public ForEachFunc {
+    public:
+        explicit Copier(PtrMap& target) : target(target) {}
+        int operator()(Entry* entry) override {
+            target.insert(new Entry(entry->key, entry->value));
+            return 0;
+        }
+
+    private:
+        PtrMap& target;
+    };
+
+    // Whether each entry's key has an equal value in `other`; stops at the first that has not.
+    class Equaler : public ForEachFunc {
+    public:
+        bool result;
+
+        explicit Equaler(const PtrMap& other) : result(true), other(other) {}
+        int operator()(Entry* entry) override {
+            const Entry* found = other.lookup(entry->key);
+            result = found && found->value == entry->value;
+            return !result;
+        }
+
+    private:
+        const PtrMap& other;
+    };
+
+    explicit PtrMap(int n) : VoidPtrMap(n) {}
+    PtrMap(const PtrMap& other);
+    PtrMap& operator=(const PtrMap& other);
+    ~PtrMap();
+
+    void insert(Entry* entry) { VoidPtrMap::insert(hash(entry->key), untyped(entry)); }
+    Entry* lookup(K key) const { return typed(VoidPtrMap::lookup(hash(key), bits(key))); }
+    Entry* remove(K key) { return typed(VoidPtrMap::remove(hash(key), bits(key))); }
+    void for_each_value(K key, ForEachFunc& f) {
+        VoidPtrMap::for_each_value(hash(key), bits(key), f);
+    }
+
+private:
+    static_assert(sizeof(K) == sizeof(void*), "a key has the size of a pointer");
+
+    static void* bits(const K& key) {
+        void* pointer;
+        std::memcpy(&pointer, static_cast<const void*>(&key), sizeof pointer);
+        return pointer;
+    }
+    // Records are aligned to 16 bytes, so the lowest four bits tell nothing.
+    static u32 hash(const K& key) { return u32(reinterpret_cast<uword>(bits(key)) >> 4); }
+
+    static Entry* typed(VoidPtrMap::Entry* entry) {
+        return static_cast<Entry*>(static_cast<ListLink*>(entry));
+    }
+    static VoidPtrMap::Entry* untyped(Entry* entry) {
+        return static_cast<VoidPtrMap::Entry*>(static_cast<ListLink*>(entry));
+    }
+};
+
+template <class V>
+using StringMap = PtrMap<InString, V>;
+
+// Whether every entry of `a` has an equal one in `b`; what only `b` has is not looked at.
+template <class K, class V>
+bool operator==(const PtrMap<K, V>& a, const PtrMap<K, V>& b) {
+    typename PtrMap<K, V>::Equaler equaler(b);
+    a.for_each_const(equaler);
+    return equaler.result;
+}
+
+template <class K, class V>
+bool operator!=(const PtrMap<K, V>& a, const PtrMap<K, V>& b) {
+    return !(a == b);
+}
+
+template <class K, class V>
+PtrMap<K, V>::PtrMap(const PtrMap& other) : PtrMap(int(other.buckets())) {
+    Copier copier(*this);
+    other.for_each_const(copier);
+}
+
+template <class K, class V>
+PtrMap<K, V>& PtrMap<K, V>::operator=(const PtrMap& other) {
+    PtrMap copy(other);
+    swap(copy);
+    return *this;
+}
+
+template <class K, class V>
+PtrMap<K, V>::~PtrMap() {
+    Deleter deleter;
+    for_each(deleter);
+}
