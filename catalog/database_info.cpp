@@ -1,5 +1,5 @@
 #include "catalog/database_info.h"
-#include "catalog/catalog_error.h"
+#include "catalog/database_file.h"
 #include "catalog/database_record.h"
 #include "catalog/photometry.h"
 #include "core/string.h"
@@ -66,12 +66,9 @@ static void add_star(DatabaseInfo& info, u64 number, const star& record) {
     add_oddities(info, number, record);
 }
 
-static DatabaseInfo inspect_bytes(const std::string& path, const unsigned char* bytes, u64 size) {
+static DatabaseInfo inspect_bytes(const unsigned char* bytes, u64 size) {
     DatabaseInfo info;
     info.version = version_of_header(bytes);
-    if (info.version == 0)
-        throw CatalogError(path, "is not a star database: it begins with neither \"VELMORA1\" nor "
-                                 "\"VELMORA2\"");
     info.stars = size / record_size - 1;
     info.trailing_bytes = size % record_size;
 
@@ -88,16 +85,10 @@ static DatabaseInfo inspect_bytes(const std::string& path, const unsigned char* 
 }
 
 DatabaseInfo inspect_star_database(const std::string& path) {
-    const OSAPI::FileDescriptor file(OSAPI::open(path.c_str(), OSAPI::OPEN_READ));
-    if (OSAPI::is_directory(path.c_str()))
-        throw CatalogError(path, "is a directory, not a file");
+    const OSAPI::FileDescriptor file(open_star_database(path));
     const u64 size = OSAPI::getsize(file.fd);
-    if (size < record_size)
-        throw CatalogError(path, "is not a star database: its header alone takes 32 bytes, the "
-                                 "file has " +
-                                     std::to_string(size));
     const OSAPI::FileMapping mapping(file.fd, size, OSAPI::OPEN_READ);
-    return inspect_bytes(path, static_cast<const unsigned char*>(mapping.data), size);
+    return inspect_bytes(static_cast<const unsigned char*>(mapping.data), size);
 }
 
 // ---- Text ------------------------------------------------------------------------------------

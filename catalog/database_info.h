@@ -2,8 +2,7 @@
 //
 // Units:     see stars/starfile.h; magnitudes are -2.5 log10(flux).
 // Shapes:    records are numbered as readers do: the header is 0, the stars are 1 to `stars`.
-// Errors:    throws CatalogError for a file that is no star database, StrXception when the system
-//            does not open it. Odd stars are no error.
+// Errors:    as those of catalog/database_file.h. Odd stars are no error.
 // Threads:   pure functions of the file and their arguments. The file must not shrink meanwhile.
 #pragma once
 

@@ -39,6 +39,8 @@ protected:
     void swap(ByteArray& other);
 };
 
+static_assert(sizeof(ByteArray) == 3 * sizeof(uword), "a block, its size and what is used of it");
+
 // `T` must tolerate being moved bitwise, because growing moves the elements with realloc.
 template <class T>
 class Array : public ByteArray {

@@ -1,6 +1,8 @@
 // Numbers from text, whole or not at all and whatever the locale.
 #pragma once
 
+#include "core/types.h"
+
 #include <string_view>
 
 namespace velmora {

@@ -7,6 +7,7 @@
 
 #include "core/string.h"
 
+// The order of the virtual functions is part of the interface.
 class Xception {
 public:
     virtual ~Xception();

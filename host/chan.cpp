@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <sstream>
 #include <string_view>
@@ -29,8 +30,19 @@ static std::vector<std::string_view> words_of(std::string_view line) {
     return words;
 }
 
+// The word as a message shows it: printable, and cut when it is long.
 static std::string quoted(std::string_view word) {
-    return "'" + std::string(word) + "'";
+    const std::size_t most = 40;
+    const char* const digits = "0123456789abcdef";
+    std::string shown = "'";
+    for (const char ch : word.substr(0, most)) {
+        const auto byte = static_cast<unsigned char>(ch);
+        if (byte >= 0x20 && byte < 0x7f)
+            shown += ch;
+        else
+            shown += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
+    }
+    return shown + (word.size() > most ? "...'" : "'");
 }
 
 static double number_of(std::string_view word, const std::string& where) {
@@ -102,6 +114,13 @@ Chan Chan::parse(const std::string& text, const std::string& name) {
 }
 
 static std::string contents_of(const std::string& path) {
+    // A pipe would be waited for, and a device may have no end.
+    std::error_code ignored;
+    const std::filesystem::file_status status = std::filesystem::status(path, ignored);
+    if (std::filesystem::exists(status) && !std::filesystem::is_directory(status) &&
+        !std::filesystem::is_regular_file(status))
+        throw ChanError(path, "is not a regular file");
+
     const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
     if (!file)
         throw ChanError(path, std::strerror(errno));

@@ -168,4 +168,8 @@ public:
     ~LockMemory();
 };
 
+static_assert(sizeof(FileDescriptor) == sizeof(fd_t), "a descriptor and nothing else");
+static_assert(sizeof(FileMapping) == sizeof(void*) + sizeof(uword), "a range and nothing else");
+static_assert(sizeof(LockMemory) == sizeof(void*) + sizeof(uword), "a range and nothing else");
+
 } // namespace OSAPI

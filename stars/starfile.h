@@ -34,6 +34,7 @@ static_assert(offsetof(star, ra) == 0 && offsetof(star, dec) == 8 && offsetof(st
 
 // Where star records come from. One render takes the header with is_valid(), each star with next(),
 // and calls reset() for the render after it.
+// The order of the virtual functions is part of the interface.
 class StarInput {
 public:
     u32 count;              // records in the source, header included
@@ -60,8 +61,7 @@ public:
     const star* next() override;
     void reset() override;
 
-private:
-    const star* cursor;
+    const star* cursor; // the next record to hand out
     OSAPI::FileMapping mapping;
 };
 

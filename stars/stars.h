@@ -43,7 +43,14 @@ struct camera {
     double far;        // <= 0: no far plane
 };
 
-static_assert(sizeof(camera) == 19 * sizeof(double), "a camera is 19 doubles");
+static_assert(offsetof(StarRendererData, parallax) == 12 * sizeof(double) &&
+                  offsetof(StarRendererData, tint_color) == 13 * sizeof(double) &&
+                  offsetof(StarRendererData, projection) == 13 * sizeof(double) + 12 &&
+                  offsetof(StarRendererData, threed) == 13 * sizeof(double) + 20,
+              "thirteen doubles, the tint, two choices and a switch");
+static_assert(sizeof(camera) == 19 * sizeof(double) &&
+                  offsetof(camera, focal) == 16 * sizeof(double),
+              "a camera is 19 doubles, the matrix first");
 
 class StarRenderer {
 public:

@@ -19,6 +19,8 @@
 
 #include "core/newmatrix.h"
 
+#include <cstddef>
+
 // Which rows a call may write, for video rendered field by field; other values act as ODD.
 enum op_stars_lines : s32 {
     OP_STARS_LINES_ALL = 0,
@@ -38,6 +40,11 @@ struct StarFramebuffer {
     s32 row_stride;
     s32 pixel_stride;
 };
+
+static_assert(offsetof(StarFramebuffer, alpha) == 3 * sizeof(float*) &&
+                  offsetof(StarFramebuffer, width) == 4 * sizeof(float*) &&
+                  sizeof(StarFramebuffer) == 4 * sizeof(float*) + 4 * sizeof(s32),
+              "four planes, then four numbers");
 
 // Adds (1 - alpha) * profile * color to every pixel of the footprint that is not covered
 // (alpha >= 1). A path of up to 1e-5 pixels is a spot at its midpoint. Returns whether any pixel

@@ -1,11 +1,10 @@
-#include "catalog/catalog_error.h"
 #include "catalog/database_info.h"
 #include "catalog/database_writer.h"
 #include "catalog/source_file.h"
 #include "catalog/star_table.h"
-#include "core/xception.h"
+#include "tools/catalog_failure.h"
 #include "tools/command.h"
-#include "tools/failure.h"
+#include "tools/output_file.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -31,48 +30,15 @@ struct ImportedStars {
     u64 known_colors = 0;
 };
 
-// Runs `work` on the file at `path`; what goes wrong becomes a failure that names the file.
-template <class Work>
-static auto working_on(const std::string& path, Work work) -> decltype(work()) {
-    try {
-        return work();
-    } catch (const CatalogError& error) {
-        throw WorkFailure(error.where, error.why);
-    } catch (const Xception& exception) {
-        throw WorkFailure(path, reason_of(exception));
-    }
-}
-
 static void check_is_there(const std::string& argument, const std::string& path) {
     if (path.empty())
         throw UsageFailure(argument, "the file name is empty");
     std::error_code ignored;
     if (fs::status(path, ignored).type() == fs::file_type::not_found)
-        throw WorkFailure(path, "there is no such file");
+        throw WorkFailure(path, "No such file or directory");
 }
 
 // ---- catalog import --------------------------------------------------------------------------
-
-// Finds what would make the output fail before a large catalogue is read for it.
-static void check_output(const ImportArguments& arguments) {
-    const std::string& out = arguments.out;
-    if (out.empty())
-        throw UsageFailure("-o", "the file name is empty");
-    std::error_code ignored;
-    for (const std::string& source : arguments.sources)
-        if (fs::equivalent(source, out, ignored))
-            throw UsageFailure("-o", out + " is also a source");
-
-    const fs::file_status status = fs::status(out, ignored);
-    if (fs::is_directory(status))
-        throw WorkFailure(out, "is a directory, not a file");
-    if (fs::exists(status) && !fs::is_regular_file(status))
-        throw WorkFailure(out, "is there and is not a regular file");
-    const fs::path folder = fs::path(out).parent_path();
-    const fs::file_status folder_status = fs::status(folder, ignored);
-    if (!folder.empty() && fs::status_known(folder_status) && !fs::is_directory(folder_status))
-        throw WorkFailure(out, "there is no directory " + folder.string());
-}
 
 static void append_table(SourceFile& file, ImportedStars& stars) {
     StarTable table(file);
@@ -97,7 +63,9 @@ static void append_source(const std::string& path, ImportedStars& stars) {
 }
 
 static void import(const ImportArguments& arguments) {
-    check_output(arguments);
+    if (arguments.out.empty())
+        throw UsageFailure("-o", "the file name is empty");
+    check_output(arguments.out, arguments.sources);
     for (const std::string& source : arguments.sources)
         check_is_there("SOURCE", source);
 
@@ -106,8 +74,10 @@ static void import(const ImportArguments& arguments) {
         working_on(source, [&] { append_source(source, stars); });
 
     const std::string count = std::to_string(stars.records.size());
-    working_on(arguments.out,
-               [&] { write_star_database(arguments.out, std::move(stars.records)); });
+    working_on(arguments.out, [&] {
+        const SignalsHeld held;
+        write_star_database(arguments.out, std::move(stars.records));
+    });
     say(arguments.out + ": stars written: " + count +
         ", with known distance: " + std::to_string(stars.known_distances) +
         ", with known colour: " + std::to_string(stars.known_colors));
@@ -119,9 +89,7 @@ static void print_info(const std::string& path) {
     check_is_there("FILE", path);
     const DatabaseInfo info = working_on(path, [&] { return inspect_star_database(path); });
 
-    const std::string text = path + "\n" + describe(info);
-    if (fputs(text.c_str(), stdout) == EOF || fflush(stdout) == EOF)
-        throw WorkFailure("standard output", "cannot be written");
+    printf("%s\n%s", path.c_str(), describe(info).c_str());
 }
 
 // ---- Arguments -------------------------------------------------------------------------------
@@ -161,7 +129,10 @@ void add_catalog_command(CLI::App& program) {
     catalog->footer("Examples:\n"
                     "  velmora catalog import stars.csv.gz -o sky.velmora\n"
                     "  velmora catalog info sky.velmora");
-    catalog->require_subcommand(1);
+    catalog->callback([catalog] {
+        if (catalog->get_subcommands().empty())
+            throw UsageFailure("catalog", "name a command: import or info");
+    });
     add_import_command(*catalog);
     add_database_info_command(*catalog);
 }

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <new>
+#include <unistd.h>
 
 namespace velmora {
 
@@ -15,8 +16,15 @@ std::string reason_of(const Xception& exception) {
     return message.substr(0, message.rfind(" in <"));
 }
 
+std::string system_reason_of(const Xception& exception) {
+    const std::string reason = reason_of(exception);
+    const std::size_t colon = reason.rfind(": ");
+    return colon == std::string::npos ? reason : reason.substr(colon + 2);
+}
+
 void say(const std::string& line) {
-    fputs(("velmora: " + line + "\n").c_str(), stderr);
+    const char* const clear_line = isatty(STDERR_FILENO) ? "\r\033[K" : "";
+    fputs((clear_line + ("velmora: " + line + "\n")).c_str(), stderr);
 }
 
 ExitStatus exit_status_of(const std::function<void()>& work) {

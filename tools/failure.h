@@ -42,7 +42,11 @@ public:
 // The exception's reason without the place in the source that raised it.
 std::string reason_of(const Xception& exception);
 
-// Writes "velmora: " and `line` to standard error in one write.
+// The system's own words in it, such as "No space left on device", without the call and its
+// arguments, which name files that the user did not.
+std::string system_reason_of(const Xception& exception);
+
+// Writes "velmora: " and `line` to standard error in one write, over a progress line if there is one.
 void say(const std::string& line);
 
 // Runs `work`, says what it throws, and returns the exit status.

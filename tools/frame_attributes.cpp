@@ -1,7 +1,5 @@
 #include "tools/frame_attributes.h"
 
-#include "core/number.h"
-
 #include <filesystem>
 #include <OpenEXR/ImfFramesPerSecond.h>
 
@@ -38,22 +36,23 @@ static FrameRate frame_rate_of(double fps) {
     return {rational.n, rational.d};
 }
 
-// Numbers and switches keep their type, everything else is text.
-static ExrValue knob_value(const KnobValues& knobs, const std::string& name) {
-    const std::string text = knob_text(knobs, name);
+// Numbers and switches keep their type, a colour becomes a vector, everything else is text. Of a path
+// only the file's name is told, which does not depend on where it lies.
+static ExrValue attribute_of(const KnobValues& knobs, const std::string& name) {
+    const KnobValue value = knob_value(knobs, name);
     if (name == "starfile")
-        return std::filesystem::path(text).filename().string();
-    if (name == "blur_segs")
-        return knobs.blur_segs;
-    if (name == "tint_color")
-        return std::array<float, 3>{float(knobs.tint_color[0]), float(knobs.tint_color[1]),
-                                    float(knobs.tint_color[2])};
-    if (text == "true" || text == "false")
-        return int(text == "true");
-    double number;
-    if (parse_number(text, number))
-        return number;
-    return text;
+        return std::filesystem::path(std::get<std::string>(value)).filename().string();
+    if (const auto* number = std::get_if<double>(&value))
+        return *number;
+    if (const auto* number = std::get_if<int>(&value))
+        return *number;
+    if (const auto* on = std::get_if<bool>(&value))
+        return int(*on);
+    const auto* numbers = std::get_if<std::vector<double>>(&value);
+    if (numbers && numbers->size() == 3)
+        return std::array<float, 3>{float((*numbers)[0]), float((*numbers)[1]),
+                                    float((*numbers)[2])};
+    return knob_text(knobs, name);
 }
 
 ExrMetadata frame_attributes(const KnobValues& knobs, const RenderedFrame& frame, double fps) {
@@ -70,7 +69,7 @@ ExrMetadata frame_attributes(const KnobValues& knobs, const RenderedFrame& frame
     metadata.software = "velmora " VELMORA_VERSION;
     for (const KnobDescription& knob : knob_descriptions())
         metadata.attributes.push_back(
-            {std::string("velmora/") + knob.name, knob_value(knobs, knob.name)});
+            {std::string("velmora/") + knob.name, attribute_of(knobs, knob.name)});
     return metadata;
 }
 

@@ -26,10 +26,14 @@ static std::size_t run_in_turn(std::size_t count, const std::function<void(std::
 
 static pid_t start_child(std::size_t i, const std::function<void(std::size_t)>& work) {
     fflush(nullptr); // or the child would write what is buffered a second time
+    const pid_t parent = getpid();
     const pid_t child = fork();
     if (child != 0)
         return child;
-    prctl(PR_SET_PDEATHSIG, SIGTERM); // an interrupted render leaves no children behind
+    // An interrupted render leaves no children behind, not even one made at that moment.
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (getppid() != parent)
+        _exit(EXIT_FAILED);
     const ExitStatus status = exit_status_of([&] { work(i); });
     fflush(nullptr);
     _exit(status);

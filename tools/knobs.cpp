@@ -5,6 +5,7 @@
 #include "tools/failure.h"
 #include "tools/numbers.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -18,151 +19,146 @@ static const int most_blur_segs = 10000;
 
 namespace {
 
-// How one kind of knob is read from text and written back.
+// Thrown when a text is not what a knob takes; says what that is.
+struct Refused {
+    const char* takes;
+};
+
+// One kind of knob: read from text, which may throw Refused, and told.
 struct Knob {
     KnobDescription description;
-    // Returns what is wrong with the text, or an empty string.
-    std::string (*set)(KnobValues& values, const std::string& text);
-    std::string (*text)(const KnobValues& values);
+    void (*set)(KnobValues& values, const std::string& text);
+    KnobValue (*value)(const KnobValues& values);
 };
 
 } // namespace
 
+static double finite_number(const std::string& text) {
+    double number;
+    if (!parse_number(text, number) || !std::isfinite(number))
+        throw Refused{"takes a number"};
+    return number;
+}
+
+static bool fits_float(double number) {
+    return std::fabs(number) <= double(std::numeric_limits<float>::max());
+}
+
 template <double KnobValues::*member>
 static Knob number_knob(const char* name) {
-    return {{name, "a number"},
-            [](KnobValues& values, const std::string& text) -> std::string {
-                double value;
-                if (!parse_number(text, value) || !std::isfinite(value))
-                    return "takes a number";
-                values.*member = value;
-                return "";
-            },
-            [](const KnobValues& values) { return shortest_text(values.*member); }};
+    return {
+        {name, "a number"},
+        [](KnobValues& values, const std::string& text) { values.*member = finite_number(text); },
+        [](const KnobValues& values) { return KnobValue(values.*member); }};
 }
 
 template <bool KnobValues::*member>
 static Knob switch_knob(const char* name) {
-    return {
-        {name, "true or false"},
-        [](KnobValues& values, const std::string& text) -> std::string {
-            const bool on = text == "true" || text == "1";
-            if (!on && text != "false" && text != "0")
-                return "takes true or false";
-            values.*member = on;
-            return "";
-        },
-        [](const KnobValues& values) { return std::string(values.*member ? "true" : "false"); }};
+    return {{name, "true or false, 1 or 0"},
+            [](KnobValues& values, const std::string& text) {
+                const bool on = text == "true" || text == "1";
+                if (!on && text != "false" && text != "0")
+                    throw Refused{"takes true or false"};
+                values.*member = on;
+            },
+            [](const KnobValues& values) { return KnobValue(values.*member); }};
 }
 
-static std::string set_format(KnobValues& values, const std::string& text) {
-    try {
-        values.format = parse_format(text);
-    } catch (const Failure& failure) {
-        return failure.why;
-    }
-    return "";
+static void set_format(KnobValues& values, const std::string& text) {
+    values.format = parse_format(text);
 }
 
-static std::string format_text(const KnobValues& values) {
+static KnobValue format_value(const KnobValues& values) {
     return std::to_string(values.format.width) + "x" + std::to_string(values.format.height);
 }
 
-static std::string set_tint_color(KnobValues& values, const std::string& text) {
+static void set_tint_color(KnobValues& values, const std::string& text) {
     std::vector<double> numbers;
-    if (!parse_numbers(text, numbers) || (numbers.size() != 3 && numbers.size() != 1))
-        return "takes three numbers (red, green, blue) or one for all";
+    if (!parse_numbers(text, numbers) || (numbers.size() != 3 && numbers.size() != 1) ||
+        !std::all_of(numbers.begin(), numbers.end(), fits_float))
+        throw Refused{"takes three numbers (red, green, blue) or one for all"};
     for (std::size_t k = 0; k < 3; k++)
         values.tint_color[k] = numbers[numbers.size() == 3 ? k : 0];
-    return "";
 }
 
-static std::string tint_color_text(const KnobValues& values) {
-    return join_numbers({values.tint_color.begin(), values.tint_color.end()});
+static KnobValue tint_color_value(const KnobValues& values) {
+    return std::vector<double>(values.tint_color.begin(), values.tint_color.end());
 }
 
-static std::string set_blur_segs(KnobValues& values, const std::string& text) {
-    int value;
-    if (!parse_number(text, value) || value > most_blur_segs)
-        return "takes a whole number up to " + std::to_string(most_blur_segs);
-    values.blur_segs = value;
-    return "";
+static void set_blur_segs(KnobValues& values, const std::string& text) {
+    int segments;
+    if (!parse_number(text, segments) || segments > most_blur_segs)
+        throw Refused{"takes a whole number up to 10000"};
+    values.blur_segs = segments;
 }
 
-static std::string blur_segs_text(const KnobValues& values) {
-    return std::to_string(values.blur_segs);
+static KnobValue blur_segs_value(const KnobValues& values) {
+    return values.blur_segs;
 }
 
-static std::string set_projection(KnobValues& values, const std::string& text) {
+static void set_projection(KnobValues& values, const std::string& text) {
     for (int i = 0; i < int(projection_names.size()); i++) {
         if (text == projection_names[std::size_t(i)] || text == std::to_string(i)) {
             values.projection = i;
-            return "";
+            return;
         }
     }
-    return "takes Perspective, Hemispherical or Azimuthal Equidistant";
+    throw Refused{"takes Perspective, Hemispherical or Azimuthal Equidistant"};
 }
 
-static std::string projection_text(const KnobValues& values) {
-    return projection_names[std::size_t(values.projection)];
+static KnobValue projection_value(const KnobValues& values) {
+    return std::string(projection_names[std::size_t(values.projection)]);
 }
 
-static std::string set_starfile(KnobValues& values, const std::string& text) {
+static void set_starfile(KnobValues& values, const std::string& text) {
     values.starfile = text;
-    return "";
 }
 
-static std::string starfile_text(const KnobValues& values) {
+static KnobValue starfile_value(const KnobValues& values) {
     return values.starfile;
 }
 
-static std::string set_transform(KnobValues& values, const std::string& text) {
-    const char* const takes = "takes sixteen numbers, the rows of a matrix for column vectors";
+static void set_transform(KnobValues& values, const std::string& text) {
     std::vector<double> rows;
-    if (!parse_numbers(text, rows) || rows.size() != 16)
-        return takes;
-    for (std::size_t row = 0; row < 4; row++) {
-        for (std::size_t column = 0; column < 4; column++) {
-            const double element = rows[4 * row + column];
-            if (std::fabs(element) > double(std::numeric_limits<float>::max()))
-                return takes;
-            values.transform[4 * column + row] = float(element);
-        }
-    }
-    return "";
+    if (!parse_numbers(text, rows) || rows.size() != 16 ||
+        !std::all_of(rows.begin(), rows.end(), fits_float))
+        throw Refused{"takes sixteen numbers, the rows of a matrix for column vectors"};
+    for (std::size_t row = 0; row < 4; row++)
+        for (std::size_t column = 0; column < 4; column++)
+            values.transform[4 * column + row] = float(rows[4 * row + column]);
 }
 
-static std::string transform_text(const KnobValues& values) {
+static KnobValue transform_value(const KnobValues& values) {
     std::vector<double> rows;
     for (std::size_t row = 0; row < 4; row++)
         for (std::size_t column = 0; column < 4; column++)
             rows.push_back(double(values.transform[4 * column + row]));
-    return join_numbers(rows);
+    return rows;
 }
 
 static const std::vector<Knob>& knobs() {
     static const std::vector<Knob> all = {
-        {{"format", "<width>x<height> in pixels"}, set_format, format_text},
+        {{"format", "<width>x<height> in pixels"}, set_format, format_value},
         number_knob<&KnobValues::brightness>("brightness"),
         number_knob<&KnobValues::bias>("bias"),
         number_knob<&KnobValues::saturation>("saturation"),
         number_knob<&KnobValues::tint_strength>("tint_strength"),
-        {{"tint_color", "three numbers: red green blue"}, set_tint_color, tint_color_text},
+        {{"tint_color", "three numbers, red green blue, or one"}, set_tint_color, tint_color_value},
         number_knob<&KnobValues::lum_max>("lum_max"),
         number_knob<&KnobValues::lum_threshold>("lum_threshold"),
         number_knob<&KnobValues::star_size>("star_size"),
         number_knob<&KnobValues::star_aspect>("star_aspect"),
-        {{"blur_segs", "a whole number of segments"}, set_blur_segs, blur_segs_text},
+        {{"blur_segs", "a whole number of segments"}, set_blur_segs, blur_segs_value},
         number_knob<&KnobValues::shutter>("shutter"),
         number_knob<&KnobValues::shutter_offset>("shutter_offset"),
-        {{"projection", "Perspective, Hemispherical or Azimuthal Equidistant"},
+        {{"projection", "Perspective, Hemispherical or Azimuthal Equidistant, or 0 to 2"},
          set_projection,
-         projection_text},
+         projection_value},
         switch_knob<&KnobValues::threed>("threed"),
         number_knob<&KnobValues::parallax>("parallax"),
         switch_knob<&KnobValues::anamorphic_dof>("anamorphic_dof"),
-        {{"starfile", "the path of a star database"}, set_starfile, starfile_text},
-        {{"transform", "sixteen numbers: a matrix, row by row"}, set_transform, transform_text},
+        {{"starfile", "the path of a star database"}, set_starfile, starfile_value},
+        {{"transform", "sixteen numbers: a matrix, row by row"}, set_transform, transform_value},
     };
     return all;
 }
@@ -189,14 +185,31 @@ void set_knob(KnobValues& values, const std::string& name, const std::string& te
     const Knob* knob = find_knob(name);
     if (!knob)
         throw UsageFailure(what, "the node has no such knob (velmora info lists them)");
-    const std::string wrong = knob->set(values, text);
-    if (!wrong.empty())
-        throw UsageFailure(what, wrong);
+    try {
+        knob->set(values, text);
+    } catch (const Refused& refused) {
+        throw UsageFailure(what, refused.takes);
+    } catch (const UsageFailure& failure) {
+        throw UsageFailure(what, failure.why);
+    }
+}
+
+KnobValue knob_value(const KnobValues& values, const std::string& name) {
+    const Knob* knob = find_knob(name);
+    return knob ? knob->value(values) : KnobValue(std::string());
 }
 
 std::string knob_text(const KnobValues& values, const std::string& name) {
-    const Knob* knob = find_knob(name);
-    return knob ? knob->text(values) : "";
+    struct Text {
+        std::string operator()(double number) const { return shortest_text(number); }
+        std::string operator()(int number) const { return std::to_string(number); }
+        std::string operator()(bool on) const { return on ? "true" : "false"; }
+        std::string operator()(const std::string& text) const { return text; }
+        std::string operator()(const std::vector<double>& numbers) const {
+            return join_numbers(numbers);
+        }
+    };
+    return std::visit(Text(), knob_value(values, name));
 }
 
 Format parse_format(const std::string& text) {

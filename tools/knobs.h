@@ -9,6 +9,7 @@
 
 #include <array>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace velmora {
@@ -56,7 +57,11 @@ const std::vector<KnobDescription>& knob_descriptions();
 // Sets the knob from the text that a user gave; the value's forms are those of knob_descriptions.
 void set_knob(KnobValues& values, const std::string& name, const std::string& text);
 
-// The knob's value as text that set_knob takes back.
+// The knob's value, by its kind; a matrix as its rows.
+typedef std::variant<double, int, bool, std::string, std::vector<double>> KnobValue;
+KnobValue knob_value(const KnobValues& values, const std::string& name);
+
+// The same as text that set_knob takes back.
 std::string knob_text(const KnobValues& values, const std::string& name);
 
 // `text` as <width>x<height>, such that an image of four floats per pixel stays below 4 GiB.

@@ -5,6 +5,8 @@
 
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstdio>
+#include <iostream>
 
 using namespace velmora;
 
@@ -18,7 +20,6 @@ static void run(int argc, char** argv) {
     CLI::App program{"Renders realistic star fields.", "velmora"};
     program.formatter(std::make_shared<ExamplesFirst>());
     program.footer(examples);
-    program.require_subcommand(1);
     program.set_version_flag("--version", "velmora " VELMORA_VERSION);
     add_render_command(program);
     add_catalog_command(program);
@@ -27,7 +28,8 @@ static void run(int argc, char** argv) {
         throw UsageFailure("arguments", "name a command: render, catalog or info");
     const auto named = [&](const CLI::App* command) { return command->get_name() == argv[1]; };
     if (argv[1][0] != '-' && program.get_subcommands(named).empty())
-        throw UsageFailure(argv[1], "is no command: there are render, catalog and info");
+        throw UsageFailure("'" + std::string(argv[1]) + "'",
+                           "is no command: there are render, catalog and info");
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -35,6 +37,9 @@ static void run(int argc, char** argv) {
             throw UsageFailure("arguments", error.what());
         program.exit(error); // prints the help or the version that was asked for
     }
+    std::cout.flush();
+    if (!std::cout || fflush(stdout) == EOF || ferror(stdout))
+        throw WorkFailure("standard output", "cannot be written");
 }
 
 int main(int argc, char** argv) {

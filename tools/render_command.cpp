@@ -12,10 +12,10 @@ namespace velmora {
 
 static const char* const examples =
     "Examples:\n"
-    "  velmora render --look-at 84,2 --fov 40 -o orion.exr -o orion.png\n"
-    "  velmora render -F 1-100x2 --camera shot.chan --focal 35 -o sky.####.exr\n"
+    "  velmora render --look-at 84,-1 --fov 36 --vaperture 13.824 -o orion.exr -o orion.png\n"
+    "  velmora render -F 1-100x2 --camera shot.chan --vaperture 13.824 -o sky.####.exr\n"
     "  velmora render --no-camera --knob 'projection=Azimuthal Equidistant' -o dome.png\n"
-    "  velmora render -F 1-48 --jobs 2 --knob blur_segs=3 --knob shutter=0.5 -o sky.%04d.exr";
+    "  velmora render -F 1-48 --jobs 2 --camera shot.chan --knob blur_segs=3 -o sky.%04d.exr";
 
 // A list of numbers of the wrong length is the option's fault, not the shot's.
 static std::vector<double> numbers_of(const std::string& option, const std::string& text,
@@ -43,6 +43,19 @@ static std::string refuse_other_than_number(const std::string& text) {
     return parse_number(text, number) && std::isfinite(number) ? "" : "takes a number";
 }
 
+static std::string refuse_frame_rate(const std::string& text) {
+    double number;
+    const bool sensible = parse_number(text, number) && number >= 0.001 && number <= 100000;
+    return sensible ? "" : "takes a number from 0.001 to 100000";
+}
+
+static std::string refuse_jobs(const std::string& text) {
+    int number;
+    return parse_number(text, number) && number >= 1 && number <= 1024
+               ? ""
+               : "takes a whole number from 1 to 1024";
+}
+
 template <class Value>
 static CLI::Option* add_text(CLI::App& command, const char* name, Value& value, const char* takes,
                              const char* text) {
@@ -60,17 +73,17 @@ static CLI::Option* add_number(CLI::App& command, const char* name, Value& value
 static void add_output_options(CLI::App& command, RenderOptions& options) {
     add_text(command, "-F,--frames", options.frames, "FRAMES",
              "5, 1-100, 1-100x2, 10-1, lists of them (default 1)");
-    add_text(command, "-o,--out", options.outputs, "NAME",
+    add_text(command, "-o,--out", options.outputs.pictures, "NAME",
              "picture to write, .exr or .png, with #### or %04d for the frame; repeatable")
         ->allow_extra_args(false);
-    add_text(command, "--raw", options.raw, "NAME",
+    add_text(command, "--raw", options.outputs.raw, "NAME",
              "also write the floats as in memory: alpha, red, green, blue per pixel");
-    command.add_flag("--half", options.half, "half floats in EXR");
-    add_number(command, "--exposure", options.exposure, "stops by which PNG is brightened");
-    add_number(command, "--fps", options.fps, "frames per second, as EXR says (default 24)")
-        ->check(CLI::PositiveNumber);
+    command.add_flag("--half", options.outputs.half, "half floats in EXR");
+    add_number(command, "--exposure", options.outputs.exposure, "stops by which PNG is brightened");
+    add_number(command, "--fps", options.outputs.fps, "frames per second, as EXR says (default 24)")
+        ->check(refuse_frame_rate, "");
     command.add_option("--jobs", options.jobs, "frames rendered at a time (default 1)")
-        ->check(CLI::Range(1, 1024))
+        ->check(refuse_jobs, "")
         ->type_name("N");
 }
 

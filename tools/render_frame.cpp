@@ -19,17 +19,28 @@ FloatPicture RenderedFrame::picture() const {
     return {image.width, image.height, reinterpret_cast<const float*>(image.data)};
 }
 
+namespace {
+
+// Leaves the input at its header, whatever ends the drawing, so that the next frame finds it there.
+struct Rewound {
+    StarInput& input;
+    explicit Rewound(StarInput& input) : input(input) {}
+    ~Rewound() { input.reset(); }
+};
+
+} // namespace
+
 std::unique_ptr<RenderedFrame> render_frame(const KnobValues& knobs, const Shot& shot,
                                             StarInput* stars, double frame) {
     auto rendered = std::make_unique<RenderedFrame>(knobs, shot, frame);
     if (!stars)
         return rendered;
 
+    const Rewound rewound(*stars);
     const StarFramebuffer fb = framebuffer_of(rendered->image);
     StarRenderer renderer(rendered->data, fb, *stars, rendered->cameras);
     bool drew = false;
     renderer.render_all(drew);
-    stars->reset();
     return rendered;
 }
 

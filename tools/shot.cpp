@@ -3,6 +3,10 @@
 #include "host/lens.h"
 #include "stars/setup.h"
 #include "tools/failure.h"
+#include "tools/numbers.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace velmora {
 
@@ -16,35 +20,48 @@ static void check_positive(const char* option, const std::optional<double>& valu
         throw UsageFailure(option, "must be above 0");
 }
 
-static void check_exclusive(bool first, bool second, const char* what, const char* why) {
-    if (first && second)
-        throw UsageFailure(what, why);
-}
-
-static void check(const CameraOptions& options, op_stars_projection projection) {
+static void check_lens(const CameraOptions& options, op_stars_projection projection) {
     check_positive("--focal", options.focal);
     check_positive("--haperture", options.horizontal_aperture);
     check_positive("--vaperture", options.vertical_aperture);
-    if (options.fov && !(*options.fov > 0 && *options.fov < 180))
+    if (!options.fov)
+        return;
+    if (!(*options.fov > 0 && *options.fov < 180))
         throw UsageFailure("--fov", "must lie between 0 and 180 degrees");
-    check_exclusive(bool(options.fov), projection != OP_STARS_PERSPECTIVE, "--fov",
-                    "is for the perspective projection only");
-    check_exclusive(bool(options.fov), bool(options.focal), "--fov", "says the same as --focal");
+    if (projection != OP_STARS_PERSPECTIVE)
+        throw UsageFailure("--fov", "is for the perspective projection only");
+    if (options.focal)
+        throw UsageFailure("--fov", "says the same as --focal");
+}
 
-    const bool from_file = !options.chan_file.empty();
-    check_exclusive(from_file, !options.translate.empty(), "--translate",
-                    "is what the --camera file says");
-    check_exclusive(from_file, !options.rotate.empty(), "--rotate",
-                    "is what the --camera file says");
-    check_exclusive(from_file, !options.look_at.empty(), "--look-at",
-                    "is what the --camera file says");
-    check_exclusive(!options.rotate.empty(), !options.look_at.empty(), "--look-at",
-                    "turns the camera, as --rotate does");
+static void check_view(const CameraOptions& options) {
+    if (!options.chan_file.empty()) {
+        const char* const why = "is what the --camera file says";
+        if (!options.translate.empty())
+            throw UsageFailure("--translate", why);
+        if (!options.rotate.empty())
+            throw UsageFailure("--rotate", why);
+        if (!options.look_at.empty())
+            throw UsageFailure("--look-at", why);
+    }
+    if (options.look_at.empty())
+        return;
+    if (!options.rotate.empty())
+        throw UsageFailure("--look-at", "turns the camera, as --rotate does");
+    if (std::fabs(options.look_at[0]) > 360)
+        throw UsageFailure("--look-at",
+                           "the right ascension must lie between -360 and 360 degrees");
+    if (std::fabs(options.look_at[1]) > 90)
+        throw UsageFailure("--look-at", "the declination must lie between -90 and 90 degrees");
+}
 
+static void check_connected(const CameraOptions& options) {
     const bool lens =
         options.focal || options.fov || options.horizontal_aperture || options.vertical_aperture;
-    check_exclusive(!options.connected, lens || from_file, "--no-camera",
-                    "leaves nothing for --camera, --focal, --fov, --haperture or --vaperture");
+    if (!options.connected && (lens || !options.chan_file.empty()))
+        throw UsageFailure(
+            "--no-camera",
+            "leaves nothing for --camera, --focal, --fov, --haperture or --vaperture");
 }
 
 static Chan read_chan(const std::string& path) {
@@ -67,21 +84,33 @@ static Transform transform_of(const CameraOptions& options) {
     return transform;
 }
 
-Shot::Shot(const CameraOptions& options, KnobValues& knobs)
-    : connected(options.connected),
+Shot::Shot(const CameraOptions& options, op_stars_projection projection)
+    : connected(options.connected), gives_view(options.gives_view()),
       horizontal_aperture(options.horizontal_aperture.value_or(default_horizontal_aperture)),
       vertical_aperture(options.vertical_aperture.value_or(default_vertical_aperture)),
-      fixed_focal(options.focal), still(transform_of(options)) {
-    check(options, projection_of_index(knobs.projection));
+      fixed_focal(options.focal) {
+    check_lens(options, projection);
+    check_view(options);
+    check_connected(options);
+    still = transform_of(options);
     if (options.fov)
         fixed_focal = focal_of_fov(*options.fov, horizontal_aperture);
     if (!options.chan_file.empty())
         chan = read_chan(options.chan_file);
+}
 
-    const bool oriented =
-        !options.translate.empty() || !options.rotate.empty() || !options.look_at.empty();
-    if (!connected && oriented)
-        knobs.transform = still.matrix();
+std::optional<HostMatrix> Shot::view_without_camera() const {
+    if (connected || !gives_view)
+        return std::nullopt;
+    return still.matrix();
+}
+
+// The host's matrices are of floats, which hold no more than 3e38.
+static void check_finite(const HostMatrix& matrix, double time) {
+    for (const float element : matrix)
+        if (!std::isfinite(element))
+            throw WorkFailure("camera at frame " + shortest_text(time),
+                              "is placed too far away to be computed");
 }
 
 CameraSample Shot::sample(double time) const {
@@ -107,6 +136,7 @@ Array<camera> Shot::cameras(const KnobValues& knobs, double frame) const {
             sample_time(frame, n, knobs.blur_segs, knobs.shutter, knobs.shutter_offset);
         const CameraSample at = sample(time);
         const HostMatrix to_world = multiply(at.to_world.data(), knobs.transform.data());
+        check_finite(to_world, time);
         cameras.append(camera_of_host(to_world.data(), at.focal));
     }
     return cameras;

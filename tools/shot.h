@@ -22,6 +22,9 @@ struct CameraOptions {
     std::optional<double> fov; // horizontal
     std::vector<double> translate, rotate;
     std::vector<double> look_at; // right ascension, declination and, if given, roll
+
+    // Whether the camera is placed or turned outright.
+    bool gives_view() const { return !translate.empty() || !rotate.empty() || !look_at.empty(); }
 };
 
 struct CameraSample {
@@ -31,9 +34,11 @@ struct CameraSample {
 
 class Shot {
 public:
-    // Reads the camera file. Without a camera the view that the options give becomes the node's
-    // transform knob. A field of view needs the perspective projection.
-    Shot(const CameraOptions& options, KnobValues& knobs);
+    // Checks the options and reads the camera file. A field of view needs the perspective projection.
+    Shot(const CameraOptions& options, op_stars_projection projection);
+
+    // What the node's transform knob is to be: without a camera, it takes the view that the options give.
+    std::optional<HostMatrix> view_without_camera() const;
 
     // The cameras of the samples within the shutter that opens at `frame`.
     Array<camera> cameras(const KnobValues& knobs, double frame) const;
@@ -43,6 +48,7 @@ public:
 
 private:
     bool connected;
+    bool gives_view;
     double horizontal_aperture, vertical_aperture;
     std::optional<double> fixed_focal; // given outright, or by the field of view
     std::optional<Chan> chan;

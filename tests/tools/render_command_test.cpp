@@ -7,6 +7,7 @@
 #include <OpenEXR/ImfInputFile.h>
 #include <OpenEXR/ImfMatrixAttribute.h>
 #include <OpenEXR/ImfStringAttribute.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace velmora;
@@ -235,8 +236,7 @@ TEST_F(Render, SaysInOneLineWhatIsWrong) {
         int status;
         std::string err;
     } cases[] = {
-        {"render --star-file none.velmora -o a.exr", 1,
-         "star database: opening file \"none.velmora\": No such file or directory"},
+        {"render --star-file none.velmora -o a.exr", 1, "none.velmora: No such file or directory"},
         {"render --star-file empty.velmora -o a.exr", 1,
          "empty.velmora: is too short for a star database: 0 bytes, the header alone takes 32"},
         {"render --star-file short.velmora -o a.exr", 1,
@@ -245,7 +245,7 @@ TEST_F(Render, SaysInOneLineWhatIsWrong) {
          "wrong.velmora: is not a star database: it begins with neither VELMORA1 nor VELMORA2"},
         {"render --star-file folder -o a.exr", 1, "folder: is a directory, not a star database"},
         {"render --star-file loop.velmora -o a.exr", 1,
-         "star database: opening file \"loop.velmora\": Too many levels of symbolic links"},
+         "loop.velmora: Too many levels of symbolic links"},
         {"render --star-file '' -o a.exr", 2, "arguments: --star-file: is empty"},
         {small("--knob brightnes=3 -o a.exr"), 2,
          "--knob brightnes=3: the node has no such knob (velmora info lists them)"},
@@ -265,7 +265,7 @@ TEST_F(Render, SaysInOneLineWhatIsWrong) {
         {small("-o a.exr -o a.exr"), 2, "output 'a.exr': is named twice"},
         {small("-o a.tif"), 2, "output 'a.tif': must end in .exr or .png"},
         {small(""), 2, "arguments: no output is named: give -o NAME.exr or NAME.png"},
-        {small("-o none/a.exr"), 1, "none: there is no such output folder"},
+        {small("-o none/a.exr"), 1, "none/a.exr: there is no folder none"},
         {small("-o folder -o a.exr"), 2, "output 'folder': must end in .exr or .png"},
         {small("--camera none.chan -o a.exr"), 1, "none.chan: No such file or directory"},
         {small("--camera broken.chan -o a.exr"), 1, "broken.chan:2: 'zero' is not a number"},
@@ -286,10 +286,25 @@ TEST_F(Render, SaysInOneLineWhatIsWrong) {
          "--no-camera: leaves nothing for --camera, --focal, --fov, --haperture or --vaperture"},
         {small("--half -o a.png"), 2, "--half: is for EXR, and no .exr output is named"},
         {small("--exposure 1 -o a.exr"), 2, "--exposure: is for PNG, and no .png output is named"},
+        {small("--look-at 0,91 -o a.exr"), 2,
+         "--look-at: the declination must lie between -90 and 90 degrees"},
+        {small("--look-at 361,0 -o a.exr"), 2,
+         "--look-at: the right ascension must lie between -360 and 360 degrees"},
+        {small("--translate 1e300,0,0 -o a.exr"), 1,
+         "camera at frame 1: is placed too far away to be computed"},
+        {small("--knob bias=1 --knob bias=2 -o a.exr"), 2,
+         "--knob bias=2: the knob is given twice"},
+        {small("--knob tint_color=1e39 -o a.exr"), 2,
+         "--knob tint_color=1e39: takes three numbers (red, green, blue) or one for all"},
+        {small("--fps 0 -o a.exr"), 2, "arguments: --fps: takes a number from 0.001 to 100000"},
+        {small("-o a.exr --raw ./a.exr"), 2, "output './a.exr': is named twice"},
         {small("--focal 50mm -o a.exr"), 2, "arguments: --focal: takes a number"},
         {small("--exposure nan -o a.png"), 2, "arguments: --exposure: takes a number"},
-        {small("--jobs 0 -o a.exr"), 2, "arguments: --jobs: Value 0 not in range 1 to 1024"},
-        {"paint", 2, "paint: is no command: there are render, catalog and info"},
+        {small("--jobs 0 -o a.exr"), 2, "arguments: --jobs: takes a whole number from 1 to 1024"},
+        {"paint", 2, "'paint': is no command: there are render, catalog and info"},
+        {"catalog", 2, "catalog: name a command: import or info"},
+        {"catalog frob", 2, "arguments: The following argument was not expected: frob"},
+        {"--bogus", 2, "arguments: The following argument was not expected: --bogus"},
         {"", 2, "arguments: name a command: render, catalog or info"},
     };
     for (const auto& c : cases) {
@@ -307,7 +322,7 @@ TEST_F(Render, SaysThatAFileMayNotBeRead) {
     const Ran ran =
         run(small("-o a.exr"), geteuid() == 0 ? "setpriv --bounding-set=-all --inh-caps=-all" : "");
     EXPECT_EQ(ran.status, 1);
-    EXPECT_EQ(ran.err, "velmora: star database: opening file \"sky.velmora\": Permission denied\n");
+    EXPECT_EQ(ran.err, "velmora: sky.velmora: Permission denied\n");
     EXPECT_EQ(folder.names(), std::vector<std::string>{"sky.velmora"});
 }
 
@@ -322,13 +337,70 @@ TEST_F(Render, LeavesNothingBehindWhenAFileCannotBeWritten) {
 }
 
 TEST_F(Render, GoesOnAfterAFrameThatFails) {
-    // The second frame's name is taken by a folder.
-    std::filesystem::create_directories(folder.file("2.png/full"));
-    const Ran ran = run(small("-F 1-3 -o %d.png"));
+    // The second frame's camera stands where single precision does not reach.
+    folder.write("shot.chan", "1 0 0 0 0 0 0\n2 1e300 0 0 0 0 0\n3 0 0 0 0 0 0\n");
+    for (const char* jobs : {"", " --jobs 2"}) {
+        const Ran ran = run(small("-F 1-3 --camera shot.chan --knob blur_segs=0 -o %d.png") + jobs);
+        EXPECT_EQ(ran.status, 1);
+        EXPECT_EQ(ran.err, "velmora: camera at frame 2: is placed too far away to be computed\n"
+                           "velmora: render: 1 of 3 frames failed\n");
+        EXPECT_EQ(folder.names(),
+                  (std::vector<std::string>{"1.png", "3.png", "shot.chan", "sky.velmora"}));
+    }
+}
+
+TEST_F(Render, NeverWritesOverWhatItReads) {
+    folder.write("shot.chan", "1 0 0 0 0 0 0\n");
+    const std::string stars = folder.read("sky.velmora"), shot = folder.read("shot.chan");
+    for (const char* raw : {"sky.velmora", "./sky.velmora", "shot.chan"}) {
+        const Ran ran = run(small("--camera shot.chan --raw " + std::string(raw)));
+        EXPECT_EQ(ran.status, 2);
+        EXPECT_EQ(ran.err, "velmora: " + std::string(raw) +
+                               ": is read by the same command, and would be overwritten\n");
+    }
+    EXPECT_EQ(folder.read("sky.velmora"), stars);
+    EXPECT_EQ(folder.read("shot.chan"), shot);
+}
+
+TEST_F(Render, FindsTheFolderOfEveryFrame) {
+    std::filesystem::create_directory(folder.file("shot.1"));
+    std::filesystem::create_directory(folder.file("shot.2"));
+    EXPECT_EQ(run(small("-F 1-2 -o shot.%d/sky.png")).status, 0);
+    EXPECT_EQ(run(small("-F 1-3 -o shot.%d/sky.png")).err,
+              "velmora: shot.3/sky.png: there is no folder shot.3\n");
+}
+
+TEST_F(Render, DoesNotFollowALinkInItsWay) {
+    folder.write("victim", "mine");
+    std::filesystem::create_symlink("victim", folder.file("sky.png.inprogress"));
+    const Ran ran = run(small("-o sky.png"));
     EXPECT_EQ(ran.status, 1);
-    EXPECT_EQ(ran.err, "velmora: 2.png: Is a directory\n"
-                       "velmora: render: 1 of 3 frames failed\n");
-    EXPECT_EQ(folder.names(), (std::vector<std::string>{"1.png", "2.png", "3.png", "sky.velmora"}));
+    EXPECT_EQ(ran.err, "velmora: sky.png.inprogress: is in the way, and is not a regular file\n");
+    EXPECT_EQ(folder.read("victim"), "mine");
+}
+
+TEST_F(Render, DoesNotWaitForAPipe) {
+    ASSERT_EQ(mkfifo(folder.file("pipe").c_str(), 0600), 0);
+    EXPECT_EQ(run("render --star-file pipe -o a.exr").err,
+              "velmora: pipe: is not a regular file\n");
+    EXPECT_EQ(run(small("--camera pipe -o a.exr")).err, "velmora: pipe: is not a regular file\n");
+    EXPECT_EQ(run("catalog info pipe").err, "velmora: pipe: is not a regular file\n");
+}
+
+// The signal comes while frames are being written; the file under way is finished or taken away.
+TEST_F(Render, LeavesNothingUnfinishedWhenItIsInterrupted) {
+    for (const char* jobs : {"1", "2"}) {
+        for (const char* after : {"0.05", "0.11", "0.17"}) {
+            const Ran ran = run("render --star-file sky.velmora --format 1500x1500 "
+                                "--vaperture 24.576 -F 1-400 -o %d.exr --jobs " +
+                                    std::string(jobs),
+                                "timeout -s INT " + std::string(after));
+            EXPECT_NE(ran.status, 0);
+            usleep(300000); // the children of several jobs end by themselves
+            for (const std::string& name : folder.names())
+                EXPECT_EQ(name.find(".inprogress"), std::string::npos) << name;
+        }
+    }
 }
 
 TEST_F(Render, ShowsExamplesFirstInItsHelp) {

@@ -21,7 +21,7 @@ TEST(Shot, SamplesTheFileAtTheTimesOfTheShutter) {
     knobs.shutter_offset = -0.5;
     CameraOptions options;
     options.chan_file = path;
-    const Shot shot(options, knobs);
+    const Shot shot(options, OP_STARS_PERSPECTIVE);
     remove(path.c_str());
 
     const Array<camera> cameras = shot.cameras(knobs, 10);
@@ -37,7 +37,7 @@ TEST(Shot, SamplesTheFileAtTheTimesOfTheShutter) {
 
 TEST(Shot, IsTheHostsDefaultCameraWhenNothingIsSaid) {
     KnobValues knobs;
-    const Shot shot(CameraOptions(), knobs);
+    const Shot shot(CameraOptions(), OP_STARS_PERSPECTIVE);
     const Array<camera> cameras = shot.cameras(knobs, 1);
     ASSERT_EQ(cameras.len(), 2u);
     EXPECT_EQ(cameras[0].focal, 50);
@@ -56,7 +56,7 @@ TEST(Shot, WithoutACameraHasTheWindowOfTheFormat) {
     knobs.format = {1920, 1080};
     CameraOptions options;
     options.connected = false;
-    const Shot shot(options, knobs);
+    const Shot shot(options, OP_STARS_PERSPECTIVE);
     StarRendererData data;
     shot.set_window(knobs, data);
     EXPECT_EQ(data.left, -1920.0 / 1080.0);
@@ -74,7 +74,7 @@ TEST(Shot, MultipliesTheTransformKnobOntoTheCamera) {
     CameraOptions options;
     options.rotate = {0, 90, 0}; // whose x then points along the world's -z
     options.translate = {1, 2, 3};
-    const Shot shot(options, knobs);
+    const Shot shot(options, OP_STARS_PERSPECTIVE);
     const camera cam = shot.cameras(knobs, 1)[0];
 
     // The camera's place in the host's world is (1, 2, 3 - 5); the renderer reverses z.
@@ -87,13 +87,18 @@ TEST(Shot, MultipliesTheTransformKnobOntoTheCamera) {
     }
 }
 
-TEST(Shot, PutsTheViewIntoTheKnobWithoutACamera) {
-    KnobValues knobs;
+TEST(Shot, LeavesTheViewToTheKnobWithoutACamera) {
     CameraOptions options;
     options.connected = false;
     options.look_at = {120, 30, 10};
-    const Shot shot(options, knobs);
+    const Shot shot(options, OP_STARS_PERSPECTIVE);
     Transform expected;
     expected.rotate = look_at_rotation(120, 30, 10);
-    EXPECT_EQ(knobs.transform, expected.matrix());
+    EXPECT_EQ(shot.view_without_camera(), expected.matrix());
+
+    options.look_at.clear();
+    EXPECT_FALSE(Shot(options, OP_STARS_PERSPECTIVE).view_without_camera());
+    options.connected = true;
+    options.look_at = {120, 30};
+    EXPECT_FALSE(Shot(options, OP_STARS_PERSPECTIVE).view_without_camera());
 }

@@ -1,0 +1,93 @@
+#include "tools/outputs.h"
+
+#include "tools/failure.h"
+#include "tools/frame_attributes.h"
+#include "tools/output_file.h"
+#include "tools/png_file.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+namespace velmora {
+
+namespace fs = std::filesystem;
+
+static std::string quoted(const std::string& name) {
+    return "output '" + name + "'";
+}
+
+Outputs::Kind Outputs::kind_of(const std::string& name) {
+    const std::string extension = fs::path(name).extension().string();
+    if (extension == ".exr")
+        return Kind::exr;
+    if (extension == ".png")
+        return Kind::png;
+    throw UsageFailure(quoted(name), "must end in .exr or .png");
+}
+
+void Outputs::add(const std::string& name, Kind kind, const std::vector<int>& frames) {
+    const Output output = {FrameName(name), kind};
+    if (frames.size() > 1 && !output.name.has_frame())
+        throw UsageFailure(quoted(name), "has no frame number (#### or %04d), and " +
+                                             std::to_string(frames.size()) +
+                                             " frames would overwrite each other");
+    outputs.push_back(output);
+}
+
+bool Outputs::has(Kind kind) const {
+    return std::any_of(outputs.begin(), outputs.end(),
+                       [kind](const Output& output) { return output.kind == kind; });
+}
+
+Outputs::Outputs(const OutputOptions& options, const std::vector<int>& frames,
+                 const std::vector<std::string>& inputs)
+    : options(options) {
+    for (const std::string& name : options.pictures)
+        add(name, kind_of(name), frames);
+    if (!options.raw.empty())
+        add(options.raw, Kind::raw, frames);
+    if (outputs.empty())
+        throw UsageFailure("arguments", "no output is named: give -o NAME.exr or NAME.png");
+    if (options.half && !has(Kind::exr))
+        throw UsageFailure("--half", "is for EXR, and no .exr output is named");
+    if (options.exposure && !has(Kind::png))
+        throw UsageFailure("--exposure", "is for PNG, and no .png output is named");
+
+    std::set<fs::path> places;
+    std::error_code ignored;
+    for (const int frame : frames) {
+        for (const Output& output : outputs) {
+            const std::string name = output.name.at(frame);
+            check_output(name, inputs);
+            if (!places.insert(fs::weakly_canonical(fs::absolute(name), ignored)).second)
+                throw UsageFailure(quoted(name), "is named twice");
+        }
+    }
+}
+
+std::string Outputs::encoded(const RenderedFrame& frame, Kind kind, const std::string& name,
+                             const KnobValues& knobs) const {
+    if (kind == Kind::png)
+        return encode_png(frame.picture(), options.exposure.value_or(0));
+    if (kind == Kind::raw)
+        return {frame.image.data,
+                std::size_t(frame.image.stride) * std::size_t(frame.image.height)};
+
+    u64 clamped = 0;
+    const std::string bytes = encode_exr(
+        frame.picture(), frame_attributes(knobs, frame, options.fps), options.half, clamped);
+    if (clamped > 0)
+        say("warning: " + name + ": " + std::to_string(clamped) +
+            " values beyond what half floats hold were clamped to 65504");
+    return bytes;
+}
+
+void Outputs::write(const RenderedFrame& frame, int number, const KnobValues& knobs) const {
+    for (const Output& output : outputs) {
+        const std::string name = output.name.at(number);
+        write_file(name, encoded(frame, output.kind, name, knobs));
+    }
+}
+
+} // namespace velmora
