@@ -21,12 +21,12 @@ class Program : public testing::Test {
 protected:
     ScratchFolder folder;
 
-    // `arguments` as a shell takes them; `before` stands before the program's name.
+    // `arguments` as a shell takes them, redirections too; `before` stands before the program's name.
     Ran run(const std::string& arguments, const std::string& before = "") const {
         const ScratchFolder streams;
         const std::string command = "cd '" + folder.file("") + "' && " + before +
-                                    " " VELMORA_PROGRAM " " + arguments + " </dev/null >" +
-                                    streams.file("out") + " 2>" + streams.file("err");
+                                    " " VELMORA_PROGRAM " </dev/null >" + streams.file("out") +
+                                    " 2>" + streams.file("err") + " " + arguments;
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), streams.read("out"),
                 streams.read("err")};

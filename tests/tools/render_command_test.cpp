@@ -2,11 +2,14 @@
 #include "tests/tools/program.h"
 
 #include <cmath>
-#include <OpenEXR/ImfArray.h>
+#include <OpenEXR/ImfDoubleAttribute.h>
 #include <OpenEXR/ImfHeader.h>
 #include <OpenEXR/ImfInputFile.h>
+#include <OpenEXR/ImfIntAttribute.h>
 #include <OpenEXR/ImfMatrixAttribute.h>
+#include <OpenEXR/ImfRationalAttribute.h>
 #include <OpenEXR/ImfStringAttribute.h>
+#include <OpenEXR/ImfVecAttribute.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -190,6 +193,47 @@ TEST_F(Render, TellsInExrWhereTheCameraStood) {
               "sky.velmora");
     EXPECT_EQ(file.header().typedAttribute<Imf::StringAttribute>("software").value(),
               "velmora " VELMORA_VERSION);
+}
+
+TEST_F(Render, TellsEveryKnobInExr) {
+    ASSERT_EQ(run(small("--fps 29.97 --knob tint_color=0.25,0.5,1 --knob threed=false "
+                        "--knob blur_segs=3 --knob projection=0 -o sky.exr"))
+                  .status,
+              0);
+    const Imf::InputFile file(folder.file("sky.exr").c_str());
+    const Imf::Header& header = file.header();
+    const auto number = [&](const char* name) {
+        return header.typedAttribute<Imf::DoubleAttribute>(name).value();
+    };
+    const auto whole = [&](const char* name) {
+        return header.typedAttribute<Imf::IntAttribute>(name).value();
+    };
+    const auto text = [&](const char* name) {
+        return header.typedAttribute<Imf::StringAttribute>(name).value();
+    };
+    EXPECT_EQ(text("velmora/format"), "64x36");
+    EXPECT_EQ(number("velmora/brightness"), 5);
+    EXPECT_EQ(number("velmora/bias"), 1);
+    EXPECT_EQ(number("velmora/saturation"), 0.4);
+    EXPECT_EQ(number("velmora/tint_strength"), 0);
+    EXPECT_EQ(header.typedAttribute<Imf::V3fAttribute>("velmora/tint_color").value(),
+              Imath::V3f(0.25f, 0.5f, 1));
+    EXPECT_EQ(number("velmora/lum_max"), 0.5);
+    EXPECT_EQ(number("velmora/lum_threshold"), 0.0001);
+    EXPECT_EQ(number("velmora/star_size"), 2.5);
+    EXPECT_EQ(number("velmora/star_aspect"), 1);
+    EXPECT_EQ(whole("velmora/blur_segs"), 3);
+    EXPECT_EQ(number("velmora/shutter"), 0.5);
+    EXPECT_EQ(number("velmora/shutter_offset"), 0);
+    EXPECT_EQ(text("velmora/projection"), "Perspective");
+    EXPECT_EQ(whole("velmora/threed"), 0);
+    EXPECT_EQ(number("velmora/parallax"), 100);
+    EXPECT_EQ(whole("velmora/anamorphic_dof"), 0);
+    EXPECT_EQ(text("velmora/transform"), "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1");
+    const Imf::Rational rate =
+        header.typedAttribute<Imf::RationalAttribute>("framesPerSecond").value();
+    EXPECT_EQ(rate.n, 30000); // NTSC's rate is 30000 / 1001 by definition
+    EXPECT_EQ(rate.d, 1001u);
 }
 
 TEST_F(Render, CountsWhatHalfFloatsCannotHold) {
