@@ -1,5 +1,7 @@
 #include "catalog/photometry.h"
 
+#include "core/srgb.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -67,9 +69,7 @@ static Xyz xyz_of_black_body(double kelvin) {
 }
 
 static unsigned char srgb_byte(double linear) {
-    const double encoded =
-        linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1 / 2.4) - 0.055;
-    return static_cast<unsigned char>(255 * encoded + 0.5);
+    return static_cast<unsigned char>(255 * srgb_of_linear(linear) + 0.5);
 }
 
 ColorBytes color_of_temperature(double kelvin) {

@@ -1,5 +1,3 @@
-#define XSOURCE "xception"
-
 #include "core/xception.h"
 
 #include <cstdio>

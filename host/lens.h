@@ -1,4 +1,4 @@
-// Focal length and field of view of a pinhole camera, each from the other.
+// The focal length of a pinhole camera from its field of view.
 //
 // Units:     angles in degrees, strictly between 0 and 180; focal length and aperture above 0, in
 //            one unit of length. Horizontal apertures go with horizontal fields of view, vertical
@@ -10,8 +10,5 @@ namespace velmora {
 
 // aperture / (2 tan(fov / 2))
 double focal_of_fov(double fov, double aperture);
-
-// 2 atan(aperture / (2 focal))
-double fov_of_focal(double focal, double aperture);
 
 } // namespace velmora

@@ -1,11 +1,11 @@
 #include "host/transform.h"
 
+#include "host/angles.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace velmora {
-
-static const double radians_per_degree = 0.017453292519943295;
 
 HostMatrix Transform::matrix() const {
     const double x = rotate[0] * radians_per_degree;
@@ -18,22 +18,14 @@ HostMatrix Transform::matrix() const {
     // | cy  0  sy |   | 1  0   0  |   | cz -sz 0 |
     // | 0   1  0  | · | 0  cx -sx | · | sz  cz 0 |
     // | -sy 0  cy |   | 0  sx  cx |   | 0   0  1 |
-    const double columns[16] = {cy * cz + sy * sx * sz,
-                                cx * sz,
-                                cy * sx * sz - sy * cz,
-                                0.0, //
-                                sy * sx * cz - cy * sz,
-                                cx * cz,
-                                sy * sz + cy * sx * cz,
-                                0.0, //
-                                sy * cx,
-                                -sx,
-                                cy * cx,
-                                0.0, //
-                                translate[0],
-                                translate[1],
-                                translate[2],
-                                1.0};
+    // clang-format off
+    const double columns[16] = {
+        cy * cz + sy * sx * sz,  cx * sz,       cy * sx * sz - sy * cz,  0,
+        sy * sx * cz - cy * sz,  cx * cz,       sy * sz + cy * sx * cz,  0,
+        sy * cx,                 -sx,           cy * cx,                 0,
+        translate[0],            translate[1],  translate[2],            1,
+    };
+    // clang-format on
     HostMatrix matrix;
     std::copy(columns, columns + 16, matrix.begin());
     return matrix;

@@ -66,7 +66,7 @@ static void insert_value(Imf::Header& header, const std::string& name, const Exr
 
 static Imf::Header header_of(const FloatPicture& picture, const ExrMetadata& metadata,
                              Imf::PixelType type) {
-    Imf::Header header(picture.width, picture.height, metadata.pixel_aspect_ratio);
+    Imf::Header header(picture.width, picture.height);
     header.compression() = Imf::ZIP_COMPRESSION;
     for (const char* name : channel_names)
         header.channels().insert(name, Imf::Channel(type));

@@ -33,7 +33,6 @@ struct ExrMetadata {
     std::optional<std::array<float, 16>> world_to_ndc;    // worldToNDC
     std::optional<FrameRate> frame_rate;                  // framesPerSecond
     std::string software;                                 // software, unless empty
-    float pixel_aspect_ratio = 1.0f;                      // pixelAspectRatio
     std::vector<std::pair<std::string, ExrValue>> attributes;
 };
 

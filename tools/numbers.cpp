@@ -2,6 +2,7 @@
 
 #include "core/number.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 

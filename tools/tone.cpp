@@ -1,15 +1,11 @@
 #include "tools/tone.h"
 
+#include "core/srgb.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace velmora {
-
-double srgb_of_linear(double linear) {
-    if (linear <= 0.0031308)
-        return 12.92 * linear;
-    return 1.055 * std::pow(linear, 1.0 / 2.4) - 0.055;
-}
 
 static std::uint8_t byte_of(double linear) {
     return std::uint8_t(std::lround(255.0 * srgb_of_linear(linear)));

@@ -18,9 +18,6 @@
 
 namespace velmora {
 
-// IEC 61966-2-1 encoding of a linear value in [0, 1].
-double srgb_of_linear(double linear);
-
 // Red, green and blue to show for linear ones. `exposure` is in stops, any number.
 std::array<std::uint8_t, 3> display_color(float red, float green, float blue, double exposure);
 

@@ -173,7 +173,6 @@ TEST(ExrFile, KeepsWhatIsKnownOfTheShot) {
     metadata.world_to_ndc = {-1, -2, -3, -4, -5, -6, -7, -8, -9, -10, -11, -12, -13, -14, -15, -16};
     metadata.frame_rate = FrameRate{24000, 1001};
     metadata.software = "velmora 1.2.3";
-    metadata.pixel_aspect_ratio = 2;
     const Imf::Header header = read_back(encode(noise(1, 1), 1, 1, metadata)).header;
 
     // For row vectors: the translation stands in the last row.
@@ -187,7 +186,6 @@ TEST(ExrFile, KeepsWhatIsKnownOfTheShot) {
     EXPECT_EQ(Imf::framesPerSecond(header).n, 24000);
     EXPECT_EQ(Imf::framesPerSecond(header).d, 1001u);
     EXPECT_EQ(value_of<Imf::StringAttribute>(header, "software"), "velmora 1.2.3");
-    EXPECT_EQ(header.pixelAspectRatio(), 2);
 }
 
 TEST(ExrFile, KeepsValuesWithTheirTypes) {
