@@ -102,7 +102,7 @@ Chan Chan::parse(const std::string& text, const std::string& name) {
         const double frame = number_of(words[0], where);
         if (std::fabs(frame) > farthest_frame)
             throw ChanError(where, "frame " + quoted(words[0]) + " is out of range");
-        if (!chan.lines.empty() && frame <= chan.lines.back().frame)
+        if (!chan.lines.empty() && frame <= chan.last_frame())
             throw ChanError(where,
                             "frame " + quoted(words[0]) + " does not come after frame " + before);
         chan.lines.push_back({frame, sample_of(words, where)});

@@ -42,6 +42,10 @@ public:
     // `name` stands for the file in messages.
     static Chan parse(const std::string& text, const std::string& name);
 
+    bool has_vfov() const { return lines.front().sample.vfov.has_value(); }
+    double first_frame() const { return lines.front().frame; }
+    double last_frame() const { return lines.back().frame; }
+
     // Every column by itself goes linearly from one frame to the next, angles too, as plain
     // numbers; it stays what it is before the first frame and after the last. At a frame's own time
     // the file's numbers come back exactly. `time` must be a number.

@@ -54,6 +54,9 @@ TEST(Chan, GivesAFramesNumbersBackExactly) {
                                   "shot.chan");
     EXPECT_EQ(columns_of(chan.sample(1)), (Columns{0.1, 0.2, 0.3, 10.7, 20.9, -30.3, 45.1}));
     EXPECT_EQ(columns_of(chan.sample(3)), (Columns{0.001, 2, -0.5, 100, 400, 0.25, 60}));
+    EXPECT_EQ(chan.first_frame(), 1);
+    EXPECT_EQ(chan.last_frame(), 3);
+    EXPECT_TRUE(chan.has_vfov());
 }
 
 TEST(Chan, GoesStraightFromFrameToFrameInEveryColumn) {
