@@ -69,7 +69,7 @@ static Xyz xyz_of_black_body(double kelvin) {
 }
 
 static unsigned char srgb_byte(double linear) {
-    return static_cast<unsigned char>(255 * srgb_of_linear(linear) + 0.5);
+    return static_cast<unsigned char>(std::lround(255 * srgb_of_linear(linear)));
 }
 
 ColorBytes color_of_temperature(double kelvin) {

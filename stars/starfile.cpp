@@ -24,7 +24,7 @@ MMAPStarFile::MMAPStarFile(const char* path) : cursor(nullptr), mapping(path, OS
         XTHROW("star database file \"%s\" is too short: %lu bytes, the magic alone takes %lu", path,
                mapping.size, magic_size);
     count = u32(mapping.size / sizeof(star));
-    reset();
+    cursor = static_cast<const star*>(mapping.data);
 }
 
 const star* MMAPStarFile::next() {

@@ -75,8 +75,8 @@ std::string Outputs::encoded(const RenderedFrame& frame, Kind kind, const std::s
                 std::size_t(frame.image.stride) * std::size_t(frame.image.height)};
 
     u64 clamped = 0;
-    const std::string bytes = encode_exr(
-        frame.picture(), frame_attributes(knobs, frame, options.fps), options.half, clamped);
+    std::string bytes = encode_exr(frame.picture(), frame_attributes(knobs, frame, options.fps),
+                                   options.half, clamped);
     if (clamped > 0)
         say("warning: " + name + ": " + std::to_string(clamped) +
             " values beyond what half floats hold were clamped to 65504");
