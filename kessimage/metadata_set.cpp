@@ -66,30 +66,32 @@ static void add(MetaData& set, const char* type, const char* name, const T& valu
 }
 
 template <class T>
-static void set_value(MetaData& set, const char* type, const char* name, const T& value) {
+static void set_value(MetaData& set, const char* type, const char* name, const T& value,
+                      const char* function) {
     MetaInfo* info = find(set, name);
     if (!info) {
         add(set, type, name, value);
         return;
     }
     if (!has_type(*info, type))
-        XTHROW("metadata tag '%s' already present but with type '%s' not '%s'", name,
-               info->type_str(), type);
+        XTHROW_AT(function, __LINE__,
+                  "metadata tag '%s' already present but with type '%s' not '%s'", name,
+                  info->type_str(), type);
     if (info->file_position != 0)
-        XTHROW("no updates allowed after writing to file, use update_meta");
+        XTHROW_AT(function, __LINE__, "no updates allowed after writing to file, use update_meta");
     value_in<T>(*info) = value;
 }
 
 void MetaData::set_meta(const char* type, const char* name, float value) {
-    set_value(*this, type, name, value);
+    set_value(*this, type, name, value, __PRETTY_FUNCTION__);
 }
 
 void MetaData::set_meta(const char* type, const char* name, const String& value) {
-    set_value(*this, type, name, value);
+    set_value(*this, type, name, value, __PRETTY_FUNCTION__);
 }
 
 void MetaData::set_meta(const char* type, const char* name, const Matrix4<float>& value) {
-    set_value(*this, type, name, value);
+    set_value(*this, type, name, value, __PRETTY_FUNCTION__);
 }
 
 s64 MetaData::update_meta(const char* type, const char* name, float value) {

@@ -1,7 +1,8 @@
 #include "osapi/osapi.h"
 
-#include "tests/core/observed.h"
+#include "tests/message_of.h"
 #include "tests/osapi/files.h"
+#include "tests/scratch_folder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -10,9 +11,9 @@
 
 #include <cerrno>
 #include <memory>
-#include <set>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 using OSAPI::AtomicFileWrite;
 using OSAPI::FileDescriptor;
@@ -22,7 +23,7 @@ using OSAPI::OPEN_WRITE;
 
 namespace {
 
-typedef std::set<std::string> Names;
+typedef std::vector<std::string> Names;
 
 void write_text(const AtomicFileWrite& file, const std::string& text) {
     OSAPI::write(file.fd, text.data(), text.size());
@@ -35,8 +36,8 @@ bool is_open(int fd) {
 // ---- The class -------------------------------------------------------------------------------
 
 TEST(AtomicFileWrite, HoldsItsFieldsInOrder) {
-    const TempFolder folder;
-    const std::string path = folder / "out.bin";
+    const ScratchFolder folder;
+    const std::string path = folder.file("out.bin");
     AtomicFileWrite file(path.c_str(), OPEN_WRITE);
     const FileDescriptor owner(file.fd);
     EXPECT_STREQ(file.path.str, path.c_str());
@@ -56,8 +57,8 @@ TEST(AtomicFileWrite, HoldsItsFieldsInOrder) {
 }
 
 TEST(AtomicFileWrite, TakesPercentSignsInNamesAsTheyAre) {
-    const TempFolder folder;
-    AtomicFileWrite file((folder / "100%d%s").c_str(), OPEN_WRITE);
+    const ScratchFolder folder;
+    AtomicFileWrite file(folder.file("100%d%s").c_str(), OPEN_WRITE);
     const FileDescriptor owner(file.fd);
     EXPECT_EQ(folder.names(), Names({"100%d%s.inprogress"}));
     file.complete();
@@ -67,8 +68,8 @@ TEST(AtomicFileWrite, TakesPercentSignsInNamesAsTheyAre) {
 // ---- Writing and completing ------------------------------------------------------------------
 
 TEST(AtomicFileWrite, TheFinalNameAppearsOnCompletion) {
-    const TempFolder folder;
-    const std::string path = folder / "out";
+    const ScratchFolder folder;
+    const std::string path = folder.file("out");
     for (bool sync : {true, false}) {
         AtomicFileWrite file(path.c_str(), OPEN_WRITE);
         const FileDescriptor owner(file.fd);
@@ -83,8 +84,8 @@ TEST(AtomicFileWrite, TheFinalNameAppearsOnCompletion) {
 }
 
 TEST(AtomicFileWrite, TheOldFileStaysWholeUntilThen) {
-    const TempFolder folder;
-    const std::string path = folder.file("out", "the old bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("out", "the old bytes");
     AtomicFileWrite file(path.c_str(), OPEN_WRITE);
     const FileDescriptor owner(file.fd);
     write_text(file, "new");
@@ -94,17 +95,17 @@ TEST(AtomicFileWrite, TheOldFileStaysWholeUntilThen) {
 }
 
 TEST(AtomicFileWrite, EmptiesATemporaryFileLeftBehind) {
-    const TempFolder folder;
-    folder.file("out.inprogress", "left behind by another");
-    AtomicFileWrite file((folder / "out").c_str(), OPEN_READ | OPEN_WRITE);
+    const ScratchFolder folder;
+    folder.write("out.inprogress", "left behind by another");
+    AtomicFileWrite file(folder.file("out").c_str(), OPEN_READ | OPEN_WRITE);
     const FileDescriptor owner(file.fd);
     EXPECT_EQ(fcntl(file.fd, F_GETFL) & O_ACCMODE, O_RDWR);
     EXPECT_EQ(OSAPI::getsize(file.fd), 0u);
 }
 
 TEST(AtomicFileWrite, MakesItsFileWithMode0664) {
-    const TempFolder folder;
-    const std::string path = folder / "out";
+    const ScratchFolder folder;
+    const std::string path = folder.file("out");
     const mode_t before = umask(0);
     AtomicFileWrite file(path.c_str(), OPEN_WRITE);
     umask(before);
@@ -116,8 +117,8 @@ TEST(AtomicFileWrite, MakesItsFileWithMode0664) {
 }
 
 TEST(AtomicFileWrite, NeverClosesItsDescriptor) {
-    const TempFolder folder;
-    const std::string path = folder / "out";
+    const ScratchFolder folder;
+    const std::string path = folder.file("out");
     const char* const endings[] = {"complete", "complete_nosync", "abort", "destructor"};
     for (const std::string ending : endings) {
         FileDescriptor owner;
@@ -137,8 +138,8 @@ TEST(AtomicFileWrite, NeverClosesItsDescriptor) {
 }
 
 TEST(AtomicFileWrite, ASecondCompletionFails) {
-    const TempFolder folder;
-    const std::string path = folder / "out";
+    const ScratchFolder folder;
+    const std::string path = folder.file("out");
     AtomicFileWrite file(path.c_str(), OPEN_WRITE);
     const FileDescriptor owner(file.fd);
     file.complete();
@@ -154,8 +155,8 @@ TEST(AtomicFileWrite, ASecondCompletionFails) {
 // ---- Aborting --------------------------------------------------------------------------------
 
 TEST(AtomicFileWrite, AbortRemovesTheTemporaryFileAndLeavesTheOldOne) {
-    const TempFolder folder;
-    const std::string path = folder.file("out", "old");
+    const ScratchFolder folder;
+    const std::string path = folder.write("out", "old");
     AtomicFileWrite file(path.c_str(), OPEN_WRITE);
     const FileDescriptor owner(file.fd);
     write_text(file, "new");
@@ -166,8 +167,8 @@ TEST(AtomicFileWrite, AbortRemovesTheTemporaryFileAndLeavesTheOldOne) {
 }
 
 TEST(AtomicFileWrite, ItsDestructorAbortsWhatIsNotDone) {
-    const TempFolder folder;
-    const std::string path = folder.file("out", "old");
+    const ScratchFolder folder;
+    const std::string path = folder.write("out", "old");
     FileDescriptor owner;
     {
         AtomicFileWrite file(path.c_str(), OPEN_WRITE);
@@ -179,11 +180,11 @@ TEST(AtomicFileWrite, ItsDestructorAbortsWhatIsNotDone) {
 }
 
 TEST(AtomicFileWrite, AnExceptionOnTheWayAborts) {
-    const TempFolder folder;
+    const ScratchFolder folder;
     FileDescriptor owner;
     EXPECT_THROW(
         {
-            AtomicFileWrite file((folder / "out").c_str(), OPEN_WRITE);
+            AtomicFileWrite file(folder.file("out").c_str(), OPEN_WRITE);
             owner.init(file.fd);
             throw AssertXception("a", "b", "c", 1);
         },
@@ -192,8 +193,8 @@ TEST(AtomicFileWrite, AnExceptionOnTheWayAborts) {
 }
 
 TEST(AtomicFileWrite, ItsDestructorLeavesTheNextWriterAlone) {
-    const TempFolder folder;
-    const std::string path = folder / "out";
+    const ScratchFolder folder;
+    const std::string path = folder.file("out");
     FileDescriptor completed_fd, aborted_fd;
     {
         AtomicFileWrite completed(path.c_str(), OPEN_WRITE);
@@ -202,14 +203,14 @@ TEST(AtomicFileWrite, ItsDestructorLeavesTheNextWriterAlone) {
         AtomicFileWrite aborted(path.c_str(), OPEN_WRITE);
         aborted_fd.init(aborted.fd);
         aborted.abort();
-        folder.file("out.inprogress", "the next writer's");
+        folder.write("out.inprogress", "the next writer's");
     }
     EXPECT_EQ(bytes_of(path + ".inprogress"), "the next writer's");
 }
 
 TEST(AtomicFileWrite, AbortIsSilentWhenTheTemporaryFileIsGone) {
-    const TempFolder folder;
-    AtomicFileWrite file((folder / "out").c_str(), OPEN_WRITE);
+    const ScratchFolder folder;
+    AtomicFileWrite file(folder.file("out").c_str(), OPEN_WRITE);
     const FileDescriptor owner(file.fd);
     ASSERT_EQ(unlink(file.temp_path.str), 0);
     EXPECT_NO_THROW(file.abort());
@@ -219,9 +220,9 @@ TEST(AtomicFileWrite, AbortIsSilentWhenTheTemporaryFileIsGone) {
 // ---- Failures --------------------------------------------------------------------------------
 
 TEST(AtomicFileWrite, NamesTheTemporaryFileThatCannotBeOpened) {
-    const TempFolder folder;
+    const ScratchFolder folder;
     const int before = open_descriptors();
-    folder.file("taken.inprogress", "");
+    folder.write("taken.inprogress", "");
     folder.folder("folder.inprogress");
     struct {
         const char* name;
@@ -233,7 +234,7 @@ TEST(AtomicFileWrite, NamesTheTemporaryFileThatCannotBeOpened) {
         {"taken", OPEN_WRITE | OPEN_EXCL, "File exists"},
     };
     for (const auto& c : cases) {
-        const std::string path = folder / c.name;
+        const std::string path = folder.file(c.name);
         EXPECT_EQ(message_without_line_of([&] { AtomicFileWrite file(path.c_str(), c.flags); }),
                   "opening file \"" + path + ".inprogress\": " + c.reason +
                       " in <OSAPI::fd_t OSAPI::open(const char*, int)> (osapi-unix:LINE)");
@@ -244,9 +245,9 @@ TEST(AtomicFileWrite, NamesTheTemporaryFileThatCannotBeOpened) {
 
 // An empty name is a name like any other to the message, and "" to the system.
 TEST(AtomicFileWrite, NamesAnEmptyFinalNameAsItIs) {
-    const TempFolder folder;
+    const ScratchFolder folder;
     EXPECT_EQ(status_of_child([&] {
-                  if (chdir(folder.path.c_str()) != 0)
+                  if (chdir(folder.path().c_str()) != 0)
                       return false;
                   AtomicFileWrite file("", OPEN_WRITE);
                   return message_without_line_of([&] { file.complete(); }) ==
@@ -257,7 +258,7 @@ TEST(AtomicFileWrite, NamesAnEmptyFinalNameAsItIs) {
 }
 
 TEST(AtomicFileWrite, IsNotDoneWhenItCannotBeRenamed) {
-    const TempFolder folder;
+    const ScratchFolder folder;
     const std::string path = folder.folder("out");
     FileDescriptor owner;
     {
@@ -274,8 +275,8 @@ TEST(AtomicFileWrite, IsNotDoneWhenItCannotBeRenamed) {
 }
 
 TEST(AtomicFileWrite, ThrowsWhenTheTemporaryFileCannotBeRemoved) {
-    const TempFolder folder;
-    const std::string path = folder / "out";
+    const ScratchFolder folder;
+    const std::string path = folder.file("out");
     const std::string message =
         "unlink(" + path +
         ".inprogress): Is a directory in <void OSAPI::rm_ifexist(const char*)> "
@@ -295,8 +296,8 @@ TEST(AtomicFileWrite, ThrowsWhenTheTemporaryFileCannotBeRemoved) {
 // ---- One writer at a time --------------------------------------------------------------------
 
 TEST(AtomicFileWrite, ExclusiveGivesAWriteOfItsOwn) {
-    const TempFolder folder;
-    const std::string path = folder / "out";
+    const ScratchFolder folder;
+    const std::string path = folder.file("out");
     const std::unique_ptr<AtomicFileWrite> file(AtomicFileWrite::exclusive(path.c_str()));
     ASSERT_NE(file, nullptr);
     const FileDescriptor owner(file->fd);
@@ -311,8 +312,8 @@ TEST(AtomicFileWrite, ExclusiveGivesAWriteOfItsOwn) {
 }
 
 TEST(AtomicFileWrite, ExclusiveRefusesASecondWriterUntilTheFirstIsDone) {
-    const TempFolder folder;
-    const std::string path = folder / "out";
+    const ScratchFolder folder;
+    const std::string path = folder.file("out");
     const char* const endings[] = {"complete", "abort", "destructor"};
     for (const std::string ending : endings) {
         std::unique_ptr<AtomicFileWrite> first(AtomicFileWrite::exclusive(path.c_str()));
@@ -335,11 +336,11 @@ TEST(AtomicFileWrite, ExclusiveRefusesASecondWriterUntilTheFirstIsDone) {
 }
 
 TEST(AtomicFileWrite, ExclusiveLeavesAnyReasonInErrno) {
-    const TempFolder folder;
-    const std::string file = folder.file("file", "");
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", "");
     const int before = open_descriptors();
     errno = 0;
-    EXPECT_EQ(AtomicFileWrite::exclusive((folder / "missing/out").c_str()), nullptr);
+    EXPECT_EQ(AtomicFileWrite::exclusive(folder.file("missing/out").c_str()), nullptr);
     EXPECT_EQ(errno, ENOENT);
     EXPECT_EQ(AtomicFileWrite::exclusive((file + "/out").c_str()), nullptr);
     EXPECT_EQ(errno, ENOTDIR);
@@ -347,8 +348,8 @@ TEST(AtomicFileWrite, ExclusiveLeavesAnyReasonInErrno) {
 }
 
 TEST(AtomicFileWrite, ExclusiveMindsTheTemporaryNameOnly) {
-    const TempFolder folder;
-    const std::string path = folder.file("out", "old");
+    const ScratchFolder folder;
+    const std::string path = folder.write("out", "old");
     const std::unique_ptr<AtomicFileWrite> file(AtomicFileWrite::exclusive(path.c_str()));
     ASSERT_NE(file, nullptr);
     const FileDescriptor owner(file->fd);

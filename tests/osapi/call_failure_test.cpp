@@ -2,9 +2,10 @@
 
 #include "osapi/osapi.h"
 
-#include "tests/core/observed.h"
+#include "tests/message_of.h"
 #include "tests/osapi/files.h"
 #include "tests/osapi/system_calls.h"
+#include "tests/scratch_folder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -14,7 +15,6 @@
 #include <cerrno>
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -31,7 +31,7 @@ using OSAPI::OPEN_WRITE;
 namespace {
 
 typedef std::vector<std::string> Calls;
-typedef std::set<std::string> Names;
+typedef std::vector<std::string> Names;
 
 const char tail[] = "> (osapi-unix:LINE)";
 const std::string in_close_on_exec = std::string(" in <void OSAPI::close_on_exec(fd_t)") + tail;
@@ -54,9 +54,9 @@ const std::string in_lock = std::string(" in <OSAPI::LockMemory::LockMemory(void
 // ---- One failing call each -------------------------------------------------------------------
 
 TEST(CallFailure, IsToldWholeAndLeavesNothingBehind) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes"), to = folder / "to";
-    const std::string temp = folder / "out.inprogress", out = folder / "out";
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes"), to = folder.file("to");
+    const std::string temp = folder.file("out.inprogress"), out = folder.file("out");
     const char* const name = path.c_str();
     char memory[16];
     const struct {
@@ -142,8 +142,8 @@ TEST(CallFailure, IsToldWholeAndLeavesNothingBehind) {
 // ---- Opening ---------------------------------------------------------------------------------
 
 TEST(SystemCall, OpenGetsTheseModes) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     struct {
         int flags, system_flags, mode;
     } const cases[] = {
@@ -203,8 +203,8 @@ TEST(SystemCall, FileExistsAsksForThesePermissions) {
 // ---- Writing ---------------------------------------------------------------------------------
 
 TEST(SystemCall, WriteGoesOnUntilEveryByteIsWritten) {
-    const TempFolder folder;
-    const std::string path = folder / "file";
+    const ScratchFolder folder;
+    const std::string path = folder.file("file");
     const FileDescriptor fd(OSAPI::open(path.c_str(), OPEN_WRITE));
     SystemCalls calls;
     calls.answer("write", 1, -1, EINTR);
@@ -252,8 +252,8 @@ TEST(SystemCall, MmapGetsTheseArguments) {
 }
 
 TEST(SystemCall, MappingAPathTakesTheseSteps) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     Calls made;
     {
         SystemCalls calls;
@@ -295,8 +295,8 @@ TEST(SystemCall, AMappingThatFailedIsNotUnmapped) {
 
 // The temporary descriptor's close fails when the mapping stands: it is released again.
 TEST(SystemCall, AMappingWhoseDescriptorCannotBeClosedIsUnmapped) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     SystemCalls calls;
     calls.fail("close", EIO);
     EXPECT_THROW(FileMapping(path.c_str(), OPEN_READ), StrXception);
@@ -306,8 +306,8 @@ TEST(SystemCall, AMappingWhoseDescriptorCannotBeClosedIsUnmapped) {
 
 // Closing on the way out must not end the program: in a child, which would die of it.
 TEST(SystemCall, TheFirstFailureIsToldWhenClosingFailsToo) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     const struct {
         const char* call;
         int nth;
@@ -372,8 +372,8 @@ TEST(LockMemory, ThatFailedUnlocksNothing) {
 
 // What the folder of an atomic write holds when one call of its completion fails.
 TEST(SystemCall, AFailedCompletionLeavesTheOldFile) {
-    const TempFolder folder;
-    const std::string path = folder.file("out", "old");
+    const ScratchFolder folder;
+    const std::string path = folder.write("out", "old");
     const struct {
         const char* call;
         int error;
@@ -402,8 +402,8 @@ TEST(SystemCall, AFailedCompletionLeavesTheOldFile) {
 }
 
 TEST(SystemCall, CompletionSyncsBeforeItRenames) {
-    const TempFolder folder;
-    const std::string path = folder / "out";
+    const ScratchFolder folder;
+    const std::string path = folder.file("out");
     const std::string renamed = "rename(" + path + ".inprogress, " + path + ")";
     for (bool sync : {true, false}) {
         AtomicFileWrite file(path.c_str(), OPEN_WRITE);
@@ -415,8 +415,8 @@ TEST(SystemCall, CompletionSyncsBeforeItRenames) {
 }
 
 TEST(SystemCall, AFailedUnlinkThrowsFromAbortAndFromTheDestructor) {
-    const TempFolder folder;
-    const std::string path = folder / "out";
+    const ScratchFolder folder;
+    const std::string path = folder.file("out");
     const std::string message =
         "unlink(" + path + ".inprogress): Operation not permitted" + in_rm_ifexist;
     FileDescriptor owner;

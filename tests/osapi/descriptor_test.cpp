@@ -1,7 +1,8 @@
 #include "osapi/osapi.h"
 
-#include "tests/core/observed.h"
+#include "tests/message_of.h"
 #include "tests/osapi/files.h"
+#include "tests/scratch_folder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -56,7 +57,7 @@ TEST(OpenModes, HaveTheseValues) {
 }
 
 TEST(OpenModes, SelectTheAccessAndWhetherTheFileIsEmptied) {
-    const TempFolder folder;
+    const ScratchFolder folder;
     struct {
         int flags, access;
         const char* bytes;
@@ -67,7 +68,7 @@ TEST(OpenModes, SelectTheAccessAndWhetherTheFileIsEmptied) {
         {OPEN_READ | OPEN_WRITE, O_RDWR, ""},
     };
     for (const auto& c : cases) {
-        const std::string path = folder.file("file", "bytes");
+        const std::string path = folder.write("file", "bytes");
         const fd_t fd = OSAPI::open(path.c_str(), c.flags);
         EXPECT_EQ(fcntl(fd, F_GETFL) & O_ACCMODE, c.access) << c.flags;
         EXPECT_EQ(bytes_of(path), c.bytes) << c.flags;
@@ -76,9 +77,9 @@ TEST(OpenModes, SelectTheAccessAndWhetherTheFileIsEmptied) {
 }
 
 TEST(OpenModes, WritingCreatesAndReadingDoesNot) {
-    const TempFolder folder;
+    const ScratchFolder folder;
     for (int flags : {0, 1, 2, 3}) {
-        const std::string path = folder / std::to_string(flags);
+        const std::string path = folder.file(std::to_string(flags));
         const fd_t fd = OSAPI::open_can_fail(path.c_str(), flags);
         EXPECT_EQ(exists(path), flags >= 2);
         EXPECT_EQ(fd != -1, flags >= 2);
@@ -88,14 +89,14 @@ TEST(OpenModes, WritingCreatesAndReadingDoesNot) {
 }
 
 TEST(OpenModes, NewFilesHaveMode0664LessTheMask) {
-    const TempFolder folder;
+    const ScratchFolder folder;
     struct {
         mode_t mask, mode;
     } const cases[] = {{0, 0664}, {022, 0644}, {077, 0600}};
     for (const auto& c : cases)
         for (int flags : {2, 3, 10}) {
             const Umask mask(c.mask);
-            const std::string path = folder / (std::to_string(c.mask) + std::to_string(flags));
+            const std::string path = folder.file(std::to_string(c.mask) + std::to_string(flags));
             OSAPI::close(OSAPI::open(path.c_str(), flags));
             struct stat status;
             ASSERT_EQ(stat(path.c_str(), &status), 0);
@@ -104,8 +105,8 @@ TEST(OpenModes, NewFilesHaveMode0664LessTheMask) {
 }
 
 TEST(OpenModes, ExclusiveRefusesWhatIsThere) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     const fd_t fd = OSAPI::open_can_fail(path.c_str(), OPEN_WRITE | OPEN_EXCL);
     EXPECT_EQ(fd, -1);
     EXPECT_EQ(errno, EEXIST);
@@ -113,8 +114,8 @@ TEST(OpenModes, ExclusiveRefusesWhatIsThere) {
 }
 
 TEST(OpenModes, EveryDescriptorClosesOnExec) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     for (int flags : {0, 1, 2, 3, 9}) {
         const fd_t fd = OSAPI::open(path.c_str(), flags);
         EXPECT_TRUE(closes_on_exec(fd)) << flags;
@@ -125,23 +126,23 @@ TEST(OpenModes, EveryDescriptorClosesOnExec) {
 // ---- Opening ---------------------------------------------------------------------------------
 
 TEST(Open, NamesThePathAndTheReason) {
-    const TempFolder folder;
-    const std::string file = folder.file("file", ""), loop = folder / "loop";
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", ""), loop = folder.file("loop");
     ASSERT_EQ(symlink("loop", loop.c_str()), 0);
     struct {
         std::string path;
         int flags, error;
         const char* reason;
     } const cases[] = {
-        {folder / "missing", OPEN_READ, ENOENT, "No such file or directory"},
-        {folder / "100%d of \"%s\"", 0, ENOENT, "No such file or directory"},
-        {folder / "missing/file", OPEN_WRITE, ENOENT, "No such file or directory"},
+        {folder.file("missing"), OPEN_READ, ENOENT, "No such file or directory"},
+        {folder.file("100%d of \"%s\""), 0, ENOENT, "No such file or directory"},
+        {folder.file("missing/file"), OPEN_WRITE, ENOENT, "No such file or directory"},
         {file + "/below", OPEN_READ, ENOTDIR, "Not a directory"},
-        {folder.path, OPEN_WRITE, EISDIR, "Is a directory"},
-        {folder.path, 3, EISDIR, "Is a directory"},
+        {folder.path(), OPEN_WRITE, EISDIR, "Is a directory"},
+        {folder.path(), 3, EISDIR, "Is a directory"},
         {loop, OPEN_READ, ELOOP, "Too many levels of symbolic links"},
         {file, OPEN_WRITE | OPEN_EXCL, EEXIST, "File exists"},
-        {folder / std::string(300, 'x'), OPEN_READ, ENAMETOOLONG, "File name too long"},
+        {folder.file(std::string(300, 'x')), OPEN_READ, ENAMETOOLONG, "File name too long"},
     };
     const int before = open_descriptors();
     for (const auto& c : cases) {
@@ -156,8 +157,8 @@ TEST(Open, NamesThePathAndTheReason) {
 }
 
 TEST(Open, NeedsThePermission) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "");
     ASSERT_EQ(chmod(path.c_str(), 0444), 0);
     EXPECT_TRUE(holds_unprivileged([&] {
         OSAPI::close(OSAPI::open(path.c_str(), OPEN_READ));
@@ -200,8 +201,8 @@ TEST(Close, ThrowsForWhatIsNotOpen) {
 }
 
 TEST(Write, WritesEveryByteWhereTheDescriptorStands) {
-    const TempFolder folder;
-    const std::string path = folder / "file", bytes("a\0b", 3);
+    const ScratchFolder folder;
+    const std::string path = folder.file("file"), bytes("a\0b", 3);
     const FileDescriptor fd(OSAPI::open(path.c_str(), OPEN_WRITE));
     EXPECT_EQ(OSAPI::write(fd.fd, bytes.data(), 3), 3);
     EXPECT_EQ(OSAPI::write(fd.fd, "xyz", 2), 2);
@@ -210,8 +211,8 @@ TEST(Write, WritesEveryByteWhereTheDescriptorStands) {
 }
 
 TEST(Write, OfNothingIsZero) {
-    const TempFolder folder;
-    const FileDescriptor fd(OSAPI::open((folder / "file").c_str(), OPEN_WRITE));
+    const ScratchFolder folder;
+    const FileDescriptor fd(OSAPI::open(folder.file("file").c_str(), OPEN_WRITE));
     EXPECT_EQ(OSAPI::write(fd.fd, "abc", 0), 0);
     EXPECT_EQ(OSAPI::getsize(fd.fd), 0u);
 }
@@ -262,9 +263,9 @@ TEST(Write, ThrowsForEveryOtherFailure) {
 }
 
 TEST(Getsize, IsTheSizeInBytes) {
-    const TempFolder folder;
+    const ScratchFolder folder;
     for (const s64 size : {s64(0), s64(1), s64(4096), s64(5000000001)}) {
-        const std::string path = folder.file("file", "");
+        const std::string path = folder.write("file", "");
         ASSERT_EQ(truncate(path.c_str(), size), 0); // a hole, not bytes
         const FileDescriptor fd(OSAPI::open(path.c_str(), OPEN_READ));
         EXPECT_EQ(OSAPI::getsize(fd.fd), u64(size));
@@ -279,8 +280,8 @@ TEST(Getsize, ThrowsForWhatIsNotOpen) {
 }
 
 TEST(Sync, PassesForAFileAndThrowsForAPipe) {
-    const TempFolder folder;
-    const FileDescriptor fd(OSAPI::open((folder / "file").c_str(), OPEN_WRITE));
+    const ScratchFolder folder;
+    const FileDescriptor fd(OSAPI::open(folder.file("file").c_str(), OPEN_WRITE));
     EXPECT_NO_THROW(OSAPI::sync(fd.fd));
 
     int ends[2];

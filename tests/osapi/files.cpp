@@ -3,48 +3,16 @@
 #include <fcntl.h>
 #include <grp.h>
 #include <signal.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cinttypes>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 
 namespace fs = std::filesystem;
-
-TempFolder::TempFolder() {
-    std::string name = (fs::temp_directory_path() / "velmora-test-XXXXXX").string();
-    if (!mkdtemp(name.data()))
-        ADD_FAILURE() << "no folder for the test";
-    path = name;
-    chmod(path.c_str(), 0755);
-}
-
-TempFolder::~TempFolder() {
-    std::error_code ignored;
-    fs::remove_all(path, ignored);
-}
-
-std::string TempFolder::file(const std::string& name, const std::string& bytes) const {
-    std::ofstream(*this / name, std::ios::binary) << bytes;
-    return *this / name;
-}
-
-std::string TempFolder::folder(const std::string& name) const {
-    fs::create_directory(*this / name);
-    return *this / name;
-}
-
-std::set<std::string> TempFolder::names() const {
-    std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator(path))
-        names.insert(entry.path().filename().string());
-    return names;
-}
 
 std::string bytes_of(const std::string& path) {
     std::ifstream file(path, std::ios::binary);

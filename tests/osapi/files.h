@@ -1,34 +1,11 @@
-// Files to test with: a folder of their own, their bytes, and the descriptors this process holds.
+// What a test sees of the system: the bytes of files, the descriptors and mappings of this process,
+// and actions in a process of their own.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <set>
 #include <string>
-
-// A new folder, removed with everything in it.
-class TempFolder {
-public:
-    TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-    ~TempFolder();
-
-    // The path of `name` in this folder.
-    std::string operator/(const std::string& name) const { return path + "/" + name; }
-
-    // A new file of these bytes; its path.
-    std::string file(const std::string& name, const std::string& bytes) const;
-
-    // A new folder in this one; its path.
-    std::string folder(const std::string& name) const;
-
-    // The names in this folder.
-    std::set<std::string> names() const;
-
-    std::string path;
-};
 
 // The bytes of a file; "(none)" when it is not there.
 std::string bytes_of(const std::string& path);

@@ -1,7 +1,8 @@
 #include "osapi/osapi.h"
 
-#include "tests/core/observed.h"
+#include "tests/message_of.h"
 #include "tests/osapi/files.h"
+#include "tests/scratch_folder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -177,11 +178,11 @@ TEST(AnonMapping, ThrowsTheSystemsReason) {
 // ---- File mappings ---------------------------------------------------------------------------
 
 TEST(FileMapping, ShowsTheWholeFile) {
-    const TempFolder folder;
+    const ScratchFolder folder;
     const std::string sizes[] = {"x", std::string("a\0b", 3), std::string(page, 'p'),
                                  std::string(3 * page + 17, 'q')};
     for (const std::string& bytes : sizes) {
-        const std::string path = folder.file("file", bytes);
+        const std::string path = folder.write("file", bytes);
         const FileMapping mapping(path.c_str(), OPEN_READ);
         EXPECT_EQ(mapping.size, bytes.size());
         EXPECT_TRUE(text_of(mapping) == bytes);
@@ -189,8 +190,8 @@ TEST(FileMapping, ShowsTheWholeFile) {
 }
 
 TEST(FileMapping, KeepsNoDescriptor) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     const int before = open_descriptors();
     const FileMapping mapping(path.c_str(), OPEN_READ);
     EXPECT_EQ(open_descriptors(), before);
@@ -198,16 +199,16 @@ TEST(FileMapping, KeepsNoDescriptor) {
 }
 
 TEST(FileMapping, OutlivesItsFilesName) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     const FileMapping mapping(path.c_str(), OPEN_READ);
     ASSERT_EQ(unlink(path.c_str()), 0);
     EXPECT_EQ(text_of(mapping), "bytes");
 }
 
 TEST(FileMapping, MadeForReadingMayNotBeWritten) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     const FileMapping mapping(path.c_str(), OPEN_READ);
     EXPECT_EQ(permissions_at(mapping.data), "r--s");
     EXPECT_TRUE(write_faults(chars(mapping)));
@@ -216,8 +217,8 @@ TEST(FileMapping, MadeForReadingMayNotBeWritten) {
 }
 
 TEST(FileMapping, ShowsLaterChangesOfTheFile) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     const FileMapping mapping(path.c_str(), OPEN_READ);
     ASSERT_EQ(status_of_child([&] {
                   const int fd = ::open(path.c_str(), O_WRONLY);
@@ -228,17 +229,17 @@ TEST(FileMapping, ShowsLaterChangesOfTheFile) {
 }
 
 TEST(FileMapping, KeepsTheSizeOfTheMomentItWasMade) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     const FileMapping mapping(path.c_str(), OPEN_READ);
-    folder.file("file", "bytes and more");
+    folder.write("file", "bytes and more");
     EXPECT_EQ(mapping.size, 5u);
     EXPECT_EQ(text_of(mapping), "bytes");
 }
 
 TEST(FileMapping, TheTwoLowBitsAreTheProtection) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     const FileDescriptor fd(::open(path.c_str(), O_RDWR));
     struct {
         int flags;
@@ -258,8 +259,8 @@ TEST(FileMapping, TheTwoLowBitsAreTheProtection) {
 }
 
 TEST(FileMapping, MadeForWritingReachesTheFile) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     const FileDescriptor fd(::open(path.c_str(), O_RDWR));
     const FileMapping mapping(fd.fd, 5, OPEN_READ | OPEN_WRITE);
     chars(mapping)[0] = 'X';
@@ -267,8 +268,8 @@ TEST(FileMapping, MadeForWritingReachesTheFile) {
 }
 
 TEST(FileMapping, OfADescriptorOutlivesTheDescriptorAndLeavesItOpen) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     FileDescriptor fd(::open(path.c_str(), O_RDONLY));
     const FileMapping mapping(fd.fd, 3, OPEN_READ);
     EXPECT_NE(fcntl(fd.fd, F_GETFD), -1);
@@ -277,8 +278,8 @@ TEST(FileMapping, OfADescriptorOutlivesTheDescriptorAndLeavesItOpen) {
 }
 
 TEST(FileMapping, WithNeitherBitOpensForReadingButShowsNothing) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     const FileMapping mapping(path.c_str(), 0);
     EXPECT_EQ(mapping.size, 5u);
     EXPECT_TRUE(read_faults(chars(mapping)));
@@ -292,8 +293,8 @@ const char in_map[] = " in <void OSAPI::FileMapping::map(OSAPI::fd_t, uword, int
 const char in_open[] = " in <OSAPI::fd_t OSAPI::open(const char*, int)> (osapi-unix:LINE)";
 
 TEST(FileMapping, OfAnEmptyFileIsRefused) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "");
     const int before = open_descriptors();
     EXPECT_EQ(message_without_line_of([&] { FileMapping mapping(path.c_str(), OPEN_READ); }),
               std::string("mmap(file): Invalid argument") + in_map);
@@ -301,8 +302,8 @@ TEST(FileMapping, OfAnEmptyFileIsRefused) {
 }
 
 TEST(FileMapping, OfAMissingFileNamesItAndLeavesNothingOpen) {
-    const TempFolder folder;
-    const std::string path = folder / "missing";
+    const ScratchFolder folder;
+    const std::string path = folder.file("missing");
     const int before = open_descriptors();
     EXPECT_EQ(message_without_line_of([&] { FileMapping mapping(path.c_str(), OPEN_READ); }),
               "opening file \"" + path + "\": No such file or directory" + in_open);
@@ -311,8 +312,8 @@ TEST(FileMapping, OfAMissingFileNamesItAndLeavesNothingOpen) {
 }
 
 TEST(FileMapping, OfAPathThatLeadsNowhereNamesIt) {
-    const TempFolder folder;
-    const std::string below = folder.file("file", "bytes") + "/below", loop = folder / "loop";
+    const ScratchFolder folder;
+    const std::string below = folder.write("file", "bytes") + "/below", loop = folder.file("loop");
     ASSERT_EQ(symlink("loop", loop.c_str()), 0);
     EXPECT_EQ(message_without_line_of([&] { FileMapping mapping(below.c_str(), OPEN_READ); }),
               "opening file \"" + below + "\": Not a directory" + in_open);
@@ -321,18 +322,18 @@ TEST(FileMapping, OfAPathThatLeadsNowhereNamesIt) {
 }
 
 TEST(FileMapping, OfAFolderIsRefused) {
-    const TempFolder folder;
-    EXPECT_THROW(FileMapping(folder.path.c_str(), OPEN_READ), StrXception);
+    const ScratchFolder folder;
+    EXPECT_THROW(FileMapping(folder.path().c_str(), OPEN_READ), StrXception);
     EXPECT_EQ(
-        message_without_line_of([&] { FileMapping mapping(folder.path.c_str(), OPEN_WRITE); }),
-        "opening file \"" + folder.path + "\": Is a directory" + in_open);
+        message_without_line_of([&] { FileMapping mapping(folder.path().c_str(), OPEN_WRITE); }),
+        "opening file \"" + folder.path() + "\": Is a directory" + in_open);
 }
 
 // Opening for writing empties the file before its size is taken.
 TEST(FileMapping, OfAPathForWritingFindsAnEmptyFile) {
-    const TempFolder folder;
+    const ScratchFolder folder;
     for (int flags : {int(OPEN_WRITE), OPEN_READ | OPEN_WRITE}) {
-        const std::string path = folder.file("file", "bytes");
+        const std::string path = folder.write("file", "bytes");
         EXPECT_EQ(message_without_line_of([&] { FileMapping mapping(path.c_str(), flags); }),
                   std::string("mmap(file): Invalid argument") + in_map);
         EXPECT_EQ(bytes_of(path), "");
@@ -340,8 +341,8 @@ TEST(FileMapping, OfAPathForWritingFindsAnEmptyFile) {
 }
 
 TEST(FileMapping, OfAPathTakesExclusiveForItsOpening) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     EXPECT_EQ(
         message_without_line_of([&] { FileMapping mapping(path.c_str(), OPEN_WRITE | OPEN_EXCL); }),
         "opening file \"" + path + "\": File exists" + in_open);
@@ -349,8 +350,8 @@ TEST(FileMapping, OfAPathTakesExclusiveForItsOpening) {
 }
 
 TEST(FileMapping, OfABadDescriptorIsRefused) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     const FileDescriptor read_only(::open(path.c_str(), O_RDONLY));
     EXPECT_EQ(message_without_line_of([] { FileMapping mapping(-1, 10, OPEN_READ); }),
               std::string("mmap(file): Bad file descriptor") + in_map);
@@ -361,8 +362,8 @@ TEST(FileMapping, OfABadDescriptorIsRefused) {
 }
 
 TEST(FileMapping, HoldsNothingAfterAFailedMap) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "bytes");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "bytes");
     FileMapping mapping(path.c_str(), OPEN_READ);
     ASSERT_EQ(munmap(mapping.data, mapping.size), 0);
     EXPECT_THROW(mapping.map(-1, 10, OPEN_READ), StrXception);

@@ -2,12 +2,14 @@
 
 #include "tests/core/observed.h"
 #include "tests/osapi/files.h"
+#include "tests/scratch_folder.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
+#include <vector>
 
 using OSAPI::OPEN_DIRECT;
 using OSAPI::OPEN_EXCL;
@@ -21,22 +23,26 @@ const int read_write = OPEN_READ | OPEN_WRITE;
 // ---- file_exists -----------------------------------------------------------------------------
 
 TEST(FileExists, FindsFilesAndFolders) {
-    const TempFolder folder;
-    const std::string file = folder.file("file", "");
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", "");
     for (int flags : {0, int(OPEN_READ), int(OPEN_WRITE), read_write}) {
         EXPECT_TRUE(OSAPI::file_exists(file.c_str(), flags)) << flags;
-        EXPECT_TRUE(OSAPI::file_exists(folder.path.c_str(), flags)) << flags;
+        EXPECT_TRUE(OSAPI::file_exists(folder.path().c_str(), flags)) << flags;
     }
 }
 
 TEST(FileExists, IsFalseAndSilentWhateverIsWrong) {
-    const TempFolder folder;
-    const std::string file = folder.file("file", "");
-    const std::string loop = folder / "loop", dangling = folder / "dangling";
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", "");
+    const std::string loop = folder.file("loop"), dangling = folder.file("dangling");
     ASSERT_EQ(symlink("loop", loop.c_str()), 0);
     ASSERT_EQ(symlink("nowhere", dangling.c_str()), 0);
-    const std::string paths[] = {
-        folder / "missing", file + "/below", loop, dangling, "", folder / std::string(5000, 'x')};
+    const std::string paths[] = {folder.file("missing"),
+                                 file + "/below",
+                                 loop,
+                                 dangling,
+                                 "",
+                                 folder.file(std::string(5000, 'x'))};
     for (const std::string& path : paths)
         for (int flags : {0, int(OPEN_READ), int(OPEN_WRITE), read_write}) {
             bool found = true;
@@ -49,7 +55,7 @@ TEST(FileExists, IsFalseAndSilentWhateverIsWrong) {
 }
 
 TEST(FileExists, AsksForThePermissionsThatTheFlagsName) {
-    const TempFolder folder;
+    const ScratchFolder folder;
     struct {
         mode_t mode;
         bool found, readable, writable, both;
@@ -60,7 +66,7 @@ TEST(FileExists, AsksForThePermissionsThatTheFlagsName) {
         {0666, true, true, true, true},
     };
     for (const auto& c : cases) {
-        const std::string path = folder.file("file" + std::to_string(c.mode), "");
+        const std::string path = folder.write("file" + std::to_string(c.mode), "");
         ASSERT_EQ(chmod(path.c_str(), c.mode), 0);
         EXPECT_TRUE(holds_unprivileged([&] {
             const char* name = path.c_str();
@@ -73,8 +79,8 @@ TEST(FileExists, AsksForThePermissionsThatTheFlagsName) {
 }
 
 TEST(FileExists, IgnoresTheOtherFlags) {
-    const TempFolder folder;
-    const std::string path = folder.file("file", "");
+    const ScratchFolder folder;
+    const std::string path = folder.write("file", "");
     ASSERT_EQ(chmod(path.c_str(), 0444), 0);
     EXPECT_TRUE(holds_unprivileged([&] {
         const int others = OPEN_DIRECT | OPEN_EXCL;
@@ -85,20 +91,20 @@ TEST(FileExists, IgnoresTheOtherFlags) {
 }
 
 TEST(FileExists, CreatesNothing) {
-    const TempFolder folder;
-    EXPECT_FALSE(OSAPI::file_exists((folder / "new").c_str(), OPEN_WRITE));
+    const ScratchFolder folder;
+    EXPECT_FALSE(OSAPI::file_exists(folder.file("new").c_str(), OPEN_WRITE));
     EXPECT_TRUE(folder.names().empty());
 }
 
 // ---- is_directory ----------------------------------------------------------------------------
 
 TEST(IsDirectory, TellsFoldersFromTheRest) {
-    const TempFolder folder;
-    const std::string file = folder.file("file", "");
-    const std::string to_folder = folder / "to_folder", to_file = folder / "to_file";
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", "");
+    const std::string to_folder = folder.file("to_folder"), to_file = folder.file("to_file");
     ASSERT_EQ(symlink(".", to_folder.c_str()), 0);
     ASSERT_EQ(symlink("file", to_file.c_str()), 0);
-    EXPECT_TRUE(OSAPI::is_directory(folder.path.c_str()));
+    EXPECT_TRUE(OSAPI::is_directory(folder.path().c_str()));
     EXPECT_TRUE(OSAPI::is_directory(to_folder.c_str()));
     EXPECT_TRUE(OSAPI::is_directory("/"));
     EXPECT_FALSE(OSAPI::is_directory(file.c_str()));
@@ -107,18 +113,18 @@ TEST(IsDirectory, TellsFoldersFromTheRest) {
 }
 
 TEST(IsDirectory, ThrowsForWhatCannotBeAsked) {
-    const TempFolder folder;
-    const std::string file = folder.file("file", "");
-    const std::string loop = folder / "loop";
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", "");
+    const std::string loop = folder.file("loop");
     ASSERT_EQ(symlink("loop", loop.c_str()), 0);
     struct {
         std::string path, reason;
     } const cases[] = {
-        {folder / "missing", "No such file or directory"},
+        {folder.file("missing"), "No such file or directory"},
         {file + "/below", "Not a directory"},
         {loop, "Too many levels of symbolic links"},
         {"", "No such file or directory"},
-        {folder / std::string(300, '%'), "File name too long"},
+        {folder.file(std::string(300, '%')), "File name too long"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(message_without_line_of([&] { OSAPI::is_directory(c.path.c_str()); }),
@@ -129,22 +135,22 @@ TEST(IsDirectory, ThrowsForWhatCannotBeAsked) {
 // ---- rm_ifexist ------------------------------------------------------------------------------
 
 TEST(RmIfexist, RemovesAFile) {
-    const TempFolder folder;
-    const std::string file = folder.file("file", "bytes");
-    folder.file("other", "");
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", "bytes");
+    folder.write("other", "");
     OSAPI::rm_ifexist(file.c_str());
-    EXPECT_EQ(folder.names(), std::set<std::string>({"other"}));
+    EXPECT_EQ(folder.names(), std::vector<std::string>({"other"}));
 }
 
 TEST(RmIfexist, AMissingFileIsSuccess) {
-    const TempFolder folder;
-    EXPECT_NO_THROW(OSAPI::rm_ifexist((folder / "missing").c_str()));
-    EXPECT_NO_THROW(OSAPI::rm_ifexist((folder / "missing/below").c_str()));
+    const ScratchFolder folder;
+    EXPECT_NO_THROW(OSAPI::rm_ifexist(folder.file("missing").c_str()));
+    EXPECT_NO_THROW(OSAPI::rm_ifexist(folder.file("missing/below").c_str()));
 }
 
 TEST(RmIfexist, RemovesALinkAndNotItsTarget) {
-    const TempFolder folder;
-    const std::string file = folder.file("file", "bytes"), link = folder / "link";
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", "bytes"), link = folder.file("link");
     ASSERT_EQ(symlink("file", link.c_str()), 0);
     OSAPI::rm_ifexist(link.c_str());
     EXPECT_FALSE(exists(link));
@@ -152,14 +158,14 @@ TEST(RmIfexist, RemovesALinkAndNotItsTarget) {
 }
 
 TEST(RmIfexist, ThrowsForEverythingElse) {
-    const TempFolder folder;
-    const std::string file = folder.file("file", ""), below = folder.folder("below");
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", ""), below = folder.folder("below");
     struct {
         std::string path, reason;
     } const cases[] = {
         {below, "Is a directory"},
         {file + "/below", "Not a directory"},
-        {folder / std::string(300, '%'), "File name too long"},
+        {folder.file(std::string(300, '%')), "File name too long"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(message_without_line_of([&] { OSAPI::rm_ifexist(c.path.c_str()); }),
@@ -170,9 +176,9 @@ TEST(RmIfexist, ThrowsForEverythingElse) {
 }
 
 TEST(RmIfexist, ThrowsWhereTheFolderMayNotBeWritten) {
-    const TempFolder folder;
-    const std::string file = folder.file("file", "");
-    ASSERT_EQ(chmod(folder.path.c_str(), 0555), 0);
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", "");
+    ASSERT_EQ(chmod(folder.path().c_str(), 0555), 0);
     EXPECT_TRUE(holds_unprivileged([&] {
         return message_without_line_of([&] { OSAPI::rm_ifexist(file.c_str()); }) ==
                "unlink(" + file +
@@ -180,31 +186,31 @@ TEST(RmIfexist, ThrowsWhereTheFolderMayNotBeWritten) {
                    "(osapi-unix:LINE)";
     }));
     EXPECT_TRUE(exists(file));
-    ASSERT_EQ(chmod(folder.path.c_str(), 0755), 0);
+    ASSERT_EQ(chmod(folder.path().c_str(), 0755), 0);
 }
 
 // ---- rename ----------------------------------------------------------------------------------
 
 TEST(Rename, MovesAndReplaces) {
-    const TempFolder folder;
-    const std::string from = folder.file("from", "new"), to = folder.file("to", "old");
+    const ScratchFolder folder;
+    const std::string from = folder.write("from", "new"), to = folder.write("to", "old");
     OSAPI::rename(from.c_str(), to.c_str());
     EXPECT_EQ(bytes_of(to), "new");
-    EXPECT_EQ(folder.names(), std::set<std::string>({"to"}));
+    EXPECT_EQ(folder.names(), std::vector<std::string>({"to"}));
 }
 
 TEST(Rename, ThrowsWithBothNames) {
-    const TempFolder folder;
-    const std::string file = folder.file("file", "bytes"), below = folder.folder("below");
+    const ScratchFolder folder;
+    const std::string file = folder.write("file", "bytes"), below = folder.folder("below");
     struct {
         std::string from, to, reason;
     } const cases[] = {
-        {folder / "missing", folder / "to", "No such file or directory"},
-        {file, folder / "missing/to", "No such file or directory"},
+        {folder.file("missing"), folder.file("to"), "No such file or directory"},
+        {file, folder.file("missing/to"), "No such file or directory"},
         {file, below, "Is a directory"},
         {below, file, "Not a directory"},
         {file, file + "/below", "Not a directory"},
-        {folder / "100%d", folder / "%s", "No such file or directory"},
+        {folder.file("100%d"), folder.file("%s"), "No such file or directory"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(message_without_line_of([&] { OSAPI::rename(c.from.c_str(), c.to.c_str()); }),

@@ -1,4 +1,5 @@
 #include "stars/projection.h"
+#include "tests/message_of.h"
 #include "tests/stars/sky.h"
 
 #include <cmath>

@@ -226,6 +226,14 @@ TEST(Shading, TakesParallaxOffTheInverseDistance) {
             << row.has_distance << ", " << row.distance << ", " << row.parallax;
 }
 
+// 41, 57 and 70 times the double nearest to 0.01 come out a last bit above 0.41, 0.57 and 0.7.
+TEST(Shading, MultipliesParallaxByAHundredth) {
+    EXPECT_EQ(inverse_distance(false, -1, -41), 0.41000000000000003);
+    EXPECT_EQ(inverse_distance(false, -1, -57), 0.5700000000000001);
+    EXPECT_EQ(inverse_distance(true, 1, 57), 1 - 0.5700000000000001);
+    EXPECT_EQ(inverse_distance(true, 1, -70), 1 + 0.7000000000000001);
+}
+
 TEST(Shading, TakesAnInverseDistanceThatIsNoNumberForNone) {
     EXPECT_EQ(inverse_distance(true, 1, not_a_number), 0);
     EXPECT_EQ(inverse_distance(true, not_a_number, 0), 0);

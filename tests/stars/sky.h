@@ -2,18 +2,12 @@
 // parameters that leave the stars as they are.
 #pragma once
 
-#include "core/xception.h"
 #include "stars/stars.h"
 #include "tests/scratch_folder.h"
 
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -133,17 +127,6 @@ inline StarRendererData plain_data(int width, double size = 2) {
     d.projection = OP_STARS_HEMISPHERICAL;
     d.lines = OP_STARS_LINES_ALL;
     return d;
-}
-
-// The message of the StrXception that `act` throws, "" when it throws none.
-template <class Act>
-std::string message_of(Act act) {
-    try {
-        act();
-    } catch (const StrXception& thrown) {
-        return thrown.message.str;
-    }
-    return "";
 }
 
 } // namespace stars_test

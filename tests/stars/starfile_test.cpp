@@ -1,3 +1,4 @@
+#include "tests/message_of.h"
 #include "tests/stars/picture.h"
 #include "tests/stars/sky.h"
 

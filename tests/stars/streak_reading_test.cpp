@@ -1,28 +1,12 @@
 // The rasteriser against the same steps written down once more in float (see reference.h), bit for
 // bit, over random calls of every kind.
+#include "tests/stars/dice.h"
 #include "tests/stars/picture.h"
 #include "tests/stars/reference.h"
-
-#include <random>
 
 using namespace stars_test;
 
 namespace {
-
-class Dice {
-public:
-    explicit Dice(unsigned seed) : engine(seed) {}
-    float between(double low, double high) {
-        return float(low + (high - low) * double(engine() >> 5) / 134217728.0);
-    }
-    float log_between(double low, double high) {
-        return std::exp(between(std::log(low), std::log(high)));
-    }
-    int below(int n) { return int(engine() % unsigned(n)); }
-
-private:
-    std::mt19937 engine;
-};
 
 struct Call {
     Vector2 from, to;

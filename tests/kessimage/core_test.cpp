@@ -1,0 +1,133 @@
+// Pixel memory, its trace, and numbered errors.
+
+#include "kessimage/core.h"
+
+#include "tests/core/observed.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <type_traits>
+
+namespace {
+
+std::string hexadecimal(const void* pointer) {
+    char text[40];
+    snprintf(text, sizeof text, "0x%llx",
+             static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(pointer)));
+    return text;
+}
+
+// Traces while it lives.
+class Traced {
+public:
+    Traced() { Kess::TRACE_ALLOCATIONS = 1; }
+    ~Traced() { Kess::TRACE_ALLOCATIONS = 0; }
+};
+
+const char* const texts[] = {
+    "OK",
+    "unknown error",
+    "error opening file",
+    "error stat()ing file",
+    "error allocating memory",
+    "error reading from file",
+    "file is too short",
+    "unknown file format",
+    "invalid file",
+    "operation cannot be performed on this image format",
+    "error writing to file",
+    "unimplemented image format translation",
+};
+
+} // namespace
+
+// ---- Pixel memory ----------------------------------------------------------------------------
+
+TEST(PixelMemory, IsNotTracedAtStart) {
+    EXPECT_EQ(Kess::TRACE_ALLOCATIONS, 0);
+    EXPECT_TRUE((std::is_same<decltype(Kess::TRACE_ALLOCATIONS), int>::value));
+}
+
+TEST(PixelMemory, IsThereToTheLastByte) {
+    EXPECT_EQ(stderr_of([] {
+                  char* block = Kess::malloc_pixels(1000);
+                  ASSERT_NE(block, nullptr);
+                  std::memset(block, 0xab, 1000);
+                  Kess::free_pixels(block, 1000);
+              }),
+              "");
+}
+
+TEST(PixelMemory, TraceIsOneLineForEach) {
+    const Traced traced;
+    char* block = nullptr;
+    const std::string making = stderr_of([&] { block = Kess::malloc_pixels(123456); });
+    const std::string address = hexadecimal(block);
+    const std::string freeing = stderr_of([&] { Kess::free_pixels(block, 123456); });
+    EXPECT_EQ(making, "libkessimage: malloc_pixels(123456) = " + address + "\n");
+    EXPECT_EQ(freeing, "libkessimage: free_pixels(" + address + ", 123456)\n");
+}
+
+TEST(PixelMemory, TraceTellsTheSizeThatItIsGiven) {
+    char* block = Kess::malloc_pixels(10);
+    const Traced traced;
+    const std::string address = hexadecimal(block);
+    EXPECT_EQ(stderr_of([&] { Kess::free_pixels(block, 18446744073709551615ul); }),
+              "libkessimage: free_pixels(" + address + ", 18446744073709551615)\n");
+}
+
+TEST(PixelMemory, AnyFlagButZeroTraces) {
+    for (int flag : {1, -1, 256}) {
+        Kess::TRACE_ALLOCATIONS = flag;
+        char* block = nullptr;
+        EXPECT_NE(stderr_of([&] { block = Kess::malloc_pixels(1); }), "");
+        Kess::TRACE_ALLOCATIONS = 0;
+        Kess::free_pixels(block, 1);
+    }
+}
+
+// ---- Errors ----------------------------------------------------------------------------------
+
+TEST(Error, IsAnXceptionThatHoldsOneInt) {
+    EXPECT_TRUE((std::is_base_of<Xception, Kess::Error>::value));
+    EXPECT_EQ(sizeof(Kess::Error), 2 * sizeof(void*));
+    const Kess::Error error(7);
+    EXPECT_EQ(error.code, 7);
+    EXPECT_EQ(reinterpret_cast<const char*>(&error.code) - reinterpret_cast<const char*>(&error),
+              8);
+}
+
+TEST(Error, EveryCodeHasItsText) {
+    for (int code = 0; code <= 11; code++)
+        EXPECT_STREQ(Kess::Error(code).strerror(), texts[code]) << code;
+}
+
+TEST(Error, PrintsItsText) {
+    for (int code = 0; code <= 11; code++)
+        EXPECT_EQ(stderr_of([&] { Kess::Error(code).print(); }),
+                  std::string("libkessimage error: ") + texts[code] + "\n");
+}
+
+TEST(Error, IsCaughtAndPrintedAsAnXception) {
+    EXPECT_EQ(stderr_of([] {
+                  try {
+                      throw Kess::Error(4);
+                  } catch (Xception& x) {
+                      x.print();
+                  }
+              }),
+              "libkessimage error: error allocating memory\n");
+}
+
+TEST(Error, VirtualTableHoldsTheDestructorThenPrint) {
+    const Kess::Error error(6);
+    void* const* slots;
+    std::memcpy(&slots, static_cast<const void*>(&error), sizeof slots);
+    typedef void (*Print)(const Xception*);
+    EXPECT_EQ(stderr_of([&] { reinterpret_cast<Print>(slots[2])(&error); }),
+              "libkessimage error: file is too short\n");
+}

@@ -1,0 +1,35 @@
+// What an action that must fail says.
+#pragma once
+
+#include "core/xception.h"
+
+#include <string>
+
+// The message of the StrXception that `action` throws, "(no StrXception)" without one.
+template <class Action>
+std::string message_of(Action action) {
+    try {
+        action();
+    } catch (const StrXception& x) {
+        return x.message.str ? x.message.str : "";
+    }
+    return "(no StrXception)";
+}
+
+// The same with the line number at the end as LINE: "text in <function> (source:LINE)".
+template <class Action>
+std::string message_without_line_of(Action action) {
+    const std::string message = message_of(action);
+    const std::size_t colon = message.rfind(':'), close = message.rfind(')');
+    if (colon == std::string::npos || close != message.size() - 1 || close < colon + 2 ||
+        message.find_first_not_of("0123456789", colon + 1) != close)
+        return message + " (no location)";
+    return message.substr(0, colon) + ":LINE)";
+}
+
+// The same without the place that raised it: "text".
+template <class Action>
+std::string message_without_place_of(Action action) {
+    const std::string message = message_of(action);
+    return message.substr(0, message.rfind(" in <"));
+}
