@@ -10,7 +10,8 @@
 //
 // Ownership: interned records live until cleanup() or the process's end; map entries belong to the
 //            map's user, and in a PtrMap to the map.
-// Errors:    std::bad_alloc. Texts are copied as String copies them, unchecked.
+// Errors:    std::bad_alloc, and StrXception "out of memory" from gensym. Texts are copied as String
+//            copies them, unchecked.
 // Threads:   interning is unguarded process-wide state; a map belongs to one thread at a time.
 #pragma once
 

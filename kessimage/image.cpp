@@ -254,6 +254,8 @@ void Image::alloc() {
 
 void Image::free() {
     free_pixels(allocation, allocated_size);
+    allocation = data = nullptr;
+    allocated_size = 0;
 }
 
 void Image::make_blank() {

@@ -4,8 +4,9 @@
 //            who take sizes from users check them first.
 // Shapes:    row y starts `stride` * y bytes behind the first one; row 0 is the top row.
 // Ownership: a spec owns its metadata, an image its pixels; specs copy deeply, images do not copy.
-// Errors:    StrXception and AssertXception as said below; Kess::Error 4 and StrXception "out of memory"
-//            when pixels cannot be had, std::bad_alloc for metadata.
+// Errors:    StrXception and AssertXception as said below. Memory that runs out is StrXception "out of
+//            memory" for pixels and for formatted numbers, Kess::Error 4 where a block is null all the
+//            same, std::bad_alloc for metadata, and unchecked where a String is copied or appended to.
 // Threads:   a spec and an image belong to one thread at a time; reading pixels is free to all.
 #pragma once
 
@@ -60,8 +61,8 @@ public:
     // 0 for compressed and packed formats. Throws "unknown format".
     static u32 bytes_per_pixel(PixelFormat format);
 
-    // The least stride that the format asks for. Throws "unknown format"; asserts a compressed format's
-    // width.
+    // The stride that the format's rows have by themselves. Throws "unknown format"; asserts a
+    // compressed format's width.
     static u32 natural_stride(s32 width, PixelFormat format);
     u32 set_natural_stride();
 
@@ -94,7 +95,8 @@ public:
     virtual ~MetaVisitor() = 0;
 };
 
-// Named values. `type` is always the value's type name, "float", "string" or "m44f".
+// Named values. `type` is always the value's type name, "float", "string" or "m44f"; a name that does
+// not go with the value's type is the caller's mistake and fails an assertion.
 class ImageSpec::MetaData : public PtrMap<InString, MetaInfoRef> {
 public:
     MetaData() : PtrMap(4) {}
@@ -128,8 +130,8 @@ class Image : public ImageSpec {
 public:
     char* data; // first byte of row 0
 
-    // Copies the spec and allocates its pixels, contents unspecified. Asserts a valid format and
-    // throws when the stride is too small for a row.
+    // Copies the spec and allocates its pixels, contents unspecified. Asserts a valid format; throws
+    // "unknown format", and when the stride is below bytes_per_pixel times the width.
     explicit Image(const ImageSpec& spec);
     Image(const Image&) = delete;
     Image& operator=(const Image&) = delete;
@@ -137,6 +139,8 @@ public:
     // Releases the pixels and leaves a spec that cannot pass for one, so that stale use shows.
     ~Image();
 
+    // Allocates for an image whose pixels were released, and releases them; the image is without
+    // pixels in between.
     void alloc();
     void free();
 

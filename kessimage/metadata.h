@@ -6,8 +6,9 @@
 //     TypedInfo<Matrix4<float>>  2       "m44f"      sixteen floats, row by row
 //
 // Ownership: a MetaInfoRef owns its value; copies clone it. No two handles share one.
-// Errors:    comparing values of another kind throws StrXception "unhandled type '…'"; memory that
-//            runs out is std::bad_alloc for values and unchecked within a String.
+// Errors:    comparing values of another kind throws StrXception "unhandled type '…'". Memory that
+//            runs out is std::bad_alloc for values, StrXception "out of memory" where stringify
+//            formats numbers, and unchecked where a String is copied or appended to.
 // Threads:   a value belongs to one thread at a time.
 #pragma once
 

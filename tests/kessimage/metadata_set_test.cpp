@@ -271,14 +271,21 @@ TEST(SetMeta, OfATagWhosePositionWentBackToZeroOverwrites) {
 
 // A message names the function that its reader called.
 TEST(SetMeta, NamesItselfInItsMessages) {
+    const std::string start =
+        " in <void Kess::ImageSpec::MetaData::set_meta(const char*, const char*, ";
     MetaData set = one_of_each();
-    const std::string clash =
-        message_without_line_of([&] { set.set_meta("string", "gain", String("x")); });
-    EXPECT_NE(clash.find("Kess::ImageSpec::MetaData::set_meta("), std::string::npos) << clash;
+    const auto set_float = [&set] { set.set_meta("float", "gain", 2.0f); };
+    const auto set_text = [&set] { set.set_meta("string", "gain", String("x")); };
+    const auto set_matrix = [&set] { set.set_meta("m44f", "camera", counting_matrix(0, 1)); };
+
+    EXPECT_EQ(message_without_line_of(set_text),
+              "metadata tag 'gain' already present but with type 'float' not 'string'" + start +
+                  "const String&)> (metadata:LINE)");
     write_all_at(set, 1000);
-    const std::string written =
-        message_without_line_of([&] { set.set_meta("float", "gain", 2.0f); });
-    EXPECT_NE(written.find("Kess::ImageSpec::MetaData::set_meta("), std::string::npos) << written;
+    const std::string written = "no updates allowed after writing to file, use update_meta" + start;
+    EXPECT_EQ(message_without_line_of(set_float), written + "float)> (metadata:LINE)");
+    EXPECT_EQ(message_without_line_of(set_matrix),
+              written + "const Matrix4<float>&)> (metadata:LINE)");
 }
 
 // The type's name fits the tag but not the value: overwriting would write beside it.
