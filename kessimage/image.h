@@ -130,7 +130,7 @@ class Image : public ImageSpec {
 public:
     char* data; // first byte of row 0
 
-    // Copies the spec and allocates its pixels, contents unspecified. Asserts a valid format; throws
+    // Copies the description and allocates its pixels, contents unspecified. Asserts a valid format; throws
     // "unknown format", and when the stride is below bytes_per_pixel times the width.
     explicit Image(const ImageSpec& spec);
     Image(const Image&) = delete;

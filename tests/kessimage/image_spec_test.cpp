@@ -203,7 +203,7 @@ TEST(ImageSpec, EqualityOfMetadataLooksAtTheLeftSideOnly) {
     EXPECT_FALSE(fewer == more);
 }
 
-// ---- Metadata through the spec ---------------------------------------------------------------
+// ---- Metadata through an ImageSpec ---------------------------------------------------------------
 
 TEST(ImageSpec, WithoutMetadataKnowsNoTagAndShowsNone) {
     const Spec spec = plain_spec();

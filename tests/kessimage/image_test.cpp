@@ -1,4 +1,4 @@
-// Images: their pixels' memory, from the spec to the poisoned remains.
+// Images: their pixels' memory, from the ImageSpec to the poisoned remains.
 
 #include "kessimage/image.h"
 
@@ -30,7 +30,7 @@ std::string hexadecimal(const void* pointer) {
     return text;
 }
 
-// The fields behind the spec, as they stand in memory.
+// The fields behind those of ImageSpec, as they stand in memory.
 struct Remainder {
     char* data;
     char* allocation;
