@@ -38,6 +38,9 @@ struct InternRecord : InternNode {
     String text;
 };
 
+static_assert(sizeof(InternNode) == 3 * sizeof(void*) && sizeof(InternRecord) == 5 * sizeof(void*),
+              "links, the way to the record, hash and text");
+
 // A text that exists once: two are equal exactly when they are the same record.
 class InString {
 public:
@@ -65,6 +68,8 @@ public:
     // unlinked and stay allocated.
     static void cleanup();
 };
+
+static_assert(sizeof(InString) == sizeof(void*), "a name is one pointer");
 
 // A lookup that leaves no trace unless it is made permanent.
 class TempInString {

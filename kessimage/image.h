@@ -15,6 +15,8 @@
 #include "kessimage/core.h"
 #include "kessimage/metadata.h"
 
+#include <cstddef>
+
 namespace Kess {
 
 class ImageSpec {
@@ -77,6 +79,10 @@ public:
     // Writes format, size and metadata to standard output, without a line end.
     void print() const;
 };
+
+static_assert(offsetof(ImageSpec, stride) == 8 && offsetof(ImageSpec, format) == 12 &&
+                  offsetof(ImageSpec, meta) == 16 && sizeof(ImageSpec) == 24,
+              "size, stride, format and metadata");
 
 // All fields equal, and the metadata as MetaData's one-sided equality has it.
 bool operator==(const ImageSpec& a, const ImageSpec& b);
