@@ -70,8 +70,7 @@ public:
     static String chop(const char* s);
     static String chop(const String& s);
 
-    // Appends the non-empty runs of `s` between characters of `seps` to `out`, which is not
-    // cleared.
+    // Adds the non-empty runs of `s` between characters of `seps` to what `out` holds.
     static void split_by(const char* s, const char* seps, Array<String>& out);
     static void split_by(const String& s, const char* seps, Array<String>& out);
 

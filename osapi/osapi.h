@@ -151,8 +151,7 @@ public:
     // ("mmap(file): Invalid argument"), and OPEN_WRITE empties it first.
     FileMapping(const char* path, int flags);
 
-    // For an object that maps nothing yet. Throws "mmap(file): …" with `data` and `size` null and
-    // 0.
+    // For an object that maps nothing yet, and that still maps nothing when "mmap(file): …" is thrown.
     void map(fd_t fd, uword len, int flags);
 };
 

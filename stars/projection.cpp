@@ -51,8 +51,7 @@ bool world_to_screen(double x, double y, double z, double w, DblMatrix4 m,
         p = normalized(p);
         const double radius = std::sqrt(p.x * p.x + p.y * p.y);
         const double angle = std::asin(radius) * two_over_pi;
-        // A star exactly on the axis divides by zero here; the rasteriser discards its NaN
-        // position.
+        // A star exactly on the axis divides by zero; the rasteriser discards its NaN position.
         p.x = p.x * angle / radius;
         p.y = p.y * angle / radius;
         if (outside_unit_disc(p))

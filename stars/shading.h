@@ -19,8 +19,7 @@ Color3 shaded_color(const star& s, const StarRendererData& data);
 // (cos dec · cos ra, sin dec, cos dec · sin ra).
 VectorN<double, 3> scene_direction(const star& s);
 
-// What is left of 1 / distance once parallax / 100 is taken off, never below 0; 0 is infinitely
-// far.
+// What is left of 1 / distance without parallax / 100, never below 0, which is infinitely far.
 double inverse_distance(bool has_distance, double distance, double parallax);
 
 } // namespace velmora

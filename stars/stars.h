@@ -66,8 +66,7 @@ public:
     // it. Returns whether there is more to do: false at the end, and at once when brightness is 0.
     bool render_star(bool& drew);
 
-    // Draws every star that is left, with the bits that calling render_star until it returns false
-    // gives.
+    // Draws every star that is left, bit for bit as render_star called until it returns false.
     void render_all(bool& drew);
 
     // Draws `s`, which need not come from the input. Returns whether light got into a pixel.

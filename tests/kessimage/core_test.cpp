@@ -3,6 +3,7 @@
 #include "kessimage/core.h"
 
 #include "tests/core/observed.h"
+#include "tests/kessimage/hexadecimal.h"
 
 #include <gtest/gtest.h>
 
@@ -13,13 +14,6 @@
 #include <type_traits>
 
 namespace {
-
-std::string hexadecimal(const void* pointer) {
-    char text[40];
-    snprintf(text, sizeof text, "0x%llx",
-             static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(pointer)));
-    return text;
-}
 
 // Traces while it lives.
 class Traced {

@@ -4,6 +4,7 @@
 
 #include "tests/core/captured.h"
 #include "tests/core/observed.h"
+#include "tests/kessimage/hexadecimal.h"
 #include "tests/kessimage/metadata_tools.h"
 
 #include <gtest/gtest.h>
@@ -22,13 +23,6 @@ typedef Kess::Image Image;
 typedef Kess::ImageSpec Spec;
 
 namespace {
-
-std::string hexadecimal(const void* pointer) {
-    char text[40];
-    snprintf(text, sizeof text, "0x%llx",
-             static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(pointer)));
-    return text;
-}
 
 // The fields behind those of ImageSpec, as they stand in memory.
 struct Remainder {
