@@ -155,6 +155,13 @@ static ChanSample between(const ChanSample& a, const ChanSample& b, double part)
     return sample;
 }
 
+std::vector<double> Chan::frames() const {
+    std::vector<double> all;
+    for (const Line& line : lines)
+        all.push_back(line.frame);
+    return all;
+}
+
 ChanSample Chan::sample(double time) const {
     const auto next = std::lower_bound(lines.begin(), lines.end(), time,
                                        [](const Line& line, double t) { return line.frame < t; });

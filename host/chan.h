@@ -43,6 +43,7 @@ public:
     static Chan parse(const std::string& text, const std::string& name);
 
     bool has_vfov() const { return lines.front().sample.vfov.has_value(); }
+    std::vector<double> frames() const; // growing
     double first_frame() const { return lines.front().frame; }
     double last_frame() const { return lines.back().frame; }
 

@@ -1,4 +1,4 @@
-// The host's axis: where a camera stands and which way it is turned.
+// The host's axis: where something stands, which way it is turned and how large it is.
 //
 // Units:     angles in degrees, lengths in scene units.
 // Shapes:    a matrix is 16 floats, column by column, for column vectors, local to world:
@@ -8,7 +8,7 @@
 //                | m[2] m[6] m[10] m[14] |
 //                |   0    0     0     1  |
 //
-// Accuracy:  computed in double and narrowed at the end, but for multiply.
+// Accuracy:  computed in double and narrowed at the end.
 // Threads:   pure functions.
 #pragma once
 
@@ -18,16 +18,22 @@ namespace velmora {
 
 typedef std::array<float, 16> HostMatrix;
 
+// In the order in which the parts take effect: SRT scales first and moves last, ZXY turns about z
+// first and about y last.
+enum class TransformOrder { SRT, STR, RST, RTS, TSR, TRS };
+enum class RotationOrder { XYZ, XZY, YXZ, YZX, ZXY, ZYX };
+
 struct Transform {
     std::array<double, 3> translate = {0.0, 0.0, 0.0};
     std::array<double, 3> rotate = {0.0, 0.0, 0.0}; // about x, y and z
+    std::array<double, 3> scaling = {1.0, 1.0, 1.0};
+    double uniform_scale = 1.0;
+    std::array<double, 3> pivot = {0.0, 0.0, 0.0}; // the point that scaling and turning leave alone
+    TransformOrder order = TransformOrder::SRT;
+    RotationOrder rotation_order = RotationOrder::ZXY;
 
-    // Turned about z first, then x, then y, and moved last: T · Ry · Rx · Rz.
     HostMatrix matrix() const;
 };
-
-// a · b in single precision; each element adds its four products from the first to the last.
-HostMatrix multiply(const float a[16], const float b[16]);
 
 // The `rotate` of a camera that looks at right ascension `ra` and declination `dec` with north up
 // and east to the left; a positive `roll` turns the camera counterclockwise and with it the picture

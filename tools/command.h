@@ -10,6 +10,7 @@ namespace velmora {
 
 void add_render_command(CLI::App& program);
 void add_catalog_command(CLI::App& program);
+void add_script_command(CLI::App& program);
 void add_info_command(CLI::App& program);
 
 } // namespace velmora

@@ -1,5 +1,7 @@
 #include "tools/frame_attributes.h"
 
+#include "tools/knobs.h"
+
 #include <filesystem>
 #include <OpenEXR/ImfFramesPerSecond.h>
 
@@ -38,9 +40,9 @@ static FrameRate frame_rate_of(double fps) {
 
 // Numbers and switches keep their type, a colour becomes a vector, everything else is text. Of a path
 // only the file's name is told, which does not depend on where it lies.
-static ExrValue attribute_of(const KnobValues& knobs, const std::string& name) {
-    const KnobValue value = knob_value(knobs, name);
-    if (name == "starfile")
+static ExrValue attribute_of(const HostKnob& knob, double frame) {
+    const KnobValue value = knob_value(knob, frame);
+    if (knob.ClassID() == DD::Image::FILE_KNOB)
         return std::filesystem::path(std::get<std::string>(value)).filename().string();
     if (const auto* number = std::get_if<double>(&value))
         return *number;
@@ -52,24 +54,23 @@ static ExrValue attribute_of(const KnobValues& knobs, const std::string& name) {
     if (numbers && numbers->size() == 3)
         return std::array<float, 3>{float((*numbers)[0]), float((*numbers)[1]),
                                     float((*numbers)[2])};
-    return knob_text(knobs, name);
+    return knob_text(knob, frame);
 }
 
-ExrMetadata frame_attributes(const KnobValues& knobs, const RenderedFrame& frame, double fps) {
+ExrMetadata frame_attributes(const RenderedFrame& frame, double fps) {
     ExrMetadata metadata;
-    const DblMatrix4 to_camera = world_to_camera(frame.cameras[0]);
+    const camera& cam = frame.view.first;
+    const DblMatrix4 to_camera = world_to_camera(cam);
     metadata.world_to_camera = narrowed(to_camera);
-    if (frame.data.projection == OP_STARS_PERSPECTIVE) {
-        const camera& cam = frame.cameras[0];
+    if (frame.view.film.projection == OP_STARS_PERSPECTIVE)
         metadata.world_to_ndc =
             narrowed(to_camera * DblMatrix4::perspective(cam.focal, cam.near, cam.far) *
-                     window_to_ndc(frame.data));
-    }
+                     window_to_ndc(frame.view.film));
     metadata.frame_rate = frame_rate_of(fps);
     metadata.software = "velmora " VELMORA_VERSION;
-    for (const KnobDescription& knob : knob_descriptions())
+    for (const HostKnob* const knob : own_knobs(frame.node))
         metadata.attributes.push_back(
-            {std::string("velmora/") + knob.name, attribute_of(knobs, knob.name)});
+            {"velmora/" + knob->name(), attribute_of(*knob, frame.frame)});
     return metadata;
 }
 

@@ -10,6 +10,6 @@ namespace velmora {
 // worldToNDC (perspective only) to x and y from -1 at the left and bottom edge to 1 at the right and
 // top one. Both are those of the moment the shutter opens. Nothing depends on when or where the
 // picture was made: of the star database only the file's name is kept.
-ExrMetadata frame_attributes(const KnobValues& knobs, const RenderedFrame& frame, double fps);
+ExrMetadata frame_attributes(const RenderedFrame& frame, double fps);
 
 } // namespace velmora

@@ -1,6 +1,7 @@
 #include "tools/command.h"
 #include "tools/knobs.h"
 #include "tools/star_file.h"
+#include "tools/star_node.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -17,10 +18,13 @@ static void print_info() {
     printf("kernels    plain\n");
     printf("star file  %s\n", default_star_file().c_str());
 
+    Graph graph(plugin_path());
+    graph.set_format(default_format);
+    const DD::Image::Node& node = create_star_node(graph);
     printf("\n%-16s %-22s %s\n", "knob", "default", "takes");
-    const KnobValues defaults;
-    for (const KnobDescription& knob : knob_descriptions())
-        printf("%-16s %-22s %s\n", knob.name, knob_text(defaults, knob.name).c_str(), knob.takes);
+    for (const HostKnob* const knob : own_knobs(node))
+        printf("%-16s %-22s %s\n", knob->name().c_str(), knob_text(*knob, 1).c_str(),
+               takes_of(*knob).c_str());
 }
 
 void add_info_command(CLI::App& program) {

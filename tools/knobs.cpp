@@ -1,7 +1,9 @@
 #include "tools/knobs.h"
 
 #include "core/number.h"
-#include "stars/setup.h"
+#include "host/axis_knob.h"
+#include "host/choice_knob.h"
+#include "host/format_knob.h"
 #include "tools/failure.h"
 #include "tools/numbers.h"
 
@@ -11,182 +13,138 @@
 
 namespace velmora {
 
-const std::array<const char*, 3> projection_names = {"Perspective", "Hemispherical",
-                                                     "Azimuthal Equidistant"};
+using DD::Image::Format;
+using DD::Image::Node;
 
 // Far beyond use, and it keeps a slip of the finger from asking for gigabytes of cameras.
 static const int most_blur_segs = 10000;
+
+// The parts of the transform knob are set through it, and the host's own additions not at all.
+std::vector<HostKnob*> own_knobs(const Node& node) {
+    std::vector<HostKnob*> knobs;
+    for (const std::unique_ptr<HostKnob>& knob : node.knobs())
+        if (knob->declared() && !knob->flag(DD::Image::Knob::NODE_KNOB))
+            knobs.push_back(knob.get());
+    return knobs;
+}
+
+static HostKnob* own_knob(const Node& node, const std::string& name) {
+    for (HostKnob* const knob : own_knobs(node))
+        if (knob->name() == name)
+            return knob;
+    return nullptr;
+}
+
+// ---- from text ---------------------------------------------------------------------------------
 
 namespace {
 
 // Thrown when a text is not what a knob takes; says what that is.
 struct Refused {
-    const char* takes;
-};
-
-// One kind of knob: read from text, which may throw Refused, and told.
-struct Knob {
-    KnobDescription description;
-    void (*set)(KnobValues& values, const std::string& text);
-    KnobValue (*value)(const KnobValues& values);
+    std::string takes;
 };
 
 } // namespace
-
-static double finite_number(const std::string& text) {
-    double number;
-    if (!parse_number(text, number) || !std::isfinite(number))
-        throw Refused{"takes a number"};
-    return number;
-}
 
 static bool fits_float(double number) {
     return std::fabs(number) <= double(std::numeric_limits<float>::max());
 }
 
-template <double KnobValues::*member>
-static Knob number_knob(const char* name) {
-    return {
-        {name, "a number"},
-        [](KnobValues& values, const std::string& text) { values.*member = finite_number(text); },
-        [](const KnobValues& values) { return KnobValue(values.*member); }};
+static void set_number(HostKnob& knob, const std::string& text) {
+    double number;
+    if (!parse_number(text, number) || !std::isfinite(number))
+        throw Refused{"takes a number"};
+    knob.set_value(number, 0);
 }
 
-template <bool KnobValues::*member>
-static Knob switch_knob(const char* name) {
-    return {{name, "true or false, 1 or 0"},
-            [](KnobValues& values, const std::string& text) {
-                const bool on = text == "true" || text == "1";
-                if (!on && text != "false" && text != "0")
-                    throw Refused{"takes true or false"};
-                values.*member = on;
-            },
-            [](const KnobValues& values) { return KnobValue(values.*member); }};
+static void set_whole_number(HostKnob& knob, const std::string& text) {
+    int number;
+    if (!parse_number(text, number) || number > most_blur_segs)
+        throw Refused{"takes a whole number up to 10000"};
+    knob.set_value(number, 0);
 }
 
-static void set_format(KnobValues& values, const std::string& text) {
-    values.format = parse_format(text);
+static void set_switch(HostKnob& knob, const std::string& text) {
+    const bool on = text == "true" || text == "1";
+    if (!on && text != "false" && text != "0")
+        throw Refused{"takes true or false"};
+    knob.set_value(on, 0);
 }
 
-static KnobValue format_value(const KnobValues& values) {
-    return std::to_string(values.format.width) + "x" + std::to_string(values.format.height);
-}
-
-static void set_tint_color(KnobValues& values, const std::string& text) {
+static void set_color(HostKnob& knob, const std::string& text) {
     std::vector<double> numbers;
     if (!parse_numbers(text, numbers) || (numbers.size() != 3 && numbers.size() != 1) ||
         !std::all_of(numbers.begin(), numbers.end(), fits_float))
         throw Refused{"takes three numbers (red, green, blue) or one for all"};
-    for (std::size_t k = 0; k < 3; k++)
-        values.tint_color[k] = numbers[numbers.size() == 3 ? k : 0];
+    for (int k = 0; k < 3; k++)
+        knob.set_value(numbers[numbers.size() == 3 ? std::size_t(k) : 0], k);
 }
 
-static KnobValue tint_color_value(const KnobValues& values) {
-    return std::vector<double>(values.tint_color.begin(), values.tint_color.end());
+// "a, b or c"
+static std::string in_words(const std::vector<std::string>& items) {
+    std::string text;
+    for (std::size_t i = 0; i < items.size(); i++)
+        text += (i == 0 ? "" : i + 1 < items.size() ? ", " : " or ") + items[i];
+    return text;
 }
 
-static void set_blur_segs(KnobValues& values, const std::string& text) {
-    int segments;
-    if (!parse_number(text, segments) || segments > most_blur_segs)
-        throw Refused{"takes a whole number up to 10000"};
-    values.blur_segs = segments;
+static void set_choice(ChoiceKnob& knob, const std::string& text) {
+    int index;
+    const std::vector<std::string>& items = knob.items();
+    const bool is_item = std::find(items.begin(), items.end(), text) != items.end();
+    const bool is_index = parse_number(text, index) && index >= 0 && index < int(items.size());
+    if (!is_item && !is_index)
+        throw Refused{"takes " + in_words(items)};
+    knob.set_text(text.c_str());
 }
 
-static KnobValue blur_segs_value(const KnobValues& values) {
-    return values.blur_segs;
-}
-
-static void set_projection(KnobValues& values, const std::string& text) {
-    for (int i = 0; i < int(projection_names.size()); i++) {
-        if (text == projection_names[std::size_t(i)] || text == std::to_string(i)) {
-            values.projection = i;
-            return;
-        }
-    }
-    throw Refused{"takes Perspective, Hemispherical or Azimuthal Equidistant"};
-}
-
-static KnobValue projection_value(const KnobValues& values) {
-    return std::string(projection_names[std::size_t(values.projection)]);
-}
-
-static void set_starfile(KnobValues& values, const std::string& text) {
-    values.starfile = text;
-}
-
-static KnobValue starfile_value(const KnobValues& values) {
-    return values.starfile;
-}
-
-static void set_transform(KnobValues& values, const std::string& text) {
+static void set_axis(AxisKnob& knob, const std::string& text) {
     std::vector<double> rows;
     if (!parse_numbers(text, rows) || rows.size() != 16 ||
         !std::all_of(rows.begin(), rows.end(), fits_float))
         throw Refused{"takes sixteen numbers, the rows of a matrix for column vectors"};
+    HostMatrix columns;
     for (std::size_t row = 0; row < 4; row++)
         for (std::size_t column = 0; column < 4; column++)
-            values.transform[4 * column + row] = float(rows[4 * row + column]);
+            columns[4 * column + row] = float(rows[4 * row + column]);
+    knob.set_matrix(columns);
 }
 
-static KnobValue transform_value(const KnobValues& values) {
-    std::vector<double> rows;
-    for (std::size_t row = 0; row < 4; row++)
-        for (std::size_t column = 0; column < 4; column++)
-            rows.push_back(double(values.transform[4 * column + row]));
-    return rows;
+static void set_by_kind(HostKnob& knob, const std::string& text) {
+    switch (knob.ClassID()) {
+    case DD::Image::FORMAT_KNOB:
+        dynamic_cast<FormatKnob&>(knob).set_format(parse_format(text));
+        break;
+    case DD::Image::INT_KNOB:
+        set_whole_number(knob, text);
+        break;
+    case DD::Image::BOOL_KNOB:
+        set_switch(knob, text);
+        break;
+    case DD::Image::COLOR_KNOB:
+        set_color(knob, text);
+        break;
+    case DD::Image::ENUMERATION_KNOB:
+        set_choice(dynamic_cast<ChoiceKnob&>(knob), text);
+        break;
+    case DD::Image::AXIS_KNOB:
+        set_axis(dynamic_cast<AxisKnob&>(knob), text);
+        break;
+    case DD::Image::FILE_KNOB:
+        knob.set_text(text.c_str());
+        break;
+    default:
+        set_number(knob, text);
+    }
 }
 
-static const std::vector<Knob>& knobs() {
-    static const std::vector<Knob> all = {
-        {{"format", "<width>x<height> in pixels"}, set_format, format_value},
-        number_knob<&KnobValues::brightness>("brightness"),
-        number_knob<&KnobValues::bias>("bias"),
-        number_knob<&KnobValues::saturation>("saturation"),
-        number_knob<&KnobValues::tint_strength>("tint_strength"),
-        {{"tint_color", "three numbers, red green blue, or one"}, set_tint_color, tint_color_value},
-        number_knob<&KnobValues::lum_max>("lum_max"),
-        number_knob<&KnobValues::lum_threshold>("lum_threshold"),
-        number_knob<&KnobValues::star_size>("star_size"),
-        number_knob<&KnobValues::star_aspect>("star_aspect"),
-        {{"blur_segs", "a whole number of segments"}, set_blur_segs, blur_segs_value},
-        number_knob<&KnobValues::shutter>("shutter"),
-        number_knob<&KnobValues::shutter_offset>("shutter_offset"),
-        {{"projection", "Perspective, Hemispherical or Azimuthal Equidistant, or 0 to 2"},
-         set_projection,
-         projection_value},
-        switch_knob<&KnobValues::threed>("threed"),
-        number_knob<&KnobValues::parallax>("parallax"),
-        switch_knob<&KnobValues::anamorphic_dof>("anamorphic_dof"),
-        {{"starfile", "the path of a star database"}, set_starfile, starfile_value},
-        {{"transform", "sixteen numbers: a matrix, row by row"}, set_transform, transform_value},
-    };
-    return all;
-}
-
-static const Knob* find_knob(const std::string& name) {
-    for (const Knob& knob : knobs())
-        if (name == knob.description.name)
-            return &knob;
-    return nullptr;
-}
-
-const std::vector<KnobDescription>& knob_descriptions() {
-    static const std::vector<KnobDescription> all = [] {
-        std::vector<KnobDescription> descriptions;
-        for (const Knob& knob : knobs())
-            descriptions.push_back(knob.description);
-        return descriptions;
-    }();
-    return all;
-}
-
-void set_knob(KnobValues& values, const std::string& name, const std::string& text) {
+void set_knob(Node& node, const std::string& name, const std::string& text) {
     const std::string what = "--knob " + name + "=" + text;
-    const Knob* knob = find_knob(name);
+    HostKnob* const knob = own_knob(node, name);
     if (!knob)
         throw UsageFailure(what, "the node has no such knob (velmora info lists them)");
     try {
-        knob->set(values, text);
+        set_by_kind(*knob, text);
     } catch (const Refused& refused) {
         throw UsageFailure(what, refused.takes);
     } catch (const UsageFailure& failure) {
@@ -194,12 +152,81 @@ void set_knob(KnobValues& values, const std::string& name, const std::string& te
     }
 }
 
-KnobValue knob_value(const KnobValues& values, const std::string& name) {
-    const Knob* knob = find_knob(name);
-    return knob ? knob->value(values) : KnobValue(std::string());
+Format parse_format(const std::string& text) {
+    const std::size_t cross = text.find('x');
+    int width = 0, height = 0;
+    if (cross == std::string::npos || !parse_number(text.substr(0, cross), width) ||
+        !parse_number(text.substr(cross + 1), height) || width < 1 || height < 1)
+        throw UsageFailure("format '" + text + "'", "takes <width>x<height> in pixels");
+    return Format(width, height);
 }
 
-std::string knob_text(const KnobValues& values, const std::string& name) {
+// ---- to text -----------------------------------------------------------------------------------
+
+std::string takes_of(const HostKnob& knob) {
+    switch (knob.ClassID()) {
+    case DD::Image::FORMAT_KNOB:
+        return "<width>x<height> in pixels";
+    case DD::Image::INT_KNOB:
+        return "a whole number";
+    case DD::Image::BOOL_KNOB:
+        return "true or false, 1 or 0";
+    case DD::Image::COLOR_KNOB:
+        return "three numbers, red green blue, or one";
+    case DD::Image::ENUMERATION_KNOB: {
+        const std::vector<std::string>& items = dynamic_cast<const ChoiceKnob&>(knob).items();
+        return in_words(items) + ", or 0 to " + std::to_string(items.size() - 1);
+    }
+    case DD::Image::FILE_KNOB:
+        return "the path of a file";
+    case DD::Image::AXIS_KNOB:
+        return "sixteen numbers: a matrix, row by row";
+    default:
+        return "a number";
+    }
+}
+
+static std::string size_text(const Format& format) {
+    return std::to_string(format.width()) + "x" + std::to_string(format.height());
+}
+
+static std::vector<double> numbers_of(const HostKnob& knob, double frame) {
+    std::vector<double> numbers;
+    for (int i = 0; i < knob.size(); i++)
+        numbers.push_back(knob.get_value_at(frame, i));
+    return numbers;
+}
+
+static std::vector<double> rows_of(const AxisKnob& knob, double frame) {
+    const HostMatrix columns = knob.matrix_at(frame);
+    std::vector<double> rows;
+    for (std::size_t row = 0; row < 4; row++)
+        for (std::size_t column = 0; column < 4; column++)
+            rows.push_back(double(columns[4 * column + row]));
+    return rows;
+}
+
+KnobValue knob_value(const HostKnob& knob, double frame) {
+    switch (knob.ClassID()) {
+    case DD::Image::FORMAT_KNOB:
+        return size_text(dynamic_cast<const FormatKnob&>(knob).format());
+    case DD::Image::INT_KNOB:
+        return int(knob.get_value_at(frame, 0));
+    case DD::Image::BOOL_KNOB:
+        return knob.get_value_at(frame, 0) != 0;
+    case DD::Image::COLOR_KNOB:
+        return numbers_of(knob, frame);
+    case DD::Image::ENUMERATION_KNOB:
+    case DD::Image::FILE_KNOB:
+        return std::string(knob.get_text());
+    case DD::Image::AXIS_KNOB:
+        return rows_of(dynamic_cast<const AxisKnob&>(knob), frame);
+    default:
+        return knob.get_value_at(frame, 0);
+    }
+}
+
+std::string knob_text(const HostKnob& knob, double frame) {
     struct Text {
         std::string operator()(double number) const { return shortest_text(number); }
         std::string operator()(int number) const { return std::to_string(number); }
@@ -209,39 +236,19 @@ std::string knob_text(const KnobValues& values, const std::string& name) {
             return join_numbers(numbers);
         }
     };
-    return std::visit(Text(), knob_value(values, name));
+    return std::visit(Text(), knob_value(knob, frame));
 }
 
-Format parse_format(const std::string& text) {
-    const std::size_t cross = text.find('x');
-    Format format;
-    if (cross == std::string::npos || !parse_number(text.substr(0, cross), format.width) ||
-        !parse_number(text.substr(cross + 1), format.height) || format.width < 1 ||
-        format.height < 1)
-        throw UsageFailure("format '" + text + "'", "takes <width>x<height> in pixels");
+// ---- limits ------------------------------------------------------------------------------------
 
-    const double bytes = 16.0 * format.width * format.height;
+void check_sizes(const Node& node, double frame, const std::string& where) {
+    const auto& knob = dynamic_cast<const FormatKnob&>(*node.knob("format"));
+    const double bytes = 16.0 * knob.format().width() * knob.format().height();
     if (bytes >= 4294967296.0)
-        throw UsageFailure("format '" + text + "'",
+        throw UsageFailure(where + "format '" + size_text(knob.format()) + "'",
                            "an image takes 16 bytes per pixel and must stay below 4 GiB");
-    return format;
-}
-
-void fill_render_data(const KnobValues& values, StarRendererData& data) {
-    data.spot_width = values.star_size * values.star_aspect;
-    data.star_size = values.star_size;
-    data.lum_threshold = values.lum_threshold;
-    data.lum_max = values.lum_max;
-    data.brightness = values.brightness;
-    data.saturation = values.saturation;
-    data.bias_exponent = bias_exponent_of(values.bias);
-    data.tint_strength = values.tint_strength;
-    data.parallax = values.parallax;
-    for (int k = 0; k < 3; k++)
-        data.tint_color[k] = float(values.tint_color[std::size_t(k)]);
-    data.projection = projection_of_index(values.projection);
-    data.lines = OP_STARS_LINES_ALL;
-    data.threed = values.threed;
+    if (node.knob("blur_segs")->get_value_at(frame) > most_blur_segs)
+        throw UsageFailure(where + "blur_segs", "takes a whole number up to 10000");
 }
 
 } // namespace velmora

@@ -13,6 +13,7 @@ using namespace velmora;
 static const char* const examples = "Examples:\n"
                                     "  velmora render -o sky.exr\n"
                                     "  velmora render -F 1-100 --camera shot.chan -o sky.####.exr\n"
+                                    "  velmora render shot.nk -o sky.####.exr\n"
                                     "  velmora catalog import stars.csv.gz -o sky.velmora\n"
                                     "  velmora catalog info sky.velmora";
 
@@ -23,13 +24,14 @@ static void run(int argc, char** argv) {
     program.set_version_flag("--version", "velmora " VELMORA_VERSION);
     add_render_command(program);
     add_catalog_command(program);
+    add_script_command(program);
     add_info_command(program);
     if (argc < 2)
-        throw UsageFailure("arguments", "name a command: render, catalog or info");
+        throw UsageFailure("arguments", "name a command: render, catalog, script or info");
     const auto named = [&](const CLI::App* command) { return command->get_name() == argv[1]; };
     if (argv[1][0] != '-' && program.get_subcommands(named).empty())
         throw UsageFailure("'" + std::string(argv[1]) + "'",
-                           "is no command: there are render, catalog and info");
+                           "is no command: there are render, catalog, script and info");
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

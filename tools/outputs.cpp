@@ -6,8 +6,6 @@
 #include "tools/png_file.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <set>
 
 namespace velmora {
 
@@ -40,8 +38,28 @@ bool Outputs::has(Kind kind) const {
                        [kind](const Output& output) { return output.kind == kind; });
 }
 
+static std::string name_of_node(const std::string& pattern, const std::string& node, bool several) {
+    const std::string place = "{node}";
+    if (several && pattern.find(place) == std::string::npos)
+        throw UsageFailure(quoted(pattern), "has no {node}, and several nodes would overwrite each "
+                                            "other: --node renders one of them");
+    std::string name = pattern;
+    for (std::size_t at; (at = name.find(place)) != std::string::npos;)
+        name.replace(at, place.size(), node);
+    return name;
+}
+
+OutputOptions outputs_of_node(const OutputOptions& options, const std::string& node, bool several) {
+    OutputOptions named = options;
+    for (std::string& picture : named.pictures)
+        picture = name_of_node(picture, node, several);
+    if (!named.raw.empty())
+        named.raw = name_of_node(named.raw, node, several);
+    return named;
+}
+
 Outputs::Outputs(const OutputOptions& options, const std::vector<int>& frames,
-                 const std::vector<std::string>& inputs)
+                 const std::vector<std::string>& inputs, OutputPlaces& taken)
     : options(options) {
     for (const std::string& name : options.pictures)
         add(name, kind_of(name), frames);
@@ -54,39 +72,37 @@ Outputs::Outputs(const OutputOptions& options, const std::vector<int>& frames,
     if (options.exposure && !has(Kind::png))
         throw UsageFailure("--exposure", "is for PNG, and no .png output is named");
 
-    std::set<fs::path> places;
     std::error_code ignored;
     for (const int frame : frames) {
         for (const Output& output : outputs) {
             const std::string name = output.name.at(frame);
             check_output(name, inputs);
-            if (!places.insert(fs::weakly_canonical(fs::absolute(name), ignored)).second)
+            if (!taken.insert(fs::weakly_canonical(fs::absolute(name), ignored)).second)
                 throw UsageFailure(quoted(name), "is named twice");
         }
     }
 }
 
-std::string Outputs::encoded(const RenderedFrame& frame, Kind kind, const std::string& name,
-                             const KnobValues& knobs) const {
+std::string Outputs::encoded(const RenderedFrame& frame, Kind kind, const std::string& name) const {
     if (kind == Kind::png)
         return encode_png(frame.picture(), options.exposure.value_or(0));
     if (kind == Kind::raw)
-        return {frame.image.data,
-                std::size_t(frame.image.stride) * std::size_t(frame.image.height)};
+        return {reinterpret_cast<const char*>(frame.pixels.data()),
+                frame.pixels.size() * sizeof(float)};
 
     u64 clamped = 0;
-    std::string bytes = encode_exr(frame.picture(), frame_attributes(knobs, frame, options.fps),
-                                   options.half, clamped);
+    std::string bytes =
+        encode_exr(frame.picture(), frame_attributes(frame, options.fps), options.half, clamped);
     if (clamped > 0)
         say("warning: " + name + ": " + std::to_string(clamped) +
             " values beyond what half floats hold were clamped to 65504");
     return bytes;
 }
 
-void Outputs::write(const RenderedFrame& frame, int number, const KnobValues& knobs) const {
+void Outputs::write(const RenderedFrame& frame, int number) const {
     for (const Output& output : outputs) {
         const std::string name = output.name.at(number);
-        write_file(name, encoded(frame, output.kind, name, knobs));
+        write_file(name, encoded(frame, output.kind, name));
     }
 }
 

@@ -6,7 +6,9 @@
 #include "tools/frame_name.h"
 #include "tools/render_frame.h"
 
+#include <filesystem>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -20,15 +22,21 @@ struct OutputOptions {
     double fps = 24;                   // as EXR says
 };
 
+// The places that outputs are going to take up.
+typedef std::set<std::filesystem::path> OutputPlaces;
+
+// The options for one of several nodes: {node} in names becomes the node's name, and must be there.
+OutputOptions outputs_of_node(const OutputOptions& options, const std::string& node, bool several);
+
 class Outputs {
 public:
     // Finds out now what would go wrong for any of `frames`: names that do not differ from frame to
-    // frame or from each other, `inputs` that would be overwritten, folders that are not there.
+    // frame or from what is `taken`, `inputs` that would be overwritten, folders that are not there.
     Outputs(const OutputOptions& options, const std::vector<int>& frames,
-            const std::vector<std::string>& inputs);
+            const std::vector<std::string>& inputs, OutputPlaces& taken);
 
     // Writes every file of frame `number`; says how much half floats could not hold.
-    void write(const RenderedFrame& frame, int number, const KnobValues& knobs) const;
+    void write(const RenderedFrame& frame, int number) const;
 
 private:
     enum class Kind { exr, png, raw };
@@ -43,8 +51,7 @@ private:
     static Kind kind_of(const std::string& name);
     void add(const std::string& name, Kind kind, const std::vector<int>& frames);
     bool has(Kind kind) const;
-    std::string encoded(const RenderedFrame& frame, Kind kind, const std::string& name,
-                        const KnobValues& knobs) const;
+    std::string encoded(const RenderedFrame& frame, Kind kind, const std::string& name) const;
 };
 
 } // namespace velmora

@@ -1,6 +1,5 @@
 #include "tools/render.h"
 
-#include "stars/setup.h"
 #include "tools/failure.h"
 #include "tools/frame_range.h"
 #include "tools/jobs.h"
@@ -8,77 +7,95 @@
 #include "tools/progress.h"
 #include "tools/star_file.h"
 
-#include <set>
-
 namespace velmora {
 
-// Sets the knobs of --knob and returns their names.
-static std::set<std::string> set_given_knobs(const std::vector<std::string>& settings,
-                                             KnobValues& knobs) {
-    std::set<std::string> given;
-    for (const std::string& setting : settings) {
-        const std::size_t equals = setting.find('=');
-        if (equals == std::string::npos)
-            throw UsageFailure("--knob " + setting, "takes NAME=VALUE");
-        const std::string name = setting.substr(0, equals);
-        if (!given.insert(name).second)
-            throw UsageFailure("--knob " + setting, "the knob is given twice");
-        set_knob(knobs, name, setting.substr(equals + 1));
-    }
-    return given;
+using DD::Image::Node;
+
+namespace {
+
+// A node with its place among the outputs.
+struct Rendering {
+    std::unique_ptr<NodeRenderer> renderer;
+    std::unique_ptr<Outputs> outputs;
+};
+
+// One frame of one node.
+struct Piece {
+    const Rendering* rendering;
+    int frame;
+};
+
+} // namespace
+
+static std::vector<int> frames_of(const RenderOptions& options, const Graph& graph) {
+    if (!options.frames.empty())
+        return parse_frame_range(options.frames);
+    if (options.comp.script.empty())
+        return {1};
+    return parse_frame_range(std::to_string(graph.first_frame) + "-" +
+                             std::to_string(graph.last_frame));
 }
 
-static KnobValues knobs_of(const RenderOptions& options) {
-    KnobValues knobs;
-    const std::set<std::string> given = set_given_knobs(options.knobs, knobs);
-    const auto exclusive = [&](const char* option, bool used, const char* name) {
-        if (used && given.count(name))
-            throw UsageFailure(option, std::string("says the same as --knob ") + name);
-    };
-    exclusive("--format", !options.format.empty(), "format");
-    exclusive("--star-file", !options.star_file.empty(), "starfile");
-    exclusive("--no-camera", !options.camera.connected && options.camera.gives_view(), "transform");
+static std::vector<Rendering> renderings_of(const Comp& comp, const RenderOptions& options,
+                                            const std::vector<int>& frames) {
+    const bool several = comp.stars.size() > 1;
+    OutputPlaces taken;
+    std::vector<Rendering> renderings;
+    for (Node* const node : comp.stars) {
+        const std::string where = options.comp.script.empty() ? "" : node->name() + ": ";
+        const OutputOptions named = outputs_of_node(options.outputs, node->name(), several);
+        renderings.push_back({std::make_unique<NodeRenderer>(*node, where),
+                              std::make_unique<Outputs>(named, frames, comp.inputs, taken)});
+    }
+    return renderings;
+}
 
-    if (!options.format.empty())
-        knobs.format = parse_format(options.format);
-    if (!options.star_file.empty())
-        knobs.starfile = options.star_file;
-    else if (!given.count("starfile"))
-        knobs.starfile = default_star_file();
-    return knobs;
+// The databases must be there before anything is rendered. Returns how many stars the largest has.
+static std::size_t check_star_files(const Comp& comp) {
+    std::size_t stars = 0;
+    for (const Node* const node : comp.stars) {
+        const std::string path = node->knob("starfile")->get_text();
+        if (!path.empty())
+            stars = std::max(stars, stars_in(path));
+    }
+    return stars;
 }
 
 void render(const RenderOptions& options) {
-    KnobValues knobs = knobs_of(options);
-    const std::vector<int> frames = parse_frame_range(options.frames);
-    const Outputs outputs(options.outputs, frames, {knobs.starfile, options.camera.chan_file});
-    const Shot shot(options.camera, projection_of_index(knobs.projection));
-    if (const auto view = shot.view_without_camera())
-        knobs.transform = *view;
-    const std::unique_ptr<StarInput> stars =
-        knobs.starfile.empty() ? nullptr : open_star_file(knobs.starfile);
-    say_notes(knobs, shot);
+    const std::unique_ptr<Comp> comp = make_comp(options.comp);
+    const std::vector<int> frames = frames_of(options, comp->graph);
+    const std::vector<Rendering> renderings = renderings_of(*comp, options, frames);
+    const std::size_t stars = check_star_files(*comp);
+    for (const std::string& note : comp->notes)
+        say(note);
 
-    const auto render_one = [&](std::size_t i) {
-        const auto frame = render_frame(knobs, shot, stars.get(), frames[i]);
-        outputs.write(*frame, frames[i], knobs);
+    std::vector<Piece> pieces;
+    for (const Rendering& rendering : renderings)
+        for (const int frame : frames)
+            pieces.push_back({&rendering, frame});
+    const auto render_piece = [&](std::size_t i) {
+        const Rendering& rendering = *pieces[i].rendering;
+        const auto frame = rendering.renderer->render(pieces[i].frame);
+        if (pieces[i].frame == frames[0])
+            say_notes(frame->view);
+        rendering.outputs->write(*frame, pieces[i].frame);
     };
-    if (frames.size() == 1) {
-        render_one(0);
+    if (pieces.size() == 1) {
+        render_piece(0);
         return;
     }
 
     std::size_t failed;
     {
-        Progress progress(frames.size(), stars ? stars->count : 0);
+        Progress progress(pieces.size(), stars);
         failed = run_jobs(
-            frames.size(), options.jobs, render_one,
-            [&](std::size_t i) { return "frame " + std::to_string(frames[i]); },
+            pieces.size(), options.jobs, render_piece,
+            [&](std::size_t i) { return "frame " + std::to_string(pieces[i].frame); },
             [&] { progress.frame_done(); });
     }
     if (failed > 0)
         throw WorkFailure("render", std::to_string(failed) + " of " +
-                                        std::to_string(frames.size()) + " frames failed");
+                                        std::to_string(pieces.size()) + " frames failed");
 }
 
 } // namespace velmora

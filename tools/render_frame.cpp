@@ -1,46 +1,51 @@
 #include "tools/render_frame.h"
 
-#include "stars/setup.h"
+#include "host/scanlines.h"
+#include "tools/knobs.h"
+#include "tools/star_node.h"
 
 namespace velmora {
 
-static Kess::ImageSpec spec_of(const Format& format) {
-    return {format.width, format.height, Kess::ImageSpec::BGRA_FLOAT};
+using DD::Image::Op;
+using DD::Image::Row;
+
+Op& NodeRenderer::validated(double frame) {
+    check_sizes(node, frame, where);
+    Op& op = tree.at(frame);
+    check_cameras(op);
+    validate(op);
+    return op;
 }
 
-RenderedFrame::RenderedFrame(const KnobValues& knobs, const Shot& shot, double frame)
-    : image(spec_of(knobs.format)), data(), cameras(shot.cameras(knobs, frame)) {
-    image.make_blank();
-    fill_render_data(knobs, data);
-    shot.set_window(knobs, data);
+// The image lies in the lower left of its format's file, whose rows are counted from the bottom.
+static void put_row(const Row& row, int y, RenderedFrame& frame) {
+    const std::size_t from_top = std::size_t(frame.view.height - 1 - y);
+    float* pixel =
+        &frame.pixels[4 * (from_top * std::size_t(frame.view.width) + std::size_t(row.getLeft()))];
+    const float* const red = row[DD::Image::Chan_Red];
+    const float* const green = row[DD::Image::Chan_Green];
+    const float* const blue = row[DD::Image::Chan_Blue];
+    const float* const alpha = row[DD::Image::Chan_Alpha];
+    for (int x = row.getLeft(); x < row.getRight(); x++, pixel += 4) {
+        pixel[0] = alpha[x];
+        pixel[1] = red[x];
+        pixel[2] = green[x];
+        pixel[3] = blue[x];
+    }
 }
 
-FloatPicture RenderedFrame::picture() const {
-    return {image.width, image.height, reinterpret_cast<const float*>(image.data)};
-}
-
-namespace {
-
-// Leaves the input at its header, whatever ends the drawing, so that the next frame finds it there.
-struct Rewound {
-    StarInput& input;
-    explicit Rewound(StarInput& input) : input(input) {}
-    ~Rewound() { input.reset(); }
-};
-
-} // namespace
-
-std::unique_ptr<RenderedFrame> render_frame(const KnobValues& knobs, const Shot& shot,
-                                            StarInput* stars, double frame) {
-    auto rendered = std::make_unique<RenderedFrame>(knobs, shot, frame);
-    if (!stars)
-        return rendered;
-
-    const Rewound rewound(*stars);
-    const StarFramebuffer fb = framebuffer_of(rendered->image);
-    StarRenderer renderer(rendered->data, fb, *stars, rendered->cameras);
-    bool drew = false;
-    renderer.render_all(drew);
+std::unique_ptr<RenderedFrame> NodeRenderer::render(double frame) {
+    std::unique_ptr<RenderedFrame> rendered;
+    working_in_host([&] {
+        Op& op = validated(frame);
+        rendered.reset(new RenderedFrame{node, frame, view_of(op), {}});
+        const std::size_t pixels =
+            std::size_t(rendered->view.width) * std::size_t(rendered->view.height);
+        rendered->pixels.resize(4 * pixels);
+        const Opened opened(op);
+        pull_rows(opened.iop(), opened.iop().info(), DD::Image::Mask_RGBA, {},
+                  [&](const Row& row, int y, int, int) { put_row(row, y, *rendered); });
+    });
     return rendered;
 }
 

@@ -1,30 +1,43 @@
-// One frame: the knobs and the sampled camera go to the renderer, a picture comes back.
+// One node rendered through the host, frame by frame.
 //
 // Shapes:    four floats per pixel, alpha, red, green, blue, rows top first; alpha stays 0.
-// Errors:    what the renderer throws.
+// Errors:    WorkFailure, UsageFailure for sizes that take the machine's memory, and what the renderer
+//            throws.
 #pragma once
 
-#include "kessimage/image.h"
+#include "host/op_tree.h"
 #include "tools/float_picture.h"
-#include "tools/shot.h"
+#include "tools/view.h"
 
 #include <memory>
+#include <vector>
 
 namespace velmora {
 
 struct RenderedFrame {
-    Kess::Image image;
-    StarRendererData data;
-    Array<camera> cameras; // one per sample, in the order of time
+    const DD::Image::Node& node;
+    double frame;
+    View view;
+    std::vector<float> pixels;
 
-    RenderedFrame(const KnobValues& knobs, const Shot& shot, double frame);
-
-    FloatPicture picture() const;
+    FloatPicture picture() const { return {view.width, view.height, pixels.data()}; }
 };
 
-// Draws the whole of `stars`, which stands at its header before and after; without stars (null) the
-// frame is black.
-std::unique_ptr<RenderedFrame> render_frame(const KnobValues& knobs, const Shot& shot,
-                                            StarInput* stars, double frame);
+class NodeRenderer {
+public:
+    // `where`, "" or "<node>: ", stands before what is wrong with the node's knobs.
+    explicit NodeRenderer(DD::Image::Node& node, const std::string& where = "")
+        : node(node), where(where), tree(node) {}
+
+    // Every row comes through the node's engine. The star database stays open from frame to frame.
+    std::unique_ptr<RenderedFrame> render(double frame);
+
+private:
+    DD::Image::Node& node;
+    std::string where;
+    OpTree tree;
+
+    DD::Image::Op& validated(double frame);
+};
 
 } // namespace velmora

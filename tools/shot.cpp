@@ -1,26 +1,33 @@
 #include "tools/shot.h"
 
+#include "host/chan.h"
 #include "host/lens.h"
+#include "host/number_knob.h"
+#include "host/transform.h"
 #include "stars/setup.h"
 #include "tools/failure.h"
-#include "tools/numbers.h"
+#include "tools/star_node.h"
 
-#include <algorithm>
 #include <cmath>
+#include <memory>
 
 namespace velmora {
 
-// The host's camera as it is made.
-static const double default_focal = 50;
-static const double default_horizontal_aperture = 24.576;
-static const double default_vertical_aperture = 18.672;
+using DD::Image::Node;
+
+// ---- what does not go together -----------------------------------------------------------------
+
+bool CameraOptions::given() const {
+    return !connected || !chan_file.empty() || focal || horizontal_aperture || vertical_aperture ||
+           fov || gives_view();
+}
 
 static void check_positive(const char* option, const std::optional<double>& value) {
     if (value && !(*value > 0))
         throw UsageFailure(option, "must be above 0");
 }
 
-static void check_lens(const CameraOptions& options, op_stars_projection projection) {
+static void check_lens(const CameraOptions& options, const Node& stars) {
     check_positive("--focal", options.focal);
     check_positive("--haperture", options.horizontal_aperture);
     check_positive("--vaperture", options.vertical_aperture);
@@ -28,7 +35,8 @@ static void check_lens(const CameraOptions& options, op_stars_projection project
         return;
     if (!(*options.fov > 0 && *options.fov < 180))
         throw UsageFailure("--fov", "must lie between 0 and 180 degrees");
-    if (projection != OP_STARS_PERSPECTIVE)
+    const int projection = int(stars.knob("projection")->get_value_at(0, 0));
+    if (projection_of_index(projection) != OP_STARS_PERSPECTIVE)
         throw UsageFailure("--fov", "is for the perspective projection only");
     if (options.focal)
         throw UsageFailure("--fov", "says the same as --focal");
@@ -64,89 +72,80 @@ static void check_connected(const CameraOptions& options) {
             "leaves nothing for --camera, --focal, --fov, --haperture or --vaperture");
 }
 
-static Chan read_chan(const std::string& path) {
+// ---- the camera --------------------------------------------------------------------------------
+
+static void set_three(Node& node, const char* name, const std::vector<double>& numbers) {
+    for (std::size_t i = 0; i < numbers.size(); i++)
+        node.knob(name)->set_value(numbers[i], int(i));
+}
+
+static void set_one(Node& node, const char* name, const std::optional<double>& number) {
+    if (number)
+        node.knob(name)->set_value(*number);
+}
+
+// The parts of an axis are the same for a camera and for the node's own transform.
+static void set_view(Node& node, const CameraOptions& options) {
+    set_three(node, "translate", options.translate);
+    set_three(node, "rotate", options.rotate);
+    if (options.look_at.empty())
+        return;
+    const double roll = options.look_at.size() > 2 ? options.look_at[2] : 0;
+    const auto rotate = look_at_rotation(options.look_at[0], options.look_at[1], roll);
+    set_three(node, "rotate", {rotate.begin(), rotate.end()});
+}
+
+static std::shared_ptr<const Chan> read_chan(const std::string& path) {
     try {
-        return Chan::read(path);
+        return std::make_shared<Chan>(Chan::read(path));
     } catch (const ChanError& error) {
         throw WorkFailure(error.where, error.why);
     }
 }
 
-static Transform transform_of(const CameraOptions& options) {
-    Transform transform;
-    if (!options.translate.empty())
-        std::copy_n(options.translate.begin(), 3, transform.translate.begin());
-    if (!options.rotate.empty())
-        std::copy_n(options.rotate.begin(), 3, transform.rotate.begin());
-    if (!options.look_at.empty())
-        transform.rotate = look_at_rotation(options.look_at[0], options.look_at[1],
-                                            options.look_at.size() > 2 ? options.look_at[2] : 0);
-    return transform;
+static NumberKnob& number_knob(const Node& node, const char* name) {
+    return dynamic_cast<NumberKnob&>(*node.knob(name));
 }
 
-Shot::Shot(const CameraOptions& options, op_stars_projection projection)
-    : connected(options.connected), gives_view(options.gives_view()),
-      horizontal_aperture(options.horizontal_aperture.value_or(default_horizontal_aperture)),
-      vertical_aperture(options.vertical_aperture.value_or(default_vertical_aperture)),
-      fixed_focal(options.focal) {
-    check_lens(options, projection);
+// The camera moves as the file says. A lens given outright holds against the file's.
+static void follow(Node& camera, const std::string& path, bool with_lens) {
+    const std::shared_ptr<const Chan> chan = read_chan(path);
+    for (std::size_t i = 0; i < 3; i++) {
+        number_knob(camera, "translate").follow(int(i), [chan, i](double time) {
+            return chan->sample(time).transform.translate[i];
+        });
+        number_knob(camera, "rotate").follow(int(i), [chan, i](double time) {
+            return chan->sample(time).transform.rotate[i];
+        });
+    }
+    if (!chan->has_vfov() || !with_lens)
+        return;
+    const double aperture = camera.knob("vaperture")->get_value_at(0, 0);
+    number_knob(camera, "focal").follow(0, [chan, aperture](double time) {
+        return focal_of_fov(*chan->sample(time).vfov, aperture);
+    });
+}
+
+void add_camera(Graph& graph, Node& stars, const CameraOptions& options) {
+    check_lens(options, stars);
     check_view(options);
     check_connected(options);
-    still = transform_of(options);
-    if (options.fov)
-        fixed_focal = focal_of_fov(*options.fov, horizontal_aperture);
-    if (!options.chan_file.empty())
-        chan = read_chan(options.chan_file);
-}
-
-std::optional<HostMatrix> Shot::view_without_camera() const {
-    if (connected || !gives_view)
-        return std::nullopt;
-    return still.matrix();
-}
-
-// The host's matrices are of floats, which hold no more than 3e38.
-static void check_finite(const HostMatrix& matrix, double time) {
-    for (const float element : matrix)
-        if (!std::isfinite(element))
-            throw WorkFailure("camera at frame " + shortest_text(time),
-                              "is placed too far away to be computed");
-}
-
-CameraSample Shot::sample(double time) const {
-    CameraSample sample{still.matrix(), fixed_focal.value_or(default_focal)};
-    if (!chan)
-        return sample;
-    const ChanSample line = chan->sample(time);
-    sample.to_world = line.transform.matrix();
-    // A lens given outright holds against the file's.
-    if (line.vfov && !fixed_focal)
-        sample.focal = focal_of_fov(*line.vfov, vertical_aperture);
-    return sample;
-}
-
-Array<camera> Shot::cameras(const KnobValues& knobs, double frame) const {
-    Array<camera> cameras;
-    for (int n = 0; n < camera_samples(knobs.blur_segs); n++) {
-        if (!connected) {
-            cameras.append(camera_of_host(knobs.transform.data(), focal_without_camera));
-            continue;
-        }
-        const double time =
-            sample_time(frame, n, knobs.blur_segs, knobs.shutter, knobs.shutter_offset);
-        const CameraSample at = sample(time);
-        const HostMatrix to_world = multiply(at.to_world.data(), knobs.transform.data());
-        check_finite(to_world, time);
-        cameras.append(camera_of_host(to_world.data(), at.focal));
+    if (!options.connected) {
+        if (options.gives_view())
+            set_view(stars, options);
+        return;
     }
-    return cameras;
-}
-
-void Shot::set_window(const KnobValues& knobs, StarRendererData& data) const {
-    if (connected)
-        set_film_window(data, horizontal_aperture, vertical_aperture);
-    else
-        set_default_film_window(data, knobs.format.width, knobs.format.height);
+    Node& camera = graph.create("Camera2");
+    set_one(camera, "haperture", options.horizontal_aperture);
+    set_one(camera, "vaperture", options.vertical_aperture);
+    set_one(camera, "focal", options.focal);
+    if (options.fov)
+        set_one(camera, "focal",
+                focal_of_fov(*options.fov, camera.knob("haperture")->get_value_at(0, 0)));
+    set_view(camera, options);
+    if (!options.chan_file.empty())
+        follow(camera, options.chan_file, !options.focal && !options.fov);
+    stars.set_input(star_camera_input, &camera);
 }
 
 } // namespace velmora

@@ -1,22 +1,24 @@
 #include "tools/star_file.h"
 
 #include "catalog/database_file.h"
+#include "stars/starfile.h"
 #include "tools/catalog_failure.h"
-
-#include <filesystem>
 
 namespace velmora {
 
-std::string default_star_file() {
+std::filesystem::path program_prefix() {
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
-    const std::filesystem::path prefix = program.parent_path().parent_path();
-    return (prefix / "share" / "velmora" / "stars.velmora").string();
+    return program.parent_path().parent_path();
 }
 
-std::unique_ptr<StarInput> open_star_file(const std::string& path) {
+std::string default_star_file() {
+    return (program_prefix() / "share" / "velmora" / "stars.velmora").string();
+}
+
+std::size_t stars_in(const std::string& path) {
     return working_on(path, [&] {
         check_star_database(path);
-        return std::unique_ptr<StarInput>(op_stars_file_input(path.c_str()));
+        return std::size_t(std::filesystem::file_size(path)) / sizeof(star) - 1;
     });
 }
 

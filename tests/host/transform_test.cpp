@@ -75,40 +75,6 @@ TEST(Transform, KeepsTheTranslationInTheLastColumn) {
     EXPECT_EQ(m, expected);
 }
 
-TEST(Multiply, AppliesTheRightMatrixFirst) {
-    const HostMatrix scale = {2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 4, 0, 0, 0, 0, 1};
-    const HostMatrix move = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 5, 6, 7, 1};
-    const HostMatrix moved_then_scaled = {2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 4, 0, 10, 18, 28, 1};
-    const HostMatrix scaled_then_moved = {2, 0, 0, 0, 0, 3, 0, 0, 0, 0, 4, 0, 5, 6, 7, 1};
-    EXPECT_EQ(multiply(scale.data(), move.data()), moved_then_scaled);
-    EXPECT_EQ(multiply(move.data(), scale.data()), scaled_then_moved);
-}
-
-TEST(Multiply, TakesRowsByColumnsInAllSixteenPlaces) {
-    // Of matrices p qᵀ and r sᵀ the product is (q · r) p sᵀ, in whole numbers without rounding.
-    HostMatrix left, right, expected;
-    const float p[4] = {1, 2, 3, 5}, q[4] = {1, -1, 2, 4}, r[4] = {3, 1, 2, -1},
-                s[4] = {2, 7, 1, 8};
-    const float dot = 1 * 3 - 1 * 1 + 2 * 2 - 4 * 1; // q · r
-    for (std::size_t column = 0; column < 4; column++) {
-        for (std::size_t row = 0; row < 4; row++) {
-            left[4 * column + row] = p[row] * q[column];
-            right[4 * column + row] = r[row] * s[column];
-            expected[4 * column + row] = p[row] * dot * s[column];
-        }
-    }
-    EXPECT_EQ(multiply(left.data(), right.data()), expected);
-}
-
-TEST(Multiply, AddsFromTheFirstProductToTheLastInSinglePrecision) {
-    // In float 1e8 + 1 is 1e8, so only this order leaves the last 1.
-    HostMatrix a = {}, b = {};
-    for (const std::size_t k : {0u, 1u, 2u, 3u})
-        b[k] = 1;
-    a[0] = 1e8f, a[4] = 1, a[8] = -1e8f, a[12] = 1;
-    EXPECT_EQ(multiply(a.data(), b.data())[0], 1);
-}
-
 // Where the host's world has the star at (ra, dec).
 static Point in_the_sky(double ra, double dec) {
     return {std::cos(dec * degree) * std::cos(ra * degree), std::sin(dec * degree),

@@ -23,7 +23,7 @@ TEST_F(Info, ListsTheKnobsInTheNodesOrder) {
     EXPECT_EQ(lines[7], "knob             default                takes");
     EXPECT_EQ(lines[8], "format           1920x1080              <width>x<height> in pixels");
     EXPECT_EQ(lines[15], "lum_threshold    0.0001                 a number");
-    EXPECT_EQ(lines[18], "blur_segs        1                      a whole number of segments");
+    EXPECT_EQ(lines[18], "blur_segs        1                      a whole number");
     EXPECT_EQ(lines[22], "threed           true                   true or false, 1 or 0");
     EXPECT_EQ(lines[26].substr(0, 17), "transform        ");
 }

@@ -1,35 +1,51 @@
 #include "tools/knobs.h"
 
+#include "host/axis_knob.h"
 #include "tools/failure.h"
+#include "tools/star_node.h"
 
 #include <gtest/gtest.h>
 
 using namespace velmora;
 
-static std::string failure_of(const std::string& name, const std::string& text) {
-    KnobValues values;
-    try {
-        set_knob(values, name, text);
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.status, EXIT_USAGE);
-        return failure.what();
-    }
-    return "no failure";
-}
+// The node of the plug-in, in a comp of the command line's format.
+class Knobs : public testing::Test {
+protected:
+    Graph graph{plugin_path()};
+    DD::Image::Node& node = create_star_node(graph);
 
-TEST(Knobs, StandInTheOrderOfTheNodesPanel) {
+    Knobs() { graph.set_format(default_format); }
+
+    std::string text_of(const char* name) const { return knob_text(*node.knob(name), 1); }
+    double number_of(const char* name, int i = 0) const {
+        return node.knob(name)->get_value_at(1, i);
+    }
+
+    std::string failure_of(const std::string& name, const std::string& text) {
+        try {
+            set_knob(node, name, text);
+        } catch (const Failure& failure) {
+            EXPECT_EQ(failure.status, EXIT_USAGE);
+            return failure.what();
+        }
+        return "no failure";
+    }
+};
+
+TEST_F(Knobs, StandInTheOrderOfTheNodesPanel) {
     const char* const names[] = {
         "format",     "brightness",     "bias",           "saturation", "tint_strength",
         "tint_color", "lum_max",        "lum_threshold",  "star_size",  "star_aspect",
         "blur_segs",  "shutter",        "shutter_offset", "projection", "threed",
         "parallax",   "anamorphic_dof", "starfile",       "transform",
     };
-    ASSERT_EQ(knob_descriptions().size(), std::size(names));
+    const std::vector<HostKnob*> knobs = own_knobs(node);
+    ASSERT_EQ(knobs.size(), std::size(names));
     for (std::size_t i = 0; i < std::size(names); i++)
-        EXPECT_STREQ(knob_descriptions()[i].name, names[i]);
+        EXPECT_EQ(knobs[i]->name(), names[i]);
 }
 
-TEST(Knobs, HaveTheNodesDefaults) {
+TEST_F(Knobs, HaveTheNodesDefaults) {
     const std::pair<const char*, const char*> defaults[] = {
         {"format", "1920x1080"},
         {"brightness", "5"},
@@ -51,12 +67,11 @@ TEST(Knobs, HaveTheNodesDefaults) {
         {"starfile", ""},
         {"transform", "1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1"},
     };
-    const KnobValues values;
     for (const auto& [name, text] : defaults)
-        EXPECT_EQ(knob_text(values, name), text) << name;
+        EXPECT_EQ(text_of(name), text) << name;
 }
 
-TEST(Knobs, ReadBackTheTextThatTheyGive) {
+TEST_F(Knobs, ReadBackTheTextThatTheyGive) {
     const std::pair<const char*, const char*> settings[] = {
         {"format", "640x360"},
         {"brightness", "0.1"},
@@ -78,37 +93,35 @@ TEST(Knobs, ReadBackTheTextThatTheyGive) {
         {"starfile", "a b/c=d.velmora"},
         {"transform", "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16"},
     };
-    KnobValues values;
     for (const auto& [name, text] : settings) {
-        set_knob(values, name, text);
-        EXPECT_EQ(knob_text(values, name), text) << name;
+        set_knob(node, name, text);
+        EXPECT_EQ(text_of(name), text) << name;
     }
 }
 
-TEST(Knobs, TakeTheirOtherSpellings) {
-    KnobValues values;
-    set_knob(values, "projection", "1");
-    EXPECT_EQ(values.projection, 1);
-    set_knob(values, "threed", "0");
-    EXPECT_FALSE(values.threed);
-    set_knob(values, "tint_color", "{1, 0.5,0}");
-    EXPECT_EQ(values.tint_color, (std::array<double, 3>{1, 0.5, 0}));
-    set_knob(values, "tint_color", "0.75");
-    EXPECT_EQ(values.tint_color, (std::array<double, 3>{0.75, 0.75, 0.75}));
-    set_knob(values, "brightness", "+3");
-    EXPECT_EQ(values.brightness, 3);
+TEST_F(Knobs, TakeTheirOtherSpellings) {
+    set_knob(node, "projection", "1");
+    EXPECT_EQ(text_of("projection"), "Hemispherical");
+    set_knob(node, "threed", "0");
+    EXPECT_EQ(text_of("threed"), "false");
+    set_knob(node, "tint_color", "{1, 0.5,0}");
+    EXPECT_EQ(text_of("tint_color"), "1 0.5 0");
+    set_knob(node, "tint_color", "0.75");
+    EXPECT_EQ(text_of("tint_color"), "0.75 0.75 0.75");
+    set_knob(node, "brightness", "+3");
+    EXPECT_EQ(number_of("brightness"), 3);
 }
 
-TEST(Knobs, KeepTheTransformColumnByColumn) {
-    KnobValues values;
-    set_knob(values, "transform", "1 0 0 7  0 1 0 8  0 0 1 9  0 0 0 1");
-    EXPECT_EQ(values.transform[12], 7);
-    EXPECT_EQ(values.transform[13], 8);
-    EXPECT_EQ(values.transform[14], 9);
-    EXPECT_EQ(values.transform[3], 0);
+// In memory the host's matrices stand column by column.
+TEST_F(Knobs, TakeTheTransformRowByRow) {
+    set_knob(node, "transform", "1 0 0 7  0 1 0 8  0 0 1 9  0 0 0 1");
+    EXPECT_EQ(number_of("transform", 12), 7);
+    EXPECT_EQ(number_of("transform", 13), 8);
+    EXPECT_EQ(number_of("transform", 14), 9);
+    EXPECT_EQ(number_of("transform", 3), 0);
 }
 
-TEST(Knobs, SayWhatTheyTakeInstead) {
+TEST_F(Knobs, SayWhatTheyTakeInstead) {
     const char* const number = "takes a number";
     const struct {
         const char *name, *text;
@@ -141,7 +154,7 @@ TEST(Knobs, SayWhatTheyTakeInstead) {
                   "--knob " + std::string(c.name) + "=" + c.text + ": " + c.why);
 }
 
-TEST(Knobs, RefuseAFormatThatIsNone) {
+TEST_F(Knobs, RefuseAFormatThatIsNone) {
     for (const char* text : {"", "x", "1920", "1920x", "x1080", "0x10", "10x0", "-5x5", "1.5x2",
                              "1920X1080", "1920x1080x1", "99999999999x1"}) {
         try {
@@ -155,10 +168,12 @@ TEST(Knobs, RefuseAFormatThatIsNone) {
 }
 
 // 16 bytes per pixel, counted in 32 bits: 2^28 pixels are one too many.
-TEST(Knobs, RefuseAFormatWhoseBytesWrap) {
-    EXPECT_EQ(parse_format("16384x16383").height, 16383);
+TEST_F(Knobs, RefuseAFormatWhoseBytesWrap) {
+    set_knob(node, "format", "16384x16383");
+    check_sizes(node, 1, "");
+    set_knob(node, "format", "16384x16384");
     try {
-        parse_format("16384x16384");
+        check_sizes(node, 1, "");
         FAIL();
     } catch (const Failure& failure) {
         EXPECT_STREQ(failure.what(), "format '16384x16384': an image takes 16 bytes per pixel and "
@@ -166,28 +181,12 @@ TEST(Knobs, RefuseAFormatWhoseBytesWrap) {
     }
 }
 
-TEST(Knobs, FillTheRenderersParameters) {
-    KnobValues values;
-    values.star_size = 3;
-    values.star_aspect = 0.5;
-    values.bias = 4;
-    values.tint_color = {0.1, 0.2, 0.3};
-    values.projection = 2;
-    values.threed = false;
-    StarRendererData data;
-    fill_render_data(values, data);
-    EXPECT_EQ(data.spot_width, 1.5);
-    EXPECT_EQ(data.star_size, 3);
-    EXPECT_EQ(data.lum_threshold, 0.0001);
-    EXPECT_EQ(data.lum_max, 0.5);
-    EXPECT_EQ(data.brightness, 5);
-    EXPECT_EQ(data.saturation, 0.4);
-    EXPECT_EQ(data.bias_exponent, 0.25);
-    EXPECT_EQ(data.tint_strength, 0);
-    EXPECT_EQ(data.parallax, 100);
-    EXPECT_EQ(data.tint_color[0], 0.1f);
-    EXPECT_EQ(data.tint_color[2], 0.3f);
-    EXPECT_EQ(data.projection, OP_STARS_AZIMUTHAL_EQUIDISTANT);
-    EXPECT_EQ(data.lines, OP_STARS_LINES_ALL);
-    EXPECT_FALSE(data.threed);
+TEST_F(Knobs, RefuseMoreSegmentsThanAnybodyUses) {
+    node.knob("blur_segs")->set_value(10001);
+    try {
+        check_sizes(node, 1, "Stars1: ");
+        FAIL();
+    } catch (const Failure& failure) {
+        EXPECT_STREQ(failure.what(), "Stars1: blur_segs: takes a whole number up to 10000");
+    }
 }

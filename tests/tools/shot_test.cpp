@@ -1,81 +1,99 @@
 #include "tools/shot.h"
 
+#include "host/op_tree.h"
+#include "host/scanlines.h"
+#include "host/transform.h"
 #include "stars/setup.h"
+#include "tests/scratch_folder.h"
+#include "tools/star_node.h"
+#include "tools/view.h"
 
+#include <DDImage/CameraOp.h>
 #include <gtest/gtest.h>
 
 using namespace velmora;
+using DD::Image::CameraOp;
+
+// A node of ours with the camera that the options ask for.
+class Shot : public testing::Test {
+protected:
+    Graph graph{plugin_path()};
+    DD::Image::Node& stars = create_star_node(graph);
+    OpTree tree{stars};
+
+    Shot() { graph.set_format(default_format); }
+
+    View view_at(double frame) {
+        DD::Image::Op& op = tree.at(frame);
+        validate(op);
+        return view_of(op);
+    }
+
+    std::vector<const CameraOp*> cameras_at(double frame) {
+        DD::Image::Op& op = tree.at(frame);
+        validate(op);
+        std::vector<const CameraOp*> cameras;
+        for (int n = 0; n < op.split_input(star_camera_input); n++)
+            cameras.push_back(dynamic_cast<const CameraOp*>(op.Op::input(star_camera_input, n)));
+        return cameras;
+    }
+};
 
 // The node samples at frame + n · shutter / segments + offset; a .chan file whose x is the frame
 // shows the times.
-TEST(Shot, SamplesTheFileAtTheTimesOfTheShutter) {
-    const std::string path = testing::TempDir() + "/shot_test.chan";
-    FILE* file = fopen(path.c_str(), "w");
-    ASSERT_TRUE(file);
-    fputs("0 0 0 0 0 0 0\n100 100 0 0 0 0 0\n", file);
-    fclose(file);
-
-    KnobValues knobs;
-    knobs.blur_segs = 3;
-    knobs.shutter = 0.75;
-    knobs.shutter_offset = -0.5;
+TEST_F(Shot, SamplesTheFileAtTheTimesOfTheShutter) {
+    const ScratchFolder folder;
+    folder.write("shot.chan", "0 0 0 0 0 0 0\n100 100 0 0 0 0 0\n");
     CameraOptions options;
-    options.chan_file = path;
-    const Shot shot(options, OP_STARS_PERSPECTIVE);
-    remove(path.c_str());
+    options.chan_file = folder.file("shot.chan");
+    stars.knob("blur_segs")->set_value(3);
+    stars.knob("shutter")->set_value(0.75);
+    stars.knob("shutter_offset")->set_value(-0.5);
+    add_camera(graph, stars, options);
 
-    const Array<camera> cameras = shot.cameras(knobs, 10);
-    ASSERT_EQ(cameras.len(), 4u);
-    // World to camera moves by the opposite way.
-    const double times[] = {9.5, 9.75, 10, 10.25};
-    for (uword i = 0; i < 4; i++)
-        EXPECT_EQ(cameras[i].matrix(3, 0), -times[i]);
+    const std::vector<const CameraOp*> cameras = cameras_at(10);
+    ASSERT_EQ(cameras.size(), 4u);
+    const float times[] = {9.5f, 9.75f, 10, 10.25f};
+    for (std::size_t i = 0; i < 4; i++)
+        EXPECT_EQ(cameras[i]->matrix().a03, times[i]);
 
-    knobs.blur_segs = 0;
-    EXPECT_EQ(shot.cameras(knobs, 10)[0].matrix(3, 0), -10); // the offset takes no part
+    stars.knob("blur_segs")->set_value(0);
+    EXPECT_EQ(cameras_at(10)[0]->matrix().a03, 10); // the offset takes no part
 }
 
-TEST(Shot, IsTheHostsDefaultCameraWhenNothingIsSaid) {
-    KnobValues knobs;
-    const Shot shot(CameraOptions(), OP_STARS_PERSPECTIVE);
-    const Array<camera> cameras = shot.cameras(knobs, 1);
-    ASSERT_EQ(cameras.len(), 2u);
-    EXPECT_EQ(cameras[0].focal, 50);
-    EXPECT_EQ(cameras[0].near, double(0.1f));
-    EXPECT_EQ(cameras[0].far, -1);
-    StarRendererData data;
-    shot.set_window(knobs, data);
-    EXPECT_EQ(data.left, -12.288);
-    EXPECT_EQ(data.right, 12.288);
-    EXPECT_EQ(data.bottom, -9.336);
-    EXPECT_EQ(data.top, 9.336);
+TEST_F(Shot, IsTheHostsDefaultCameraWhenNothingIsSaid) {
+    add_camera(graph, stars, {});
+    EXPECT_EQ(cameras_at(1).size(), 2u);
+    const View view = view_at(1);
+    EXPECT_EQ(view.first.focal, 50);
+    EXPECT_EQ(view.first.near, double(0.1f));
+    EXPECT_EQ(view.first.far, -1);
+    EXPECT_EQ(view.film.left, -12.288);
+    EXPECT_EQ(view.film.right, 12.288);
+    EXPECT_EQ(view.film.bottom, -9.336);
+    EXPECT_EQ(view.film.top, 9.336);
 }
 
-TEST(Shot, WithoutACameraHasTheWindowOfTheFormat) {
-    KnobValues knobs;
-    knobs.format = {1920, 1080};
+TEST_F(Shot, WithoutACameraHasTheWindowOfTheFormat) {
     CameraOptions options;
     options.connected = false;
-    const Shot shot(options, OP_STARS_PERSPECTIVE);
-    StarRendererData data;
-    shot.set_window(knobs, data);
-    EXPECT_EQ(data.left, -1920.0 / 1080.0);
-    EXPECT_EQ(data.right, 1920.0 / 1080.0);
-    EXPECT_EQ(data.bottom, -1);
-    EXPECT_EQ(data.top, 1);
-    EXPECT_EQ(shot.cameras(knobs, 1)[0].focal, 3.200000047683716);
+    add_camera(graph, stars, options);
+    const View view = view_at(1);
+    EXPECT_EQ(view.film.left, -1920.0 / 1080.0);
+    EXPECT_EQ(view.film.right, 1920.0 / 1080.0);
+    EXPECT_EQ(view.film.bottom, -1);
+    EXPECT_EQ(view.film.top, 1);
+    EXPECT_EQ(view.first.focal, 3.200000047683716);
 }
 
 // The camera stands left of the knob's transform in the product: it moves what the knob has turned.
-TEST(Shot, MultipliesTheTransformKnobOntoTheCamera) {
-    KnobValues knobs;
-    knobs.blur_segs = 0;
-    knobs.transform = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 5, 0, 0, 1}; // five along its own x
+TEST_F(Shot, MultipliesTheTransformKnobOntoTheCamera) {
     CameraOptions options;
     options.rotate = {0, 90, 0}; // whose x then points along the world's -z
     options.translate = {1, 2, 3};
-    const Shot shot(options, OP_STARS_PERSPECTIVE);
-    const camera cam = shot.cameras(knobs, 1)[0];
+    stars.knob("translate")->set_value(5, 0); // five along its own x
+    add_camera(graph, stars, options);
+    const camera cam = view_at(1).first;
 
     // The camera's place in the host's world is (1, 2, 3 - 5); the renderer reverses z.
     const double place[4] = {1, 2, 2, 1};
@@ -87,18 +105,23 @@ TEST(Shot, MultipliesTheTransformKnobOntoTheCamera) {
     }
 }
 
-TEST(Shot, LeavesTheViewToTheKnobWithoutACamera) {
+TEST_F(Shot, LeavesTheViewToTheKnobWithoutACamera) {
     CameraOptions options;
     options.connected = false;
     options.look_at = {120, 30, 10};
-    const Shot shot(options, OP_STARS_PERSPECTIVE);
+    add_camera(graph, stars, options);
     Transform expected;
     expected.rotate = look_at_rotation(120, 30, 10);
-    EXPECT_EQ(shot.view_without_camera(), expected.matrix());
+    const HostMatrix matrix = expected.matrix();
+    for (int i = 0; i < 16; i++)
+        EXPECT_EQ(stars.knob("transform")->get_value_at(1, i), double(matrix[std::size_t(i)]));
+    EXPECT_EQ(stars.input(star_camera_input), nullptr);
+}
 
-    options.look_at.clear();
-    EXPECT_FALSE(Shot(options, OP_STARS_PERSPECTIVE).view_without_camera());
-    options.connected = true;
+TEST_F(Shot, LeavesTheKnobAloneWithACamera) {
+    CameraOptions options;
     options.look_at = {120, 30};
-    EXPECT_FALSE(Shot(options, OP_STARS_PERSPECTIVE).view_without_camera());
+    add_camera(graph, stars, options);
+    EXPECT_FALSE(stars.knob("rotate")->not_default());
+    EXPECT_TRUE(stars.input(star_camera_input)->knob("rotate")->not_default());
 }

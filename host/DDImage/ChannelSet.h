@@ -1,0 +1,83 @@
+// A set of channels.
+//
+// Shapes:    walked in the order of the channels' numbers: foreach(z, channels) { ... }
+#pragma once
+
+#include <DDImage/Channel.h>
+#include <DDImage/Hash.h>
+
+#include <bitset>
+
+namespace DD::Image {
+
+// Sets by one bit per channel, that of channel 1 lowest.
+enum ChannelSetInit {
+    Mask_None = 0,
+    Mask_Red = 1,
+    Mask_Green = 2,
+    Mask_Blue = 4,
+    Mask_RGB = 7,
+    Mask_Alpha = 8,
+    Mask_RGBA = 15,
+    Mask_Z = 16,
+    Mask_All = -1, // every channel there can be
+};
+
+class DDImage_API ChannelSet {
+public:
+    ChannelSet() {}
+    ChannelSet(ChannelSetInit init);
+    ChannelSet(Channel channel) { insert(channel); }
+    ChannelSet(const Channel* channels, int count);
+
+    bool empty() const { return members.none(); }
+    bool all() const { return members.count() == std::size_t(Chan_Last); }
+    explicit operator bool() const { return !empty(); }
+    unsigned size() const { return unsigned(members.count()); }
+
+    // The first channel, and the one behind `channel`; Chan_Black at the end.
+    Channel first() const { return next(Chan_Black); }
+    Channel next(Channel channel) const;
+
+    // Chan_Black is never a member.
+    void insert(Channel channel) {
+        if (channel > Chan_Black && channel <= Chan_Last)
+            members.set(channel);
+    }
+    void insert(const ChannelSet& set) { members |= set.members; }
+    void erase(Channel channel) {
+        if (channel > Chan_Black && channel <= Chan_Last)
+            members.reset(channel);
+    }
+    void erase(const ChannelSet& set) { members &= ~set.members; }
+    void clear() { members.reset(); }
+    bool contains(Channel channel) const {
+        return channel > Chan_Black && channel <= Chan_Last && members.test(channel);
+    }
+    bool contains(const ChannelSet& set) const { return (set.members & ~members).none(); }
+
+    // A single channel and the sets of ChannelSetInit convert.
+    ChannelSet& operator+=(const ChannelSet& set) { return insert(set), *this; }
+    ChannelSet& operator-=(const ChannelSet& set) { return erase(set), *this; }
+    ChannelSet& operator&=(const ChannelSet& set) { return members &= set.members, *this; }
+    ChannelSet operator+(const ChannelSet& set) const { return ChannelSet(*this) += set; }
+    ChannelSet operator-(const ChannelSet& set) const { return ChannelSet(*this) -= set; }
+    ChannelSet operator&(const ChannelSet& set) const { return ChannelSet(*this) &= set; }
+    bool operator==(const ChannelSet& set) const { return members == set.members; }
+    bool operator!=(const ChannelSet& set) const { return members != set.members; }
+
+    // Some total order, for containers.
+    bool operator<(const ChannelSet& set) const;
+
+    void append(Hash& hash) const;
+
+private:
+    std::bitset<Chan_Last + 1> members;
+};
+
+typedef const ChannelSet& ChannelMask;
+
+} // namespace DD::Image
+
+#define foreach(VAR, CHANNELS)                                                                     \
+    for (DD::Image::Channel VAR = (CHANNELS).first(); VAR; VAR = (CHANNELS).next(VAR))

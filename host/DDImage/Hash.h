@@ -1,0 +1,64 @@
+// A 64-bit cyclic redundancy check over whatever decides an op's output.
+//
+// Source:    CRC-64/ECMA-182, polynomial 0x42F0E1EBA9EA3693, most significant bit first, from 0.
+// Shapes:    numbers count by their bytes as they stand in memory, texts by their characters and the
+//            NUL behind them, so that "ab" and "c" differ from "a" and "bc".
+#pragma once
+
+#include <DDImage/DDImage_API.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace DD::Image {
+
+typedef std::uint64_t U64;
+
+class DDImage_API Hash {
+public:
+    Hash() : value_(0) {}
+    explicit Hash(U64 value) : value_(value) {}
+
+    void append(const void* bytes, std::size_t count);
+    void append(const char* text); // null counts as empty
+    void append(const std::string& text) { append(text.c_str()); }
+    void append(bool value) { append(&value, sizeof value); }
+    void append(int value) { append(&value, sizeof value); }
+    void append(unsigned value) { append(&value, sizeof value); }
+    void append(float value) { append(&value, sizeof value); }
+    void append(double value) { append(&value, sizeof value); }
+    void append(U64 value) { append(&value, sizeof value); }
+    void append(const Hash& hash) { append(hash.value_); }
+    void append(const std::set<int>& values);
+    void append(const std::map<int, int>& values);
+
+    template <class T>
+    void append(const std::vector<T>& values) {
+        append(U64(values.size()));
+        for (const T& value : values)
+            append(value);
+    }
+
+    void reset() { value_ = 0; }
+    U64 value() const { return value_; }
+    U64 getHash() const { return value_; }
+
+    // Makes this a hash that no other has had in this process.
+    void newvalue();
+
+    bool operator==(const Hash& other) const { return value_ == other.value_; }
+    bool operator!=(const Hash& other) const { return value_ != other.value_; }
+    bool operator<(const Hash& other) const { return value_ < other.value_; }
+
+private:
+    U64 value_;
+};
+
+DDImage_API std::ostream& operator<<(std::ostream& out, const Hash& hash);
+
+} // namespace DD::Image

@@ -1,0 +1,113 @@
+#include "host/black.h"
+#include "host/checks.h"
+
+#include <algorithm>
+#include <DDImage/Iop.h>
+
+namespace DD::Image {
+
+Iop::Iop(Node* node) : Op(node) {
+    Op::inputs(1);
+}
+
+Iop::~Iop() {}
+
+bool Iop::test_input(int, Op* op) const {
+    return dynamic_cast<Iop*>(op) != nullptr;
+}
+
+Op* Iop::default_input(int) const {
+    return velmora::black_image();
+}
+
+void Iop::in_channels(int, ChannelSet&) const {}
+
+void Iop::copy_info(int n) {
+    Iop* const source = input(n);
+    if (!source)
+        return;
+    source->validate(true);
+    info_ = source->info();
+}
+
+void Iop::_validate(bool) {
+    copy_info(0);
+}
+
+void Iop::force_validate(bool for_real) {
+    invalidate();
+    validate(for_real);
+}
+
+void Iop::request(int x, int y, int r, int t, ChannelMask channels, int count) {
+    requested_box.merge(Box(x, y, r, t));
+    requested += channels;
+    _request(x, y, r, t, channels, count);
+}
+
+void Iop::request(const Box& box, ChannelMask channels, int count) {
+    request(box.x(), box.y(), box.r(), box.t(), channels, count);
+}
+
+void Iop::request(ChannelMask channels, int count) {
+    request(info_, channels, count);
+}
+
+void Iop::_request(int x, int y, int r, int t, ChannelMask channels, int count) {
+    if (Iop* const source = input(0))
+        source->request(x, y, r, t, channels, count);
+}
+
+void Iop::checked_engine(int y, int x, int r, ChannelMask channels, Row& row) {
+    if (!velmora::checks_plugins()) {
+        engine(y, x, r, channels, row);
+        return;
+    }
+    if (!opened())
+        throw velmora::PluginMisuse(*this, "engine was called while the op was not open");
+    engine(y, x, r, channels, row);
+    if (const Channel channel = row.written_beside()) {
+        const char* const name = getName(channel);
+        throw velmora::PluginMisuse(
+            *this, "engine, for row " + std::to_string(y) + " from " + std::to_string(x) + " to " +
+                       std::to_string(r) + ", wrote beside the span in " +
+                       (name ? name : "channel " + std::to_string(channel)));
+    }
+}
+
+// Repeats the pixels at the ends of [x, r) as far as the row goes.
+static void extend(Row& row, int x, int r, Channel channel) {
+    float* const samples = row.writable(channel);
+    std::fill(samples + row.getLeft(), samples + x, samples[x]);
+    std::fill(samples + r, samples + row.getRight(), samples[r - 1]);
+}
+
+void Iop::get(int y, int x, int r, ChannelMask channels, Row& row) {
+    const ChannelSet made = channels & info_.channels();
+    row.erase(channels - made);
+    const bool beside = y < info_.y() || y >= info_.t() || x >= info_.r() || r <= info_.x();
+    if (made.empty() || r <= x || (beside && info_.black_outside())) {
+        row.erase(made);
+        return;
+    }
+    if (!beside && x >= info_.x() && r <= info_.r()) {
+        checked_engine(y, x, r, made, row);
+        return;
+    }
+
+    // What lies in the box, or the nearest of its pixels.
+    const int from = info_.clampx(x), to = info_.clampx(r - 1) + 1;
+    Row inside(from, to);
+    checked_engine(info_.clampy(y), from, to, made, inside);
+    Row whole(x, r);
+    foreach (channel, made) {
+        if (info_.black_outside())
+            whole.writableConstant(0, channel);
+        std::copy(inside[channel] + from, inside[channel] + to, whole.writable(channel) + from);
+        if (!info_.black_outside())
+            extend(whole, from, to, channel);
+    }
+    row.copy(whole, made, x, r);
+}
+
+} // namespace DD::Image

@@ -1,0 +1,165 @@
+// A control of a node: a value, perhaps over time, that the host keeps and stores into the ops.
+//
+// Units:     times are frames.
+// Ownership: a knob belongs to its node. What an op is given by store() lives as long as the op keeps
+//            the value.
+// Threads:   the main thread's, all of it.
+#pragma once
+
+#include <DDImage/DDImage_API.h>
+#include <DDImage/Hash.h>
+#include <DDImage/OutputContext.h>
+
+#include <string>
+
+namespace DD::Image {
+
+class Node;
+class Op;
+
+enum KnobType {
+    STRING_KNOB = 1,
+    FILE_KNOB = 2,
+    INT_KNOB = 3,
+    ENUMERATION_KNOB = 4,
+    BOOL_KNOB = 6,
+    DOUBLE_KNOB = 7,
+    FLOAT_KNOB = 8,
+    CHANNEL_MASK_KNOB = 10,
+    XY_KNOB = 12,
+    XYZ_KNOB = 13,
+    WH_KNOB = 14,
+    FORMAT_KNOB = 17,
+    COLOR_KNOB = 18,
+    ACOLOR_KNOB = 19,
+    TAB_KNOB = 20,
+    AXIS_KNOB = 29,
+    // Of these the host's documents give no number.
+    MATRIX_KNOB = 1001,
+    TEXT_KNOB = 1002,
+    DIVIDER_KNOB = 1003,
+    NEWLINE_KNOB = 1004,
+    BUTTON_KNOB = 1005,
+    BEGIN_GROUP_KNOB = 1006,
+    END_GROUP_KNOB = 1007,
+};
+
+// What the pointer that a knob stores through points to.
+enum StoreType {
+    DoublePtr = 0,
+    FloatPtr = 1,
+    StringPtr = 2, // const char*
+    IntPtr = 3,
+    NoPtr = 4,
+    BoolPtr = 5,
+    ChannelSetPtr = 7,
+    StdStringPtr = 8,
+    FormatPairPtr = 9,
+    MatrixPtr = 10,
+};
+
+class DDImage_API Knob {
+public:
+    typedef U64 FlagMask;
+
+    // The low bits mean one thing for numbers and another for menus.
+    static const FlagMask SLIDER = 0x1;
+    static const FlagMask SINGLE_SELECTION_ONLY = 0x1;
+    static const FlagMask FORCE_RANGE = 0x2;
+    static const FlagMask LOG_SLIDER = 0x4;
+    static const FlagMask STRIP_CASCADE_PREFIX = 0x4;
+    static const FlagMask STORE_INTEGER = 0x8;
+    static const FlagMask MAGNITUDE = 0x10;
+    static const FlagMask ANGLE = 0x20;
+    static const FlagMask NO_PROXYSCALE = 0x40;
+    static const FlagMask DISABLED = 0x80;
+    static const FlagMask NO_ANIMATION = 0x100;
+    static const FlagMask DO_NOT_WRITE = 0x200;
+    static const FlagMask INVISIBLE = 0x400;
+    static const FlagMask RESIZABLE = 0x800;
+    static const FlagMask STARTLINE = 0x1000;
+    static const FlagMask ENDLINE = 0x2000;
+    static const FlagMask NO_RERENDER = 0x4000;
+    static const FlagMask NO_HANDLES = 0x8000;
+    static const FlagMask KNOB_CHANGED_ALWAYS = 0x10000;
+    static const FlagMask NO_KNOB_CHANGED = 0x20000;
+    static const FlagMask HIDDEN = 0x40000;
+    static const FlagMask NO_UNDO = 0x80000;
+    static const FlagMask ALWAYS_SAVE = 0x100000;
+    static const FlagMask NODE_KNOB = 0x200000;
+    static const FlagMask OUTPUT_ONLY = 0x400000;
+    static const FlagMask SAVE_MENU = 0x2000000;
+    static const FlagMask KNOB_CHANGED_RECURSIVE = 0x8000000;
+    static const FlagMask READ_ONLY = 0x10000000;
+    static const FlagMask NO_CURVE_EDITOR = 0x20000000;
+    static const FlagMask NO_MULTIVIEW = 0x40000000;
+    static const FlagMask EARLY_STORE = 0x80000000; // stored before the inputs are built
+    static const FlagMask MODIFIES_GEOMETRY = 0x100000000;
+
+    // No knobs of any node: knob_changed() is called with their addresses.
+    static Knob showPanel, hidePanel, inputChange;
+
+    explicit Knob(const char* name, const char* label = nullptr, KnobType type = STRING_KNOB);
+    Knob(const Knob&) = delete;
+    Knob& operator=(const Knob&) = delete;
+    virtual ~Knob();
+
+    const std::string& name() const { return name_; }
+    const std::string& label() const { return label_; } // the name where none was given
+    bool is(const char* name) const { return name_ == name; }
+    KnobType ClassID() const { return type_; }
+
+    FlagMask flags() const { return flags_; }
+    bool flag(FlagMask mask) const { return (flags_ & mask) != 0; }
+    void set_flag(FlagMask mask) { flags_ |= mask; }
+    void clear_flag(FlagMask mask) { flags_ &= ~mask; }
+    void enable(bool on = true) { on ? clear_flag(DISABLED) : set_flag(DISABLED); }
+    void disable() { set_flag(DISABLED); }
+    bool enabled() const { return !flag(DISABLED); }
+    void visible(bool on) { on ? clear_flag(INVISIBLE) : set_flag(INVISIBLE); }
+    void show() { visible(true); }
+    void hide() { visible(false); }
+    bool isVisible() const { return !flag(INVISIBLE); }
+
+    const std::string& tooltip() const { return tooltip_; }
+    void tooltip(const std::string& text) { tooltip_ = text; }
+
+    // The slider's ends; values beyond them are legal.
+    bool has_range() const { return has_range_; }
+    double minimum() const { return minimum_; }
+    double maximum() const { return maximum_; }
+    void set_range(double minimum, double maximum);
+
+    // The numbers of the value: how many, one of them at a time, and setting one for all times.
+    virtual int size() const;
+    virtual double get_value_at(double time, int i = 0) const;
+    virtual bool set_value(double value, int i = 0);
+    virtual bool is_animated() const;
+    bool isAnimated() const { return is_animated(); }
+
+    // The value as text; null and false for knobs that have none.
+    virtual const char* get_text() const;
+    virtual bool set_text(const char* text);
+
+    // As a saved script has it. False, and nothing changed, when the text is not for this knob.
+    virtual bool from_script(const char* text);
+    virtual std::string to_script() const;
+
+    // Whether the value is another than the one that the knob was made with.
+    virtual bool not_default() const;
+
+    // Puts the value at the context's time into `data` and adds it to `hash`.
+    virtual void store(StoreType type, void* data, Hash& hash, const OutputContext& context);
+
+protected:
+    void set_type(KnobType type) { type_ = type; }
+
+private:
+    std::string name_, label_, tooltip_;
+    KnobType type_;
+    FlagMask flags_ = 0;
+    bool has_range_ = false;
+    double minimum_ = 0, maximum_ = 1;
+};
+
+} // namespace DD::Image

@@ -1,0 +1,73 @@
+// Stands in front of an image op and adds what users expect of most: a choice of channels, a mask and
+// a mix.
+//
+// The mask, an input behind the op's own, says pixel by pixel how much of the output holds, by its
+// alpha; mix says the same for all of it. Both, and the channels that are not chosen, show the op's
+// first input where the output does not hold, black when that is no image.
+//
+// Ownership: the wrapper owns the op.
+#pragma once
+
+#include <DDImage/Iop.h>
+
+namespace DD::Image {
+
+class DDImage_API NukeWrapper : public Iop {
+public:
+    explicit NukeWrapper(Iop* op);
+    ~NukeWrapper() override;
+
+    // Leave one of the additions out; noUnpremult is for one that is not made here.
+    NukeWrapper* noChannels();
+    NukeWrapper* noMask();
+    NukeWrapper* noMix();
+    NukeWrapper* noUnpremult();
+
+    Iop* wrapped_iop() const { return wrapped.get(); }
+
+    const char* Class() const override { return wrapped->Class(); }
+    const char* node_help() const override { return wrapped->node_help(); }
+    const char* displayName() const override { return wrapped->displayName(); }
+    const char* node_shape() const override { return wrapped->node_shape(); }
+    unsigned node_color() const override { return wrapped->node_color(); }
+    bool can_clone() const override { return wrapped->can_clone(); }
+
+    void knobs(Knob_Callback f) override;
+    int knob_changed(Knob* knob) override { return wrapped->knob_changed(knob); }
+    int knob_change_finished(Knob* knob, bool finished) override;
+
+    void inputs(int count) override;
+    int minimum_inputs() const override { return wrapped->minimum_inputs(); }
+    int maximum_inputs() const override { return wrapped->maximum_inputs() + (mask ? 1 : 0); }
+    int optional_input() const override;
+    bool test_input(int n, Op* op) const override;
+    Op* default_input(int n) const override;
+    const char* input_label(int n, char* buffer) const override;
+    float uses_input(int n) const override;
+    int split_input(int n) const override;
+    const OutputContext& inputContext(int n, int m, OutputContext& scratch) const override;
+    void set_input(int place, Op* op, int n, int m) override;
+
+    void setOutputContext(const OutputContext& context) override;
+    void append(Hash& hash) override { wrapped->append(hash); }
+    void in_channels(int n, ChannelSet& channels) const override;
+    void engine(int y, int x, int r, ChannelMask channels, Row& row) override;
+
+protected:
+    void _validate(bool for_real) override;
+    void _request(int x, int y, int r, int t, ChannelMask channels, int count) override;
+    void _open() override;
+    void _close() override;
+    void _invalidate() override;
+
+private:
+    std::unique_ptr<Iop> wrapped;
+    bool channels_knob = true, mask = true, mix = true;
+    ChannelSet chosen = Mask_All;
+    double mix_amount = 1;
+
+    int mask_input() const { return mask ? wrapped->maximum_inputs() : -1; }
+    void blend(int y, int x, int r, ChannelMask channels, Row& row);
+};
+
+} // namespace DD::Image

@@ -1,0 +1,246 @@
+#include "host/node.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <DDImage/Iop.h>
+
+namespace DD::Image {
+
+// ---- classes -----------------------------------------------------------------------------------
+
+static std::vector<const Op::Description*>& descriptions() {
+    static std::vector<const Op::Description*> all;
+    return all;
+}
+
+void Op::Description::announced(DD::Image::Description* description) {
+    description->plugin = velmora::plugin_being_loaded();
+}
+
+void Op::Description::add() {
+    descriptions().push_back(this);
+}
+
+Op::Description::~Description() {
+    std::vector<const Description*>& all = descriptions();
+    all.erase(std::remove(all.begin(), all.end(), this), all.end());
+}
+
+Op* Op::Description::constructor(Node* node) const {
+    if (make_op)
+        return make_op(node);
+    return make_iop(node);
+}
+
+const Op::Description* Op::Description::find(const char* name) {
+    for (const Description* const description : descriptions())
+        if (std::strcmp(description->name, name) == 0)
+            return description;
+    return nullptr;
+}
+
+// ---- knobs and inputs --------------------------------------------------------------------------
+
+Op::Op(Node* node) : node_(node) {}
+
+Op::~Op() {}
+
+const char* Op::node_name() const {
+    return node_ ? node_->name().c_str() : Class();
+}
+
+void Op::knobs(Knob_Callback) {}
+
+int Op::knob_changed(Knob*) {
+    return 0;
+}
+
+int Op::knob_change_finished(Knob*, bool) {
+    return 0;
+}
+
+Knob* Op::knob(const char* name) const {
+    return node_ ? node_->knob(name) : nullptr;
+}
+
+void Op::inputs(int count) {
+    inputs_.resize(std::size_t(std::max(count, 0)));
+}
+
+Op* Op::input(int n, int m) const {
+    if (n < 0 || m < 0 || n >= inputs())
+        return nullptr;
+    const std::vector<Op*>& copies = inputs_[std::size_t(n)];
+    return std::size_t(m) < copies.size() ? copies[std::size_t(m)] : nullptr;
+}
+
+bool Op::test_input(int, Op*) const {
+    return true;
+}
+
+Op* Op::default_input(int) const {
+    return nullptr;
+}
+
+const char* Op::input_label(int n, char* buffer) const {
+    if (inputs() < 2)
+        return "";
+    std::sprintf(buffer, "%d", n + 1);
+    return buffer;
+}
+
+float Op::uses_input(int) const {
+    return 1;
+}
+
+int Op::split_input(int) const {
+    return 1;
+}
+
+const OutputContext& Op::inputContext(int, int, OutputContext&) const {
+    return context_;
+}
+
+void Op::set_input(int, Op* op, int n, int m) {
+    if (n >= inputs())
+        inputs(n + 1);
+    std::vector<Op*>& copies = inputs_[std::size_t(n)];
+    if (m == 0)
+        copies.clear(); // fewer copies may come than there were
+    copies.resize(std::max(copies.size(), std::size_t(m) + 1));
+    copies[std::size_t(m)] = op;
+}
+
+// ---- the cycle ---------------------------------------------------------------------------------
+
+void Op::setOutputContext(const OutputContext& context) {
+    context_ = context;
+}
+
+void Op::append(Hash&) {}
+
+void Op::set_hash(const Hash& hash) {
+    if (hash == hash_)
+        return;
+    hash_ = hash;
+    invalidate();
+}
+
+void Op::validate(bool for_real) {
+    const Validity wanted = for_real ? Validity::for_real : Validity::roughly;
+    if (valid_ >= wanted)
+        return;
+    {
+        const std::lock_guard<std::mutex> guard(error_lock);
+        error_.clear();
+    }
+    _validate(for_real);
+    valid_ = wanted;
+}
+
+void Op::invalidate() {
+    valid_ = Validity::none;
+    _invalidate();
+}
+
+void Op::open() {
+    if (opened_)
+        return;
+    for (const std::vector<Op*>& copies : inputs_)
+        for (Op* const copy : copies)
+            if (copy)
+                copy->open();
+    _open();
+    opened_ = true;
+}
+
+void Op::close() {
+    if (!opened_)
+        return;
+    opened_ = false;
+    _close();
+}
+
+void Op::_validate(bool) {}
+void Op::_open() {}
+void Op::_close() {}
+void Op::_invalidate() {}
+
+// ---- stopping and failing ----------------------------------------------------------------------
+
+bool Op::aborted() const {
+    if (wrapper)
+        return wrapper->aborted();
+    return abort_switch && abort_switch->load(std::memory_order_relaxed);
+}
+
+void Op::abort() const {
+    if (wrapper)
+        wrapper->abort();
+    else if (abort_switch)
+        abort_switch->store(true, std::memory_order_relaxed);
+}
+
+static std::string formatted(const char* format, va_list args) {
+    va_list again;
+    va_copy(again, args);
+    std::string text(std::size_t(std::max(std::vsnprintf(nullptr, 0, format, args), 0)) + 1, '\0');
+    std::vsnprintf(text.data(), text.size(), format, again);
+    va_end(again);
+    text.pop_back(); // the NUL
+    return text;
+}
+
+void Op::error(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    const std::string message = formatted(format, args);
+    va_end(args);
+
+    Op& failed = wrapper ? *wrapper : *this;
+    const std::lock_guard<std::mutex> guard(failed.error_lock);
+    failed.error_ = message;
+    failed.errors_++;
+}
+
+bool Op::has_error() const {
+    return !error_message().empty();
+}
+
+std::string Op::error_message() const {
+    const std::lock_guard<std::mutex> guard(error_lock);
+    return error_;
+}
+
+int Op::error_count() const {
+    const std::lock_guard<std::mutex> guard(error_lock);
+    return errors_;
+}
+
+Op* Op::error_op() {
+    if (has_error())
+        return this;
+    for (const std::vector<Op*>& copies : inputs_)
+        for (Op* const copy : copies)
+            if (Op* const failed = copy ? copy->error_op() : nullptr)
+                return failed;
+    return nullptr;
+}
+
+// ---- texts that knobs store --------------------------------------------------------------------
+
+const char* Op::keep_text(const void* place, const std::string& text) {
+    for (auto& [kept_place, kept] : texts) {
+        if (kept_place != place)
+            continue;
+        if (*kept != text)
+            kept = std::make_unique<std::string>(text);
+        return kept->c_str();
+    }
+    texts.emplace_back(place, std::make_unique<std::string>(text));
+    return texts.back().second->c_str();
+}
+
+} // namespace DD::Image

@@ -1,0 +1,34 @@
+// Locks for what engine calls of several threads share.
+#pragma once
+
+#include <mutex>
+
+namespace DD::Image {
+
+class Lock {
+public:
+    Lock() {}
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+    void lock() { mutex.lock(); }
+    void unlock() { mutex.unlock(); }
+    bool trylock() { return mutex.try_lock(); }
+
+private:
+    std::mutex mutex;
+};
+
+// Holds a lock for as long as it lives.
+class Guard {
+public:
+    explicit Guard(Lock& lock) : held(lock) { held.lock(); }
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
+    ~Guard() { held.unlock(); }
+
+private:
+    Lock& held;
+};
+
+} // namespace DD::Image

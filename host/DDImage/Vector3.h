@@ -1,0 +1,31 @@
+// Three floats: a point or a direction in space.
+#pragma once
+
+#include <cmath>
+
+namespace DD::Image {
+
+class Vector3 {
+public:
+    float x, y, z;
+
+    Vector3() : x(0), y(0), z(0) {}
+    explicit Vector3(float all) : x(all), y(all), z(all) {}
+    Vector3(float x, float y, float z) : x(x), y(y), z(z) {}
+
+    float& operator[](int i) { return i == 0 ? x : i == 1 ? y : z; }
+    float operator[](int i) const { return i == 0 ? x : i == 1 ? y : z; }
+    bool operator==(const Vector3& v) const { return x == v.x && y == v.y && z == v.z; }
+    bool operator!=(const Vector3& v) const { return !(*this == v); }
+    Vector3 operator-() const { return {-x, -y, -z}; }
+    Vector3 operator+(const Vector3& v) const { return {x + v.x, y + v.y, z + v.z}; }
+    Vector3 operator-(const Vector3& v) const { return {x - v.x, y - v.y, z - v.z}; }
+    Vector3 operator*(float f) const { return {x * f, y * f, z * f}; }
+    float dot(const Vector3& v) const { return x * v.x + y * v.y + z * v.z; }
+    Vector3 cross(const Vector3& v) const {
+        return {y * v.z - z * v.y, z * v.x - x * v.z, x * v.y - y * v.x};
+    }
+    float length() const { return std::sqrt(dot(*this)); }
+};
+
+} // namespace DD::Image

@@ -1,0 +1,121 @@
+#include "host/node.h"
+
+#include "host/checks.h"
+#include "host/make_knob.h"
+
+namespace DD::Image {
+
+// The first pass over an op's knobs: makes them with the op's own values.
+class KnobMaker : public Knob_Closure {
+public:
+    explicit KnobMaker(Node& node) : node(node) {}
+
+    bool makeKnobs() const override { return true; }
+    int getKnobCount() const override { return int(node.declared.size()); }
+    Knob* made_last() override { return node.declared.empty() ? nullptr : node.declared.back(); }
+
+    Knob* declare(const KnobSpec& spec) override {
+        for (std::unique_ptr<velmora::HostKnob>& knob : velmora::make_knobs(spec, node)) {
+            if (knob->declared())
+                node.declared.push_back(knob.get());
+            node.knobs_.push_back(std::move(knob));
+        }
+        return made_last();
+    }
+
+private:
+    Node& node;
+};
+
+// Every later pass: stores the knobs' values into the op.
+class KnobStorer : public Knob_Closure {
+public:
+    KnobStorer(const Node& node, Op& op, bool early, Hash& hash)
+        : node(node), op(op), early(early), hash(hash) {}
+
+    bool makeKnobs() const override { return false; }
+    int getKnobCount() const override { return int(next); }
+    Knob* made_last() override { return nullptr; }
+
+    Knob* declare(const KnobSpec& spec) override {
+        velmora::HostKnob& knob = declared(spec);
+        if (early && !knob.flag(Knob::EARLY_STORE))
+            return &knob;
+        Hash ignored;
+        Hash& counted = knob.flag(Knob::NO_RERENDER) ? ignored : hash;
+        knob.store_into(op, spec.store, spec.data, counted);
+        return &knob;
+    }
+
+private:
+    const Node& node;
+    Op& op;
+    bool early;
+    Hash& hash;
+    std::size_t next = 0;
+
+    velmora::HostKnob& declared(const KnobSpec& spec) {
+        const std::string name = spec.name ? spec.name : "";
+        if (next == node.declared.size() || node.declared[next]->name() != name)
+            throw velmora::PluginMisuse(
+                op, "knob '" + name + "' is declared where it was not when the knobs were made");
+        return *node.declared[next++];
+    }
+};
+
+Node::Node(const Op::Description& description, const std::string& name, const Format& script_format)
+    : description_(description), name_(name), script_format_(script_format) {
+    prototype_ = make_op();
+    KnobMaker maker(*this);
+    prototype_->knobs(maker);
+}
+
+Node::~Node() {}
+
+std::unique_ptr<Op> Node::make_op() {
+    return std::unique_ptr<Op>(description_.constructor(this));
+}
+
+velmora::HostKnob* Node::knob(const std::string& name) const {
+    for (const std::unique_ptr<velmora::HostKnob>& knob : knobs_)
+        if (!name.empty() && knob->name() == name)
+            return knob.get();
+    return nullptr;
+}
+
+Node* Node::input(int n) const {
+    return n >= 0 && std::size_t(n) < inputs_.size() ? inputs_[std::size_t(n)] : nullptr;
+}
+
+bool Node::feeds(const Node* other) const {
+    if (this == other)
+        return true;
+    for (const Node* const input : other->inputs_)
+        if (input && feeds(input))
+            return true;
+    return false;
+}
+
+bool Node::set_input(int n, Node* node) {
+    if (n < 0 || n >= inputs())
+        return false;
+    if (node && (feeds(node) || !prototype_->test_input(n, node->prototype_.get())))
+        return false;
+    if (std::size_t(n) >= inputs_.size())
+        inputs_.resize(std::size_t(n) + 1);
+    inputs_[std::size_t(n)] = node;
+    return true;
+}
+
+void Node::store_early(Op& op) const {
+    Hash ignored;
+    KnobStorer storer(*this, op, true, ignored);
+    op.knobs(storer);
+}
+
+void Node::store_all(Op& op, Hash& hash) const {
+    KnobStorer storer(*this, op, false, hash);
+    op.knobs(storer);
+}
+
+} // namespace DD::Image

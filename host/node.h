@@ -1,0 +1,66 @@
+// A node of a comp: a class of ops with the values of its knobs and what it is connected to.
+//
+// Ownership: a node owns its knobs and one op, its prototype, which answers questions about the class
+//            and never renders. Nodes that it is connected to are borrowed.
+// Errors:    PluginMisuse for knobs that are declared one way and stored another.
+// Threads:   main thread only.
+#pragma once
+
+#include "host/host_knob.h"
+#include "host/plugins.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace DD::Image {
+
+class DDImage_API Node {
+public:
+    // `script_format` is the format of Format_knobs that name none; it must outlive the node.
+    Node(const Op::Description& description, const std::string& name, const Format& script_format);
+    Node(const Node&) = delete;
+    Node& operator=(const Node&) = delete;
+    ~Node();
+
+    const std::string& name() const { return name_; }
+    const char* class_name() const { return description_.name; }
+    const Op::Description& description() const { return description_; }
+    const Format& script_format() const { return script_format_; }
+    Op& prototype() const { return *prototype_; }
+
+    // In the order of the panel, with the parts of an axis behind it.
+    const std::vector<std::unique_ptr<velmora::HostKnob>>& knobs() const { return knobs_; }
+    velmora::HostKnob* knob(const std::string& name) const;
+
+    int inputs() const { return prototype_->maximum_inputs(); }
+    Node* input(int n) const;
+
+    // Connects input `n`, null to disconnect. False, and nothing changed, when the class does not
+    // take such an input or the nodes would feed themselves.
+    bool set_input(int n, Node* node);
+
+    // Stores the EARLY_STORE knobs, or all of them, into `op`, which is of this node, for the
+    // moment of its context, and adds them to `hash`.
+    void store_early(Op& op) const;
+    void store_all(Op& op, Hash& hash) const;
+
+    // A new op of this node's class.
+    std::unique_ptr<Op> make_op();
+
+private:
+    friend class KnobMaker;
+    friend class KnobStorer;
+
+    const Op::Description& description_;
+    std::string name_;
+    const Format& script_format_;
+    std::unique_ptr<Op> prototype_;
+    std::vector<std::unique_ptr<velmora::HostKnob>> knobs_;
+    std::vector<velmora::HostKnob*> declared; // those that the op itself declares
+    std::vector<Node*> inputs_;
+
+    bool feeds(const Node* other) const;
+};
+
+} // namespace DD::Image

@@ -1,0 +1,57 @@
+// The ops of a node and of all that feeds it, for one moment at a time.
+//
+// Each moment that is asked of a node within the tree has an op of its own, and every op serves all
+// who ask for that moment. Taken to another moment, the tree keeps the ops that it has and moves them
+// there, so that what an op holds on to from frame to frame stays; ops that are left over go.
+//
+// Ownership: the tree owns its ops and borrows the nodes, which must outlive it.
+// Errors:    whatever the ops' constructors and the knobs throw; the tree may be brought to a moment
+//            again after that.
+// Threads:   one at a time; the abort switch from any.
+#pragma once
+
+#include "host/node.h"
+
+#include <atomic>
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace velmora {
+
+class DDImage_API OpTree {
+public:
+    explicit OpTree(DD::Image::Node& root);
+    OpTree(const OpTree&) = delete;
+    OpTree& operator=(const OpTree&) = delete;
+    ~OpTree();
+
+    // The root's op with its knobs stored, its inputs wired and its hash made, as they are now. An op
+    // that is open is closed first.
+    DD::Image::Op& at(const DD::Image::OutputContext& context);
+    DD::Image::Op& at(double frame);
+
+    // The ops of a node that the tree has at the moment, by growing time.
+    std::vector<DD::Image::Op*> ops_of(const DD::Image::Node& node) const;
+
+    // What Op::aborted() tells: raised by abort() until the tree is brought to a moment again.
+    void abort() { abort_switch = true; }
+
+private:
+    struct Entry {
+        std::unique_ptr<DD::Image::Op> op;
+        bool in_use;
+    };
+    typedef std::multimap<const DD::Image::Node*, Entry> Pool;
+
+    DD::Image::Node& root;
+    std::atomic<bool> abort_switch{false};
+    Pool pool;
+
+    DD::Image::Op& build(DD::Image::Node& node, const DD::Image::OutputContext& context);
+    Entry& take(DD::Image::Node& node, const DD::Image::OutputContext& context);
+    void wire(DD::Image::Node& node, DD::Image::Op& op);
+    void close_all();
+};
+
+} // namespace velmora

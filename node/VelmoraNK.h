@@ -1,0 +1,89 @@
+// The node: stars of a database, seen through the comp's camera, as an image.
+//
+// Each validation turns the knobs and the camera's samples into what the renderer takes; opening
+// renders the whole frame into an image of its own; engine copies its rows out.
+//
+// Inputs:    0 "parent", an axis, which nothing reads; 1 "cam", a camera, of which blur_segs + 1
+//            copies are asked for, spread over the shutter.
+// Errors:    a database that cannot be opened is told once, through error(), and the picture is black
+//            until the path changes. What the renderer throws leaves _open.
+// Threads:   engine in any number of threads; everything else one at a time.
+#pragma once
+
+#include "core/array.h"
+#include "core/string.h"
+#include "kessimage/image.h"
+#include "stars/stars.h"
+
+#include <DDImage/CameraOp.h>
+#include <DDImage/Format.h>
+#include <DDImage/Iop.h>
+#include <DDImage/Knobs.h>
+#include <DDImage/Matrix4.h>
+#include <DDImage/Row.h>
+
+class VelmoraNK : public DD::Image::Iop {
+public:
+    static const DD::Image::Op::Description d;
+
+    explicit VelmoraNK(DD::Image::Node* node);
+    ~VelmoraNK() override;
+
+    const char* Class() const override;
+    const char* node_help() const override;
+    void knobs(DD::Image::Knob_Callback f) override;
+    void append(DD::Image::Hash& hash) override;
+
+    bool test_input(int n, DD::Image::Op* op) const override;
+    DD::Image::Op* default_input(int n) const override;
+    const char* input_label(int n, char* buffer) const override;
+    int split_input(int n) const override;
+    const DD::Image::OutputContext& inputContext(int n, int m,
+                                                 DD::Image::OutputContext& scratch) const override;
+
+    void _validate(bool for_real) override;
+    void _request(int x, int y, int r, int t, DD::Image::ChannelMask channels, int count) override;
+    void _open() override;
+    void engine(int y, int x, int r, DD::Image::ChannelMask channels, DD::Image::Row& row) override;
+    void _close() override;
+
+    // What the knobs store.
+    double brightness = 5.0;
+    double bias = 1.0;
+    double saturation = 0.4;
+    double tint_strength = 0.0;
+    double tint_color[3] = {0.0, 0.0, 0.0};
+    double lum_max = 0.5;
+    double lum_threshold = 0.0001;
+    double star_size = 2.5;
+    double star_aspect = 1.0;
+    s32 blur_segs = 1;
+    double shutter = 0.5;
+    double shutter_offset = 0.0;
+    s32 projection = 0;      // place in the menu
+    s32 projection_mode = 0; // the same once validated, where a place that is none has become 0
+    bool threed = true;
+    double parallax = 100.0;
+    bool anamorphic_dof = false; // kept with the node; nothing reads it
+    const char* starfile = "";
+    String starfile_loaded; // the path of the last attempt to open, whatever came of it
+    DD::Image::FormatPair formats;
+    DD::Image::Matrix4 transform;
+    DD::Image::Matrix4 camera_matrix; // of the last sample, with `transform`
+
+    // What the renderer takes, as of the last validation.
+    StarRendererData render_data = {};
+    Array<camera> cameras; // one per sample
+
+    Kess::Image* image = nullptr;    // owned; from _open to _close
+    StarInput* star_input = nullptr; // owned; the open database, kept from frame to frame
+
+private:
+    void describe_output();
+    const DD::Image::CameraOp* sample_cameras(bool for_real);
+    void fill_render_data();
+    void open_star_file();
+};
+
+// A new node's op, in the host's wrapper without mix and mask.
+DD::Image::Op* VelmoraNKCreate(DD::Image::Node* node);
