@@ -122,11 +122,6 @@ double AxisKnob::get_value_at(double time, int i) const {
     return i >= 0 && i < 16 ? double(matrix_at(time)[std::size_t(i)]) : 0;
 }
 
-void AxisKnob::put(DD::Image::Op& op, DD::Image::StoreType type, void* data,
-                   DD::Image::Hash& hash) {
-    store(type, data, hash, op.outputContext());
-}
-
 void AxisKnob::store(DD::Image::StoreType, void* data, DD::Image::Hash& hash,
                      const DD::Image::OutputContext& context) {
     const HostMatrix columns = matrix_at(context.frame());

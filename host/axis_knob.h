@@ -29,6 +29,7 @@ public:
 
     bool is_animated() const override;
     int size() const override { return 16; }
+    using Knob::get_value_at;
     double get_value_at(double time, int i) const override; // in memory order
 
     void store(DD::Image::StoreType type, void* data, DD::Image::Hash& hash,
@@ -36,8 +37,6 @@ public:
 
 protected:
     bool fits(DD::Image::StoreType type) const override { return type == DD::Image::MatrixPtr; }
-    void put(DD::Image::Op& op, DD::Image::StoreType type, void* data,
-             DD::Image::Hash& hash) override;
 
 private:
     HostMatrix made_with; // what the op had behind its pointer

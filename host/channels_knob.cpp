@@ -53,11 +53,6 @@ ScriptValue ChannelsKnob::script_value() const {
     return value;
 }
 
-void ChannelsKnob::put(DD::Image::Op& op, DD::Image::StoreType type, void* data,
-                       DD::Image::Hash& hash) {
-    store(type, data, hash, op.outputContext());
-}
-
 void ChannelsKnob::store(DD::Image::StoreType, void* data, DD::Image::Hash& hash,
                          const DD::Image::OutputContext&) {
     *static_cast<ChannelSet*>(data) = chosen;

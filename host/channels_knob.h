@@ -16,8 +16,6 @@ public:
 
 protected:
     bool fits(DD::Image::StoreType type) const override { return type == DD::Image::ChannelSetPtr; }
-    void put(DD::Image::Op& op, DD::Image::StoreType type, void* data,
-             DD::Image::Hash& hash) override;
 
 private:
     DD::Image::ChannelSet chosen;

@@ -28,7 +28,7 @@ void ChoiceKnob::choose(int index) {
 }
 
 bool ChoiceKnob::set_value(double value, int i) {
-    if (i != 0 || value != std::floor(value) || std::fabs(value) > 2147483647.0)
+    if (i > 0 || value != std::floor(value) || std::fabs(value) > 2147483647.0)
         return false;
     choose(int(value));
     return true;
@@ -66,11 +66,6 @@ ScriptValue ChoiceKnob::script_value() const {
     ScriptValue value;
     value.text = text;
     return value;
-}
-
-void ChoiceKnob::put(DD::Image::Op& op, DD::Image::StoreType type, void* data,
-                     DD::Image::Hash& hash) {
-    store(type, data, hash, op.outputContext());
 }
 
 void ChoiceKnob::store(DD::Image::StoreType, void* data, DD::Image::Hash& hash,

@@ -19,6 +19,7 @@ public:
     int index() const { return chosen; }
 
     int size() const override { return 1; }
+    using Knob::get_value_at;
     double get_value_at(double, int) const override { return chosen; }
     bool set_value(double value, int i) override;
 
@@ -33,8 +34,6 @@ public:
 
 protected:
     bool fits(DD::Image::StoreType type) const override { return type == DD::Image::IntPtr; }
-    void put(DD::Image::Op& op, DD::Image::StoreType type, void* data,
-             DD::Image::Hash& hash) override;
 
 private:
     std::vector<std::string> texts;

@@ -4,15 +4,19 @@
 
 namespace velmora {
 
-FormatKnob::FormatKnob(const DD::Image::KnobSpec& spec, const DD::Image::Format& script_format)
-    : HostKnob(spec), script_format(script_format) {
+FormatKnob::FormatKnob(const DD::Image::KnobSpec& spec, const Project& project)
+    : HostKnob(spec), project(project) {
     const auto* const pair = static_cast<const DD::Image::FormatPair*>(spec.data);
     if (pair->format() && !pair->format()->is_none())
-        picked = *pair->format();
+        set_format(*pair->format());
+}
+
+void FormatKnob::set_format(const DD::Image::Format& format) {
+    picked = &DD::Image::Format::kept(format);
 }
 
 void FormatKnob::read(const ScriptValue& value, const std::string& script) {
-    picked = parse_format_text(value, script);
+    set_format(parse_format_text(value, script));
 }
 
 ScriptValue FormatKnob::script_value() const {
@@ -20,11 +24,6 @@ ScriptValue FormatKnob::script_value() const {
     value.kind = ScriptValue::Kind::quoted;
     value.text = format_text(format());
     return value;
-}
-
-void FormatKnob::put(DD::Image::Op& op, DD::Image::StoreType type, void* data,
-                     DD::Image::Hash& hash) {
-    store(type, data, hash, op.outputContext());
 }
 
 // There is no proxy scale here: both formats are the same.

@@ -7,7 +7,9 @@
 
 #include "host/node.h"
 #include "host/plugins.h"
+#include "host/project.h"
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,14 +23,15 @@ public:
     Graph& operator=(const Graph&) = delete;
     ~Graph();
 
-    // The format of nodes that pick none: 2048x1556 at first, as the host's is.
-    const DD::Image::Format& format() const { return root_format; }
-    void set_format(const DD::Image::Format& format) { root_format = format; }
+    const DD::Image::Format& format() const { return project.format(); }
+    void set_format(const DD::Image::Format& format) { project.set_format(format); }
 
     int first_frame = 1;
     int last_frame = 100;
+    double fps = 24;
 
-    // A new node. Without a name it is called by its class and a number that makes it differ.
+    // A new node. Without a name it is called by its class and a number that makes it differ. Of
+    // nodes that are given one name, find() knows the last.
     DD::Image::Node& create(const std::string& class_name, const std::string& name = "");
     void remove(DD::Image::Node& node); // disconnected first
 
@@ -38,11 +41,13 @@ public:
     const PluginPath& plugins() const { return path; }
 
 private:
-    std::string free_name(const std::string& class_name) const;
-
     PluginPath path;
-    DD::Image::Format root_format;
+    Project project;
     std::vector<std::unique_ptr<DD::Image::Node>> all;
+    std::map<std::string, DD::Image::Node*> by_name;
+    std::map<std::string, int> last_numbers; // given to nodes without a name, by what stands before
+
+    std::string free_name(const std::string& class_name);
 };
 
 } // namespace velmora

@@ -7,7 +7,8 @@ namespace velmora {
 
 using DD::Image::StoreType;
 
-HostKnob::HostKnob(const DD::Image::KnobSpec& spec) : Knob(spec.name, spec.label, spec.type) {
+HostKnob::HostKnob(const DD::Image::KnobSpec& spec)
+    : Knob(spec.name, spec.label, spec.type), store_type(spec.store), count(spec.count) {
     if (spec.range)
         set_range(spec.range->minimum, spec.range->maximum);
 }
@@ -46,28 +47,20 @@ bool HostKnob::not_default() const {
     return remembered && !(script_value() == made_with);
 }
 
+bool HostKnob::is_declared_as(const DD::Image::KnobSpec& spec) const {
+    return spec.type == ClassID() && spec.store == store_type && spec.count == count;
+}
+
 bool HostKnob::fits(StoreType) const {
     return false;
 }
 
-void HostKnob::put(DD::Image::Op&, StoreType type, void* data, DD::Image::Hash& hash) {
-    (void)type, (void)data, (void)hash;
+void HostKnob::put(DD::Image::Op& op, StoreType type, void* data, DD::Image::Hash& hash) {
+    store(type, data, hash, op.outputContext());
 }
 
-void HostKnob::store_into(DD::Image::Op& op, StoreType type, void* data, DD::Image::Hash& hash) {
-    if (type == DD::Image::NoPtr || !data)
-        return;
-    // Without the watch a wrong type would be written through the pointer all the same.
-    if (!fits(type)) {
-        if (checks_plugins())
-            throw PluginMisuse(op, "knob '" + name() + "' is stored as " + store_type_name(type) +
-                                       ", which it cannot be");
-        return;
-    }
-    put(op, type, data, hash);
-}
-
-const char* store_type_name(StoreType type) {
+// For messages.
+static const char* store_type_name(StoreType type) {
     switch (type) {
     case DD::Image::DoublePtr:
         return "DoublePtr";
@@ -91,6 +84,15 @@ const char* store_type_name(StoreType type) {
         return "MatrixPtr";
     }
     return "an unknown type";
+}
+
+void HostKnob::store_into(DD::Image::Op& op, StoreType type, void* data, DD::Image::Hash& hash) {
+    if (type == DD::Image::NoPtr || !data)
+        return;
+    if (!fits(type))
+        throw PluginMisuse(op, "knob '" + name() + "' is stored as " + store_type_name(type) +
+                                   ", which it cannot be");
+    put(op, type, data, hash);
 }
 
 } // namespace velmora

@@ -28,7 +28,10 @@ public:
     std::string to_script() const override;
     bool not_default() const override;
 
-    // Knob::store for an op that is watched.
+    // Whether a declaration is of the kind that this knob was made from.
+    bool is_declared_as(const DD::Image::KnobSpec& spec) const;
+
+    // Knob::store, for a type that fits.
     void store_into(DD::Image::Op& op, DD::Image::StoreType type, void* data,
                     DD::Image::Hash& hash);
 
@@ -36,7 +39,7 @@ protected:
     // Whether the value can be put behind such a pointer.
     virtual bool fits(DD::Image::StoreType type) const;
 
-    // The same as Knob::store, with the op that keeps what the pointer points to.
+    // Knob::store at the op's moment; the op may keep what the pointer points to.
     virtual void put(DD::Image::Op& op, DD::Image::StoreType type, void* data,
                      DD::Image::Hash& hash);
 
@@ -46,12 +49,11 @@ protected:
     void remember_default();
 
 private:
+    DD::Image::StoreType store_type;
+    int count;
     bool declared_ = true;
     ScriptValue made_with;
     bool remembered = false;
 };
-
-// The name of a store type, for messages.
-const char* store_type_name(DD::Image::StoreType type);
 
 } // namespace velmora

@@ -19,7 +19,7 @@ std::vector<std::unique_ptr<HostKnob>> make_knobs(const DD::Image::KnobSpec& spe
         knobs.push_back(std::make_unique<ChoiceKnob>(spec));
         break;
     case DD::Image::FORMAT_KNOB:
-        knobs.push_back(std::make_unique<FormatKnob>(spec, node.script_format()));
+        knobs.push_back(std::make_unique<FormatKnob>(spec, node.project()));
         break;
     case DD::Image::CHANNEL_MASK_KNOB:
         knobs.push_back(std::make_unique<ChannelsKnob>(spec));

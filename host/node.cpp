@@ -3,6 +3,9 @@
 #include "host/checks.h"
 #include "host/make_knob.h"
 
+#include <algorithm>
+#include <set>
+
 namespace DD::Image {
 
 // The first pass over an op's knobs: makes them with the op's own values.
@@ -54,17 +57,23 @@ private:
     Hash& hash;
     std::size_t next = 0;
 
+    // Anything else than the first time would be written behind the pointer of another knob.
     velmora::HostKnob& declared(const KnobSpec& spec) {
         const std::string name = spec.name ? spec.name : "";
         if (next == node.declared.size() || node.declared[next]->name() != name)
             throw velmora::PluginMisuse(
                 op, "knob '" + name + "' is declared where it was not when the knobs were made");
-        return *node.declared[next++];
+        velmora::HostKnob& knob = *node.declared[next++];
+        if (!knob.is_declared_as(spec))
+            throw velmora::PluginMisuse(
+                op, "knob '" + name + "' is declared as another kind than when it was made");
+        return knob;
     }
 };
 
-Node::Node(const Op::Description& description, const std::string& name, const Format& script_format)
-    : description_(description), name_(name), script_format_(script_format) {
+Node::Node(const Op::Description& description, const std::string& name,
+           const velmora::Project& project)
+    : description_(description), name_(name), project_(project) {
     prototype_ = make_op();
     KnobMaker maker(*this);
     prototype_->knobs(maker);
@@ -73,7 +82,10 @@ Node::Node(const Op::Description& description, const std::string& name, const Fo
 Node::~Node() {}
 
 std::unique_ptr<Op> Node::make_op() {
-    return std::unique_ptr<Op>(description_.constructor(this));
+    Op* const op = description_.constructor(this);
+    if (!op)
+        throw velmora::PluginError(description_.name, "its plug-in made no op");
+    return std::unique_ptr<Op>(op);
 }
 
 velmora::HostKnob* Node::knob(const std::string& name) const {
@@ -87,12 +99,24 @@ Node* Node::input(int n) const {
     return n >= 0 && std::size_t(n) < inputs_.size() ? inputs_[std::size_t(n)] : nullptr;
 }
 
+int Node::inputs_of_ops() const {
+    int connected = int(inputs_.size());
+    while (connected > 0 && !inputs_[std::size_t(connected) - 1])
+        connected--;
+    return std::max({prototype_->inputs(), prototype_->minimum_inputs(), connected});
+}
+
 bool Node::feeds(const Node* other) const {
-    if (this == other)
-        return true;
-    for (const Node* const input : other->inputs_)
-        if (input && feeds(input))
+    std::vector<const Node*> waiting = {other};
+    std::set<const Node*> seen;
+    while (!waiting.empty()) {
+        const Node* const node = waiting.back();
+        waiting.pop_back();
+        if (node == this)
             return true;
+        if (node && seen.insert(node).second)
+            waiting.insert(waiting.end(), node->inputs_.begin(), node->inputs_.end());
+    }
     return false;
 }
 

@@ -8,6 +8,7 @@
 
 #include "host/host_knob.h"
 #include "host/plugins.h"
+#include "host/project.h"
 
 #include <memory>
 #include <string>
@@ -17,8 +18,9 @@ namespace DD::Image {
 
 class DDImage_API Node {
 public:
-    // `script_format` is the format of Format_knobs that name none; it must outlive the node.
-    Node(const Op::Description& description, const std::string& name, const Format& script_format);
+    // The project must outlive the node. Throws PluginError for a class that makes no op.
+    Node(const Op::Description& description, const std::string& name,
+         const velmora::Project& project);
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
     ~Node();
@@ -26,7 +28,8 @@ public:
     const std::string& name() const { return name_; }
     const char* class_name() const { return description_.name; }
     const Op::Description& description() const { return description_; }
-    const Format& script_format() const { return script_format_; }
+    const velmora::Project& project() const { return project_; }
+    const Format& script_format() const { return project_.format(); }
     Op& prototype() const { return *prototype_; }
 
     // In the order of the panel, with the parts of an axis behind it.
@@ -35,6 +38,9 @@ public:
 
     int inputs() const { return prototype_->maximum_inputs(); }
     Node* input(int n) const;
+
+    // How many inputs an op of this node has: those that the class wants, and those that are used.
+    int inputs_of_ops() const;
 
     // Connects input `n`, null to disconnect. False, and nothing changed, when the class does not
     // take such an input or the nodes would feed themselves.
@@ -54,13 +60,13 @@ private:
 
     const Op::Description& description_;
     std::string name_;
-    const Format& script_format_;
+    const velmora::Project& project_;
     std::unique_ptr<Op> prototype_;
     std::vector<std::unique_ptr<velmora::HostKnob>> knobs_;
     std::vector<velmora::HostKnob*> declared; // those that the op itself declares
     std::vector<Node*> inputs_;
 
-    bool feeds(const Node* other) const;
+    bool feeds(const Node* other) const; // or is it
 };
 
 } // namespace DD::Image

@@ -48,6 +48,12 @@ double NumberKnob::get_value_at(double time, int i) const {
 }
 
 bool NumberKnob::set_value(double value, int i) {
+    if (i == -1) {
+        for (int k = 0; k < size(); k++)
+            if (!set_value(value, k))
+                return false;
+        return true;
+    }
     if (i < 0 || i >= size() || !std::isfinite(value))
         return false;
     curves[std::size_t(i)] = AnimationCurve::constant(value);
@@ -140,10 +146,6 @@ ScriptValue NumberKnob::script_value() const {
 bool NumberKnob::fits(StoreType type) const {
     return type == DD::Image::DoublePtr || type == DD::Image::FloatPtr ||
            type == DD::Image::IntPtr || type == DD::Image::BoolPtr;
-}
-
-void NumberKnob::put(DD::Image::Op& op, StoreType type, void* data, DD::Image::Hash& hash) {
-    store(type, data, hash, op.outputContext());
 }
 
 // Numbers beyond what an int holds become the nearest that it does.

@@ -21,6 +21,7 @@ public:
     NumberKnob(const DD::Image::KnobSpec& spec, const std::vector<double>& values);
 
     int size() const override { return int(curves.size()); }
+    using Knob::get_value_at;
     double get_value_at(double time, int i) const override;
     bool set_value(double value, int i) override;
     bool is_animated() const override;
@@ -35,8 +36,6 @@ public:
 
 protected:
     bool fits(DD::Image::StoreType type) const override;
-    void put(DD::Image::Op& op, DD::Image::StoreType type, void* data,
-             DD::Image::Hash& hash) override;
 
 private:
     std::vector<AnimationCurve> curves;

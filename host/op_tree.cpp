@@ -25,9 +25,11 @@ Op& OpTree::at(const OutputContext& context) {
     abort_switch = false;
     for (auto& [node, entry] : pool)
         entry.in_use = false;
-    Op& op = build(root, context);
-    for (auto entry = pool.begin(); entry != pool.end();)
+    Op& op = *build(root, context).op;
+    for (auto entry = pool.begin(); entry != pool.end();) {
+        entry->second.anew = false;
         entry = entry->second.in_use ? std::next(entry) : pool.erase(entry);
+    }
     return op;
 }
 
@@ -59,46 +61,56 @@ OpTree::Entry& OpTree::take(Node& node, const OutputContext& context) {
     }
     if (spare)
         return *spare;
-    return pool.emplace(&node, Entry{node.make_op(), false})->second;
+    return pool.emplace(&node, Entry{node.make_op(), false, true})->second;
 }
 
-Op& OpTree::build(Node& node, const OutputContext& context) {
+OpTree::Entry& OpTree::build(Node& node, const OutputContext& context) {
     Entry& entry = take(node, context);
     Op& op = *entry.op;
     if (entry.in_use)
-        return op;
+        return entry;
     entry.in_use = true;
     op.set_abort_switch(&abort_switch);
     op.setOutputContext(context);
     node.store_early(op);
-    wire(node, op);
-
     Hash hash;
     hash.append(op.Class());
-    for (int n = 0; n < op.inputs(); n++)
-        for (int m = 0; m < op.split_input(n); m++)
-            hash.append(op.input(n, m) ? op.input(n, m)->hash() : Hash());
+    const bool fed_anew = wire(node, op, hash);
     node.store_all(op, hash);
     op.append(hash);
     op.set_hash(hash);
-    return op;
+    // A new op may stand for one of the same hash, but nobody has validated it yet.
+    if (fed_anew && op.valid())
+        op.invalidate();
+    entry.anew = entry.anew || fed_anew;
+    return entry;
 }
 
-// Every copy of every input gets the op of its own moment, or the class's own idea of nothing.
-void OpTree::wire(Node& node, Op& op) {
+// Every copy of every input gets the op of its own moment, or the class's own idea of nothing. Tells
+// whether one of them is anew.
+bool OpTree::wire(Node& node, Op& op, Hash& hash) {
+    op.inputs(node.inputs_of_ops());
+    op.clear_inputs();
+    bool anew = false;
     int place = 0;
     for (int n = 0; n < op.inputs(); n++) {
         Node* const source = node.input(n);
-        for (int m = 0; m < op.split_input(n); m++) {
+        const int copies = op.split_input(n);
+        for (int m = 0; m < copies; m++) {
             OutputContext scratch;
             Op* input = nullptr;
-            if (source)
-                input = &build(*source, op.inputContext(n, m, scratch));
+            if (source) {
+                Entry& entry = build(*source, op.inputContext(n, m, scratch));
+                input = entry.op.get();
+                anew = anew || entry.anew;
+            }
             if (!input || !op.test_input(n, input))
                 input = op.default_input(n);
             op.set_input(place++, input, n, m);
+            hash.append(input ? input->hash() : Hash());
         }
     }
+    return anew;
 }
 
 } // namespace velmora

@@ -41,6 +41,7 @@ private:
     struct Entry {
         std::unique_ptr<DD::Image::Op> op;
         bool in_use;
+        bool anew; // since the tree was last brought to a moment, or fed by such a one
     };
     typedef std::multimap<const DD::Image::Node*, Entry> Pool;
 
@@ -48,9 +49,9 @@ private:
     std::atomic<bool> abort_switch{false};
     Pool pool;
 
-    DD::Image::Op& build(DD::Image::Node& node, const DD::Image::OutputContext& context);
+    Entry& build(DD::Image::Node& node, const DD::Image::OutputContext& context);
     Entry& take(DD::Image::Node& node, const DD::Image::OutputContext& context);
-    void wire(DD::Image::Node& node, DD::Image::Op& op);
+    bool wire(DD::Image::Node& node, DD::Image::Op& op, DD::Image::Hash& hash);
     void close_all();
 };
 

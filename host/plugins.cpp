@@ -19,9 +19,10 @@ const char* plugin_being_loaded() {
 static void load_library(const std::string& file) {
     static std::deque<std::string> loaded; // descriptions keep pointing to the names
     loaded.push_back(std::filesystem::absolute(file).string());
+    const char* const outer = being_loaded; // whose loading has led here
     being_loaded = loaded.back().c_str();
     void* const library = dlopen(being_loaded, RTLD_NOW | RTLD_LOCAL);
-    being_loaded = nullptr;
+    being_loaded = outer;
     if (!library)
         throw PluginError(file, std::string("cannot be loaded: ") + dlerror());
 }
@@ -35,7 +36,14 @@ static std::string loaded_by(const std::string& file) {
     return name;
 }
 
+// A class name is one file's name, never a way through folders.
+static bool is_file_name(const std::string& name) {
+    return !name.empty() && name.find('/') == std::string::npos;
+}
+
 bool PluginPath::load(const std::string& name, int depth) const {
+    if (!is_file_name(name))
+        return false;
     for (const std::string& folder : folders) {
         const std::string stem = (std::filesystem::path(folder) / name).string();
         if (std::filesystem::exists(stem + ".so")) {
@@ -59,8 +67,7 @@ const DD::Image::Op::Description* PluginPath::look_for(const std::string& class_
     using Description = DD::Image::Op::Description;
     if (const Description* const there = Description::find(class_name.c_str()))
         return there;
-    // A class name is one file's name, never a way through folders.
-    if (class_name.empty() || class_name.find('/') != std::string::npos || !load(class_name, 0))
+    if (!load(class_name, 0))
         return nullptr;
     const Description* const loaded = Description::find(class_name.c_str());
     if (!loaded)

@@ -5,6 +5,7 @@
 #include <exception>
 #include <mutex>
 #include <random>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -103,15 +104,39 @@ static std::vector<Span> spans_of(const Box& box, const Pulling& pulling) {
     return spans;
 }
 
+namespace {
+
+// Threads that run the work, fewer than asked for when the system has no more; waits for them.
+class Helpers {
+public:
+    Helpers(Work& work, int count) {
+        try {
+            for (int i = 0; i < count; i++)
+                threads.emplace_back([&work] { work.run(); });
+        } catch (const std::system_error&) {
+            // The rows that these would have pulled fall to the others.
+        }
+    }
+    Helpers(const Helpers&) = delete;
+    Helpers& operator=(const Helpers&) = delete;
+    ~Helpers() {
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+
+private:
+    std::vector<std::thread> threads;
+};
+
+} // namespace
+
 void pull_rows(Iop& iop, const Box& box, ChannelMask channels, const Pulling& pulling,
                const RowSink& sink) {
     Work work(iop, channels, spans_of(box, pulling), sink);
-    std::vector<std::thread> threads;
-    for (int i = 1; i < pulling.threads; i++)
-        threads.emplace_back([&work] { work.run(); });
-    work.run();
-    for (std::thread& thread : threads)
-        thread.join();
+    {
+        Helpers helpers(work, pulling.threads - 1);
+        work.run();
+    }
     work.rethrow();
     throw_error_of(iop);
 }

@@ -10,39 +10,16 @@ namespace velmora {
 
 using DD::Image::Node;
 
+// Ops validate and open what feeds them, each within the other.
+static const int longest_chain = 1000;
+
 // Knobs that every node of the host has, or every camera, and that change no picture here.
 static bool is_without_effect(const std::string& name) {
     static const std::set<std::string> names = {
-        "autolabel",
-        "bookmark",
-        "cached",
-        "display",
-        "dope_sheet",
-        "file",
-        "gl_color",
-        "help",
-        "hide_input",
-        "icon",
-        "indicators",
-        "knobChanged",
-        "label",
-        "lifetimeEnd",
-        "lifetimeStart",
-        "note_font",
-        "note_font_color",
-        "note_font_size",
-        "onCreate",
-        "onDestroy",
-        "panel",
-        "postage_stamp",
-        "postage_stamp_frame",
-        "render_mode",
-        "selectable",
-        "suppress_dialog",
-        "tile_color",
-        "updateUI",
-        "useLifetime",
-    };
+        "animated",        "display",   "file",           "fbx_node_name", "fbx_take_list",
+        "frame_rate",      "help",      "knobChanged",    "lifetimeEnd",   "lifetimeStart",
+        "onCreate",        "onDestroy", "panel",          "render_mode",   "selectable",
+        "suppress_dialog", "updateUI",  "use_frame_rate", "useLifetime"};
     return is_graph_knob(name) || names.count(name) > 0;
 }
 
@@ -52,7 +29,8 @@ class Loader {
 public:
     Loader(const Script& script, Graph& graph) : script(script), graph(graph) {}
 
-    Node& load(int index);
+    // `depth` nodes are being loaded that this one feeds.
+    Node& load(int index, int depth = 0);
     bool is_loaded(int index) const { return loaded.count(index) > 0; }
 
     // The knob `disable` of the node; anything but true and false is an expression.
@@ -66,7 +44,7 @@ private:
     Node& create(const ScriptNode& from);
     void read_knobs(const ScriptNode& from, Node& node) const;
     void refuse_switches(const ScriptNode& from) const;
-    void wire(const ScriptNode& from, Node& node);
+    void wire(const ScriptNode& from, Node& node, int depth);
 
     [[noreturn]] void refuse(ScriptPlace place, const std::string& why) const {
         throw ScriptError(script.name, place, why);
@@ -89,15 +67,18 @@ bool Loader::is_disabled(const ScriptNode& node) const {
     return true;
 }
 
-Node& Loader::load(int index) {
+Node& Loader::load(int index, int depth) {
     const auto known = loaded.find(index);
     if (known != loaded.end())
         return *known->second;
     const ScriptNode& from = script.nodes[std::size_t(index)];
+    if (depth == longest_chain)
+        refuse(from.place,
+               "more than " + std::to_string(longest_chain) + " nodes feed each other in a row");
     Node& node = create(from);
     loaded[index] = &node;
     read_knobs(from, node);
-    wire(from, node);
+    wire(from, node, depth);
     return node;
 }
 
@@ -147,14 +128,14 @@ void Loader::read_knobs(const ScriptNode& from, Node& node) const {
     }
 }
 
-void Loader::wire(const ScriptNode& from, Node& node) {
+void Loader::wire(const ScriptNode& from, Node& node, int depth) {
     for (std::size_t n = 0; n < from.inputs.size(); n++) {
         if (from.inputs[n] < 0)
             continue;
         const ScriptNode& source = script.nodes[std::size_t(from.inputs[n])];
         if (is_disabled(source))
             refuse(source.place, title(source) + " is disabled, which cannot be honoured");
-        Node& input = load(from.inputs[n]);
+        Node& input = load(from.inputs[n], depth + 1);
         if (!node.set_input(int(n), &input))
             refuse(from.place, title(from) + " does not take " + title(source) + " as input " +
                                    std::to_string(n));
@@ -173,6 +154,12 @@ static int frame_of(const ScriptKnob& knob, const std::string& name) {
 static void read_root(const Script& script, Graph& graph) {
     if (const ScriptKnob* const format = find_knob(script.root, "format"))
         graph.set_format(parse_format_text(format->value, script.name));
+    if (const ScriptKnob* const fps = find_knob(script.root, "fps")) {
+        graph.fps = number_of(fps->value, script.name);
+        if (!(graph.fps >= 0.001 && graph.fps <= 100000))
+            throw ScriptError(script.name, fps->value.place,
+                              "knob 'fps' takes a number from 0.001 to 100000");
+    }
     if (const ScriptKnob* const first = find_knob(script.root, "first_frame"))
         graph.first_frame = frame_of(*first, script.name);
     if (const ScriptKnob* const last = find_knob(script.root, "last_frame"))
@@ -196,7 +183,8 @@ LoadedScript load_script(const Script& script, const std::string& class_name, Gr
     }
     std::set<std::string> skipped;
     for (std::size_t i = 0; i < script.nodes.size(); i++)
-        if (!loader.is_loaded(int(i)) && !wanted.count(int(i)))
+        if (!loader.is_loaded(int(i)) && !wanted.count(int(i)) &&
+            !is_looked_through(script.nodes[i].class_name))
             skipped.insert(script.nodes[i].class_name);
     result.skipped_classes.assign(skipped.begin(), skipped.end());
     return result;

@@ -1,5 +1,7 @@
 #include "host/text_knob.h"
 
+#include <filesystem>
+
 namespace velmora {
 
 using DD::Image::StoreType;
@@ -20,12 +22,26 @@ bool TextKnob::set_text(const char* value) {
     return true;
 }
 
+// `folder` in place of the expression that stands for the script's.
+static std::string with_folder(std::string text, const std::string& folder) {
+    static const std::string expression = "[file dirname [value root.name]]";
+    for (std::size_t at = text.find(expression); at != std::string::npos;
+         at = text.find(expression, at + folder.size()))
+        text.replace(at, expression.size(), folder);
+    return text;
+}
+
 void TextKnob::read(const ScriptValue& value, const std::string& script) {
-    if (ClassID() == DD::Image::FILE_KNOB && value.text.find('[') != std::string::npos)
+    if (ClassID() != DD::Image::FILE_KNOB) {
+        text = value.text;
+        return;
+    }
+    if (with_folder(value.text, ".").find('[') != std::string::npos)
         throw ScriptError(script, value.place,
                           "knob '" + name() + "': the expression in " + shown(value) +
                               " cannot be honoured");
-    text = value.text;
+    const std::string parent = std::filesystem::path(script).parent_path().string();
+    text = with_folder(value.text, parent.empty() ? "." : parent);
 }
 
 ScriptValue TextKnob::script_value() const {

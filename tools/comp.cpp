@@ -14,9 +14,7 @@ namespace velmora {
 
 using DD::Image::Node;
 
-Comp::Comp() : graph(plugin_path()) {
-    graph.set_format(default_format);
-}
+Comp::Comp() : graph(plugin_path()) {}
 
 // ---- knobs of the command line -----------------------------------------------------------------
 
@@ -56,6 +54,7 @@ static bool set_knobs(const CompOptions& options, Node& node) {
 // ---- from options ------------------------------------------------------------------------------
 
 static void make_shot(const CompOptions& options, Comp& comp) {
+    comp.graph.set_format(default_format);
     Node& stars = create_star_node(comp.graph);
     if (!set_knobs(options, stars))
         stars.knob("starfile")->set_text(default_star_file().c_str());
@@ -87,6 +86,16 @@ static Node* find_node(const std::vector<Node*>& nodes, const std::string& name)
     return alike.size() == 1 ? alike[0] : nullptr;
 }
 
+static Node* node_named(const CompOptions& options, const LoadedScript& loaded) {
+    const std::string what = "--node " + options.node;
+    if (Node* const node = find_node(loaded.nodes, options.node))
+        return node;
+    const std::vector<std::string>& off = loaded.disabled;
+    if (std::find(off.begin(), off.end(), options.node) != off.end())
+        throw UsageFailure(what, "is disabled in " + options.script);
+    throw UsageFailure(what, options.script + " has no such node of class " + star_node_class);
+}
+
 static void read_script(const CompOptions& options, Comp& comp) {
     if (options.camera.given())
         throw UsageFailure("arguments", "the camera is what the script says: options such as "
@@ -101,13 +110,8 @@ static void read_script(const CompOptions& options, Comp& comp) {
         comp.notes.push_back("note: " + options.script +
                              ": not rendered, being disabled: " + in_list(loaded.disabled));
     comp.stars = loaded.nodes;
-    if (!options.node.empty()) {
-        Node* const wanted = find_node(loaded.nodes, options.node);
-        if (!wanted)
-            throw UsageFailure("--node " + options.node,
-                               options.script + " has no such node of class " + star_node_class);
-        comp.stars = {wanted};
-    }
+    if (!options.node.empty())
+        comp.stars = {node_named(options, loaded)};
     if (comp.stars.empty())
         throw WorkFailure(options.script,
                           std::string("has no node of class ") + star_node_class + " to render");

@@ -241,14 +241,21 @@ std::string knob_text(const HostKnob& knob, double frame) {
 
 // ---- limits ------------------------------------------------------------------------------------
 
+[[noreturn]] static void refuse(const std::string& where, const std::string& what,
+                                const char* why) {
+    if (where.empty())
+        throw UsageFailure(what, why);
+    throw WorkFailure(where + what, why);
+}
+
 void check_sizes(const Node& node, double frame, const std::string& where) {
     const auto& knob = dynamic_cast<const FormatKnob&>(*node.knob("format"));
     const double bytes = 16.0 * knob.format().width() * knob.format().height();
     if (bytes >= 4294967296.0)
-        throw UsageFailure(where + "format '" + size_text(knob.format()) + "'",
-                           "an image takes 16 bytes per pixel and must stay below 4 GiB");
+        refuse(where, "format '" + size_text(knob.format()) + "'",
+               "an image takes 16 bytes per pixel and must stay below 4 GiB");
     if (node.knob("blur_segs")->get_value_at(frame) > most_blur_segs)
-        throw UsageFailure(where + "blur_segs", "takes a whole number up to 10000");
+        refuse(where, "blur_segs", "takes a whole number up to 10000");
 }
 
 } // namespace velmora

@@ -38,13 +38,22 @@ bool Outputs::has(Kind kind) const {
                        [kind](const Output& output) { return output.kind == kind; });
 }
 
+// Neither leads out of the folder nor stands for a frame number.
+static bool is_plain(const std::string& node) {
+    return node.find_first_of("/#%") == std::string::npos;
+}
+
 static std::string name_of_node(const std::string& pattern, const std::string& node, bool several) {
     const std::string place = "{node}";
+    if (pattern.find(place) != std::string::npos && !is_plain(node))
+        throw UsageFailure(quoted(pattern),
+                           "the name of the node '" + node + "' cannot be part of a file's");
     if (several && pattern.find(place) == std::string::npos)
         throw UsageFailure(quoted(pattern), "has no {node}, and several nodes would overwrite each "
                                             "other: --node renders one of them");
     std::string name = pattern;
-    for (std::size_t at; (at = name.find(place)) != std::string::npos;)
+    for (std::size_t at = name.find(place); at != std::string::npos;
+         at = name.find(place, at + node.size()))
         name.replace(at, place.size(), node);
     return name;
 }
@@ -91,8 +100,8 @@ std::string Outputs::encoded(const RenderedFrame& frame, Kind kind, const std::s
                 frame.pixels.size() * sizeof(float)};
 
     u64 clamped = 0;
-    std::string bytes =
-        encode_exr(frame.picture(), frame_attributes(frame, options.fps), options.half, clamped);
+    std::string bytes = encode_exr(
+        frame.picture(), frame_attributes(frame, options.fps.value_or(24)), options.half, clamped);
     if (clamped > 0)
         say("warning: " + name + ": " + std::to_string(clamped) +
             " values beyond what half floats hold were clamped to 65504");

@@ -19,7 +19,7 @@ struct OutputOptions {
     std::string raw;                   // name for the floats as they stand in memory
     bool half = false;                 // EXR in half floats
     std::optional<double> exposure;    // of PNG, in stops
-    double fps = 24;                   // as EXR says
+    std::optional<double> fps;         // as EXR says; the comp's own when not given
 };
 
 // The places that outputs are going to take up.

@@ -15,6 +15,8 @@ namespace {
 
 // A node with its place among the outputs.
 struct Rendering {
+    std::string
+        where; // what stands before a message about the node; nothing when it is the only one
     std::unique_ptr<NodeRenderer> renderer;
     std::unique_ptr<Outputs> outputs;
 };
@@ -43,8 +45,9 @@ static std::vector<Rendering> renderings_of(const Comp& comp, const RenderOption
     std::vector<Rendering> renderings;
     for (Node* const node : comp.stars) {
         const std::string where = options.comp.script.empty() ? "" : node->name() + ": ";
-        const OutputOptions named = outputs_of_node(options.outputs, node->name(), several);
-        renderings.push_back({std::make_unique<NodeRenderer>(*node, where),
+        OutputOptions named = outputs_of_node(options.outputs, node->name(), several);
+        named.fps = named.fps.value_or(comp.graph.fps);
+        renderings.push_back({where, std::make_unique<NodeRenderer>(*node, where),
                               std::make_unique<Outputs>(named, frames, comp.inputs, taken)});
     }
     return renderings;
@@ -90,7 +93,9 @@ void render(const RenderOptions& options) {
         Progress progress(pieces.size(), stars);
         failed = run_jobs(
             pieces.size(), options.jobs, render_piece,
-            [&](std::size_t i) { return "frame " + std::to_string(pieces[i].frame); },
+            [&](std::size_t i) {
+                return pieces[i].rendering->where + "frame " + std::to_string(pieces[i].frame);
+            },
             [&] { progress.frame_done(); });
     }
     if (failed > 0)

@@ -42,7 +42,8 @@ static void add_output_options(CLI::App& command, RenderOptions& options) {
              "also write the floats as in memory: alpha, red, green, blue per pixel");
     command.add_flag("--half", options.outputs.half, "half floats in EXR");
     add_number(command, "--exposure", options.outputs.exposure, "stops by which PNG is brightened");
-    add_number(command, "--fps", options.outputs.fps, "frames per second, as EXR says (default 24)")
+    add_number(command, "--fps", options.outputs.fps,
+               "frames per second, as EXR says (default 24, or the script's)")
         ->check(refuse_frame_rate, "");
     command.add_option("--jobs", options.jobs, "frames rendered at a time (default 1)")
         ->check(refuse_jobs, "")

@@ -1,6 +1,7 @@
 #include "tools/render_frame.h"
 
 #include "host/scanlines.h"
+#include "tools/failure.h"
 #include "tools/knobs.h"
 #include "tools/star_node.h"
 
@@ -13,8 +14,22 @@ Op& NodeRenderer::validated(double frame) {
     check_sizes(node, frame, where);
     Op& op = tree.at(frame);
     check_cameras(op);
-    validate(op);
+    check_star_file(op);
     return op;
+}
+
+void NodeRenderer::check_star_file(Op& op) {
+    const std::string file = node.knob("starfile")->get_text();
+    if (!failure.empty() && file == failed_file)
+        throw WorkFailure(node.name(), failure);
+    failure.clear();
+    try {
+        validate(op);
+    } catch (const OpFailure& failed) {
+        failed_file = file;
+        failure = failed.why;
+        throw;
+    }
 }
 
 // The image lies in the lower left of its format's file, whose rows are counted from the bottom.

@@ -36,8 +36,11 @@ private:
     DD::Image::Node& node;
     std::string where;
     OpTree tree;
+    std::string failed_file; // the star database that could not be opened, of which the node tells
+    std::string failure;     // once and then renders black
 
     DD::Image::Op& validated(double frame);
+    void check_star_file(DD::Image::Op& op);
 };
 
 } // namespace velmora

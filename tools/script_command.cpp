@@ -20,8 +20,9 @@ struct ScriptArguments {
 static void write_new_script(const ScriptArguments& arguments) {
     const std::vector<int> frames =
         arguments.frames.empty() ? std::vector<int>() : parse_frame_range(arguments.frames);
-    check_output(arguments.out, {arguments.comp.camera.chan_file});
-    write_file(arguments.out, write_script(script_of(arguments.comp, frames)));
+    const std::unique_ptr<Comp> comp = make_comp(arguments.comp);
+    check_output(arguments.out, comp->inputs);
+    write_file(arguments.out, write_script(script_of(*comp, arguments.comp, frames)));
 }
 
 void add_script_command(CLI::App& program) {

@@ -5,6 +5,7 @@
 #include "host/number_knob.h"
 #include "host/transform.h"
 #include "stars/setup.h"
+#include "tools/chan_curves.h"
 #include "tools/failure.h"
 #include "tools/star_node.h"
 
@@ -107,7 +108,8 @@ static NumberKnob& number_knob(const Node& node, const char* name) {
     return dynamic_cast<NumberKnob&>(*node.knob(name));
 }
 
-// The camera moves as the file says. A lens given outright holds against the file's.
+// The camera moves as the file says. A lens given outright holds against the file's, whose focal
+// length changes evenly from frame to frame, as in a script made of the same file.
 static void follow(Node& camera, const std::string& path, bool with_lens) {
     const std::shared_ptr<const Chan> chan = read_chan(path);
     for (std::size_t i = 0; i < 3; i++) {
@@ -121,9 +123,7 @@ static void follow(Node& camera, const std::string& path, bool with_lens) {
     if (!chan->has_vfov() || !with_lens)
         return;
     const double aperture = camera.knob("vaperture")->get_value_at(0, 0);
-    number_knob(camera, "focal").follow(0, [chan, aperture](double time) {
-        return focal_of_fov(*chan->sample(time).vfov, aperture);
-    });
+    camera.knob("focal")->read(focal_curve(*chan, aperture), path);
 }
 
 void add_camera(Graph& graph, Node& stars, const CameraOptions& options) {

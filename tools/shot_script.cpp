@@ -3,8 +3,9 @@
 #include "host/chan.h"
 #include "host/format_knob.h"
 #include "host/format_text.h"
-#include "host/lens.h"
 #include "host/script_writer.h"
+#include "tools/chan_curves.h"
+#include "tools/failure.h"
 #include "tools/star_node.h"
 
 #include <algorithm>
@@ -13,48 +14,6 @@
 namespace velmora {
 
 using DD::Image::Node;
-
-// Straight lines from key to key, and as the first and last key outside.
-static ScriptValue curve_through(const std::vector<double>& frames,
-                                 const std::vector<double>& values) {
-    if (frames.size() == 1)
-        return number_value(values[0]);
-    std::vector<ScriptValue> words = {text_value("curve"), text_value("L")};
-    for (std::size_t i = 0; i < frames.size(); i++) {
-        words.push_back(text_value("x" + number_text(frames[i])));
-        words.push_back(number_value(values[i]));
-    }
-    return list_value(words);
-}
-
-template <class Value>
-static ScriptValue curve_of(const Chan& chan, Value value) {
-    std::vector<double> values;
-    for (const double frame : chan.frames())
-        values.push_back(value(chan.sample(frame)));
-    return curve_through(chan.frames(), values);
-}
-
-static ScriptValue curves_of(const Chan& chan, std::array<double, 3> Transform::*part) {
-    std::vector<ScriptValue> curves;
-    for (std::size_t i = 0; i < 3; i++)
-        curves.push_back(
-            curve_of(chan, [&](const ChanSample& sample) { return (sample.transform.*part)[i]; }));
-    return list_value(curves);
-}
-
-static std::vector<ScriptKnob> moves_of(const Chan& chan, const Node& camera, bool with_lens) {
-    std::vector<ScriptKnob> knobs;
-    knobs.push_back({"translate", {}, curves_of(chan, &Transform::translate)});
-    knobs.push_back({"rotate", {}, curves_of(chan, &Transform::rotate)});
-    if (!chan.has_vfov() || !with_lens)
-        return knobs;
-    const double aperture = camera.knob("vaperture")->get_value_at(0, 0);
-    const ScriptValue focal = curve_of(
-        chan, [&](const ChanSample& sample) { return focal_of_fov(*sample.vfov, aperture); });
-    knobs.push_back({"focal", {}, list_value({focal})});
-    return knobs;
-}
 
 static ScriptNode node_of(const Node& node) {
     ScriptNode written;
@@ -76,9 +35,16 @@ static void set_root(Script& script, const DD::Image::Format& format, int first,
     add("format", text_value(format_text(format)));
 }
 
-Script script_of(const CompOptions& options, const std::vector<int>& frames) {
-    const std::unique_ptr<Comp> comp = make_comp(options);
-    const Node& stars = *comp->stars[0];
+// The host takes what stands in brackets in a path for an expression, however it is quoted.
+static void check_star_file(const Node& stars) {
+    const std::string path = stars.knob("starfile")->get_text();
+    if (path.find('[') != std::string::npos)
+        throw UsageFailure(path, "cannot stand in a script, where [ begins an expression");
+}
+
+Script script_of(const Comp& comp, const CompOptions& options, const std::vector<int>& frames) {
+    const Node& stars = *comp.stars[0];
+    check_star_file(stars);
     double first = 1, last = 1;
     Script script;
 
@@ -89,9 +55,8 @@ Script script_of(const CompOptions& options, const std::vector<int>& frames) {
             const Chan chan = Chan::read(options.camera.chan_file);
             first = std::ceil(chan.first_frame());
             last = std::max(first, std::floor(chan.last_frame()));
-            const bool with_lens = !options.camera.focal && !options.camera.fov;
-            for (const ScriptKnob& knob : moves_of(chan, *camera, with_lens))
-                written.knobs.push_back(knob);
+            written.knobs.push_back({"translate", {}, translate_curves(chan)});
+            written.knobs.push_back({"rotate", {}, rotate_curves(chan)});
         }
         script.nodes.push_back(written);
         camera_place = 0;

@@ -8,9 +8,9 @@
 
 namespace velmora {
 
-// Shapes: a .chan file becomes a key on each of its frames, with straight lines between. The range is
-// that of `frames`, the whole file's when there is none, or 1.
-// Errors: as make_comp.
-Script script_of(const CompOptions& options, const std::vector<int>& frames);
+// `comp` is what `options` make. A .chan file becomes a key on each of its frames, with straight lines
+// between. The range is that of `frames`, the whole file's when there is none, or 1.
+// Throws UsageFailure for a star database whose path a script cannot hold.
+Script script_of(const Comp& comp, const CompOptions& options, const std::vector<int>& frames);
 
 } // namespace velmora

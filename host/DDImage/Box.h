@@ -47,6 +47,16 @@ public:
                 std::max(t_, other.t_));
     }
 
+    void merge(int x, int y, int r, int t) { merge(Box(x, y, r, t)); }
+
+    // Grown so that it has the pixel.
+    void merge(int x, int y) {
+        if (is_constant())
+            set(x, y, x + 1, y + 1);
+        else
+            set(std::min(x_, x), std::min(y_, y), std::max(r_, x + 1), std::max(t_, y + 1));
+    }
+
     // What lies in both; boxes apart leave one pixel.
     void intersect(const Box& other) {
         set(std::max(x_, other.x_), std::max(y_, other.y_), std::min(r_, other.r_),
@@ -54,6 +64,8 @@ public:
         if (r_ <= x_ || t_ <= y_)
             clear();
     }
+
+    void intersect(int x, int y, int r, int t) { intersect(Box(x, y, r, t)); }
 
     int clampx(int x) const { return std::max(x_, std::min(x, r_ - 1)); }
     int clampy(int y) const { return std::max(y_, std::min(y, t_ - 1)); }

@@ -7,6 +7,7 @@
 #include <DDImage/Hash.h>
 
 #include <bitset>
+#include <utility>
 
 namespace DD::Image {
 
@@ -32,7 +33,7 @@ public:
 
     bool empty() const { return members.none(); }
     bool all() const { return members.count() == std::size_t(Chan_Last); }
-    explicit operator bool() const { return !empty(); }
+    operator bool() const { return !empty(); }
     unsigned size() const { return unsigned(members.count()); }
 
     // The first channel, and the one behind `channel`; Chan_Black at the end.
@@ -56,15 +57,45 @@ public:
     }
     bool contains(const ChannelSet& set) const { return (set.members & ~members).none(); }
 
-    // A single channel and the sets of ChannelSetInit convert.
-    ChannelSet& operator+=(const ChannelSet& set) { return insert(set), *this; }
-    ChannelSet& operator-=(const ChannelSet& set) { return erase(set), *this; }
-    ChannelSet& operator&=(const ChannelSet& set) { return members &= set.members, *this; }
-    ChannelSet operator+(const ChannelSet& set) const { return ChannelSet(*this) += set; }
-    ChannelSet operator-(const ChannelSet& set) const { return ChannelSet(*this) -= set; }
-    ChannelSet operator&(const ChannelSet& set) const { return ChannelSet(*this) &= set; }
-    bool operator==(const ChannelSet& set) const { return members == set.members; }
-    bool operator!=(const ChannelSet& set) const { return members != set.members; }
+    void insert(const Channel* channels, int count) { insert(ChannelSet(channels, count)); }
+    void erase(const Channel* channels, int count) { erase(ChannelSet(channels, count)); }
+    void swap(ChannelSet& set) { std::swap(members, set.members); }
+    ChannelSet intersection(const ChannelSet& set) const { return *this & set; }
+
+    // With another set, a single channel or one of the sets of ChannelSetInit; templates, since the
+    // conversion to bool would make the built-in operators as good a choice for the last two.
+    template <class Set>
+    ChannelSet& operator+=(const Set& set) {
+        return insert(ChannelSet(set)), *this;
+    }
+    template <class Set>
+    ChannelSet& operator-=(const Set& set) {
+        return erase(ChannelSet(set)), *this;
+    }
+    template <class Set>
+    ChannelSet& operator&=(const Set& set) {
+        return members &= ChannelSet(set).members, *this;
+    }
+    template <class Set>
+    ChannelSet operator+(const Set& set) const {
+        return ChannelSet(*this) += set;
+    }
+    template <class Set>
+    ChannelSet operator-(const Set& set) const {
+        return ChannelSet(*this) -= set;
+    }
+    template <class Set>
+    ChannelSet operator&(const Set& set) const {
+        return ChannelSet(*this) &= set;
+    }
+    template <class Set>
+    bool operator==(const Set& set) const {
+        return members == ChannelSet(set).members;
+    }
+    template <class Set>
+    bool operator!=(const Set& set) const {
+        return !(*this == set);
+    }
 
     // Some total order, for containers.
     bool operator<(const ChannelSet& set) const;
@@ -79,5 +110,8 @@ typedef const ChannelSet& ChannelMask;
 
 } // namespace DD::Image
 
+// The set is worked out once, before the first channel.
 #define foreach(VAR, CHANNELS)                                                                     \
-    for (DD::Image::Channel VAR = (CHANNELS).first(); VAR; VAR = (CHANNELS).next(VAR))
+    for (const DD::Image::ChannelSet &VAR##_set = (CHANNELS), *VAR##_left = &VAR##_set;            \
+         VAR##_left; VAR##_left = nullptr)                                                         \
+        for (DD::Image::Channel VAR = VAR##_left->first(); VAR; VAR = VAR##_left->next(VAR))

@@ -1,26 +1,35 @@
-#include <cstring>
 #include <DDImage/Format.h>
-#include <memory>
+#include <deque>
 #include <vector>
 
 namespace DD::Image {
 
 const Format Format::None(0, 0, 0, 0, 0, 0, 1);
 
-static std::vector<std::unique_ptr<Format>>& named_formats() {
-    static std::vector<std::unique_ptr<Format>> formats;
+static std::vector<const Format*>& named_formats() {
+    static std::vector<const Format*> formats;
     return formats;
+}
+
+const Format& Format::kept(const Format& format) {
+    static std::deque<Format> all; // which stay where they are while it grows
+    for (const Format& known : all)
+        if (known == format && known.name_ == format.name_)
+            return known;
+    all.push_back(format);
+    return all.back();
 }
 
 void Format::add(const char* name) {
     this->name(name);
-    for (std::unique_ptr<Format>& format : named_formats()) {
+    const Format& added = kept(*this);
+    for (const Format*& format : named_formats()) {
         if (format->name_ == name_) {
-            *format = *this; // in place, since nodes may point to it
+            format = &added;
             return;
         }
     }
-    named_formats().push_back(std::make_unique<Format>(*this));
+    named_formats().push_back(&added);
 }
 
 std::size_t Format::size() {
@@ -28,21 +37,21 @@ std::size_t Format::size() {
 }
 
 const Format* Format::index(std::size_t place) {
-    return place < size() ? named_formats()[place].get() : nullptr;
+    return place < size() ? named_formats()[place] : nullptr;
 }
 
 const Format* Format::findExisting(int width, int height, double pixel_aspect) {
-    for (const std::unique_ptr<Format>& format : named_formats())
+    for (const Format* const format : named_formats())
         if (format->width_ == width && format->height_ == height &&
             (pixel_aspect == 0 || format->pixel_aspect_ == pixel_aspect))
-            return format.get();
+            return format;
     return nullptr;
 }
 
 const Format* Format::findNamed(const char* name) {
-    for (const std::unique_ptr<Format>& format : named_formats())
+    for (const Format* const format : named_formats())
         if (format->name_ == name)
-            return format.get();
+            return format;
     return nullptr;
 }
 

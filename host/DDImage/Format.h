@@ -1,7 +1,7 @@
 // The size of an image and the shape of its pixels.
 //
-// Ownership: nodes point to formats; those that have a name and are added to the list live as long
-//            as the host.
+// Ownership: nodes point to formats. Those that the host hands out never change and live as long as
+//            the host.
 // Threads:   the list of named formats is the main thread's.
 #pragma once
 
@@ -36,7 +36,7 @@ public:
     void name(const char* value) { name_ = value ? value : ""; }
     bool is_none() const { return this == &None; }
 
-    // Names this format and keeps a copy in the list; one of that name is replaced.
+    // Names this format and keeps a copy in the list, in the place of one of that name.
     void add(const char* name);
 
     // The named formats, by place in the list; null when there is none such. A pixel aspect of 0
@@ -45,6 +45,9 @@ public:
     static const Format* index(std::size_t place);
     static const Format* findExisting(int width, int height, double pixel_aspect = 0);
     static const Format* findNamed(const char* name);
+
+    // A format of the same size and name that stays as it is for ever.
+    static const Format& kept(const Format& format);
 
     void append(Hash& hash) const;
 

@@ -1,5 +1,5 @@
-#include "host/black.h"
 #include "host/checks.h"
+#include "host/node.h"
 
 #include <algorithm>
 #include <DDImage/Iop.h>
@@ -17,7 +17,7 @@ bool Iop::test_input(int, Op* op) const {
 }
 
 Op* Iop::default_input(int) const {
-    return velmora::black_image();
+    return node() ? node()->project().black() : nullptr;
 }
 
 void Iop::in_channels(int, ChannelSet&) const {}
@@ -40,8 +40,15 @@ void Iop::force_validate(bool for_real) {
 }
 
 void Iop::request(int x, int y, int r, int t, ChannelMask channels, int count) {
-    requested_box.merge(Box(x, y, r, t));
-    requested += channels;
+    if (requested_for != hash())
+        is_requested = false;
+    requested_for = hash();
+    if (is_requested)
+        requested_box.set(std::min(requested_box.x(), x), std::min(requested_box.y(), y),
+                          std::max(requested_box.r(), r), std::max(requested_box.t(), t));
+    else
+        requested_box.set(x, y, r, t);
+    is_requested = true;
     _request(x, y, r, t, channels, count);
 }
 
@@ -75,13 +82,6 @@ void Iop::checked_engine(int y, int x, int r, ChannelMask channels, Row& row) {
     }
 }
 
-// Repeats the pixels at the ends of [x, r) as far as the row goes.
-static void extend(Row& row, int x, int r, Channel channel) {
-    float* const samples = row.writable(channel);
-    std::fill(samples + row.getLeft(), samples + x, samples[x]);
-    std::fill(samples + r, samples + row.getRight(), samples[r - 1]);
-}
-
 void Iop::get(int y, int x, int r, ChannelMask channels, Row& row) {
     const ChannelSet made = channels & info_.channels();
     row.erase(channels - made);
@@ -99,15 +99,14 @@ void Iop::get(int y, int x, int r, ChannelMask channels, Row& row) {
     const int from = info_.clampx(x), to = info_.clampx(r - 1) + 1;
     Row inside(from, to);
     checked_engine(info_.clampy(y), from, to, made, inside);
-    Row whole(x, r);
     foreach (channel, made) {
-        if (info_.black_outside())
-            whole.writableConstant(0, channel);
-        std::copy(inside[channel] + from, inside[channel] + to, whole.writable(channel) + from);
-        if (!info_.black_outside())
-            extend(whole, from, to, channel);
+        const float* const samples = inside[channel];
+        float* const wanted = row.writable(channel);
+        for (int column = x; column < r; column++) {
+            const int nearest = info_.clampx(column);
+            wanted[column] = nearest != column && info_.black_outside() ? 0 : samples[nearest];
+        }
     }
-    row.copy(whole, made, x, r);
 }
 
 } // namespace DD::Image

@@ -28,7 +28,7 @@ public:
     Iop& input1() const { return *input(1); }
 
     bool test_input(int n, Op* op) const override; // images only
-    Op* default_input(int n) const override;       // a black image
+    Op* default_input(int n) const override;       // a black image of the project's format
 
     // Fills columns [x, r) of row `y`, once opened. Every channel of `channels` must be filled or
     // erased, unless the op is aborted.
@@ -41,8 +41,7 @@ public:
     void request(int x, int y, int r, int t, ChannelMask channels, int count);
     void request(const Box& box, ChannelMask channels, int count);
     void request(ChannelMask channels, int count);
-    const Box& requestedBox() const { return requested_box; }
-    ChannelMask requested_channels() const { return requested; }
+    const Box& requestedBox() const { return requested_box; } // of all requests for this hash
 
     void force_validate(bool for_real = true);
 
@@ -59,7 +58,8 @@ protected:
 private:
     friend class NukeWrapper;
     Box requested_box;
-    ChannelSet requested;
+    bool is_requested = false;
+    Hash requested_for;
     ChannelSet out = Mask_All; // the channels that it may change
 
     void checked_engine(int y, int x, int r, ChannelMask channels, Row& row);

@@ -29,6 +29,13 @@ bool Knob::set_value(double, int) {
     return false;
 }
 
+bool Knob::set_values(const double* values, int count) {
+    bool all = true;
+    for (int i = 0; i < count; i++)
+        all = set_value(values[i], i) && all;
+    return all;
+}
+
 bool Knob::is_animated() const {
     return false;
 }

@@ -130,10 +130,16 @@ public:
     double maximum() const { return maximum_; }
     void set_range(double minimum, double maximum);
 
-    // The numbers of the value: how many, one of them at a time, and setting one for all times.
+    // The numbers of the value: how many, and one of them. Setting one, or without `i` all, holds for
+    // all times; false, and nothing changed, for what the knob cannot have.
     virtual int size() const;
     virtual double get_value_at(double time, int i = 0) const;
-    virtual bool set_value(double value, int i = 0);
+    double get_value_at(const OutputContext& context, int i = 0) const {
+        return get_value_at(context.frame(), i);
+    }
+    double get_value(int i = 0) const { return get_value_at(0.0, i); }
+    virtual bool set_value(double value, int i = -1);
+    bool set_values(const double* values, int count);
     virtual bool is_animated() const;
     bool isAnimated() const { return is_animated(); }
 

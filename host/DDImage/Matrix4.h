@@ -56,15 +56,19 @@ public:
     Vector4 operator*(const Vector4& v) const;
     Vector4 transform(const Vector4& v) const { return *this * v; }
     Vector4 transform(const Vector3& v, float w) const { return *this * Vector4(v, w); }
-    Vector3 transform(const Vector3& point) const; // w is 1 and is dropped
+    Vector3 transform(const Vector3& point) const;  // w is 1 and is dropped
+    Vector2 transform(const Vector2& point) const { // w is kept out, z is 0
+        const Vector3 moved = transform(Vector3(point.x, point.y, 0));
+        return {moved.x, moved.y};
+    }
     Vector3 vtransform(const Vector3& direction) const;
     Vector3 ntransform(const Vector3& normal) const; // by the transposed matrix
 
-    Matrix4 transpose() const;
+    [[nodiscard]] Matrix4 transpose() const;
     double determinant() const;
 
     // The elements of a singular matrix's inverse are infinite or not numbers.
-    Matrix4 inverse() const;
+    [[nodiscard]] Matrix4 inverse() const;
 
     // Become the transformation.
     void translation(float x, float y, float z = 0);

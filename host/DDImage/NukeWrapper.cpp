@@ -1,11 +1,10 @@
-#include "host/black.h"
-
 #include <DDImage/NukeWrapper.h>
 
 namespace DD::Image {
 
 NukeWrapper::NukeWrapper(Iop* op) : Iop(op->node()), wrapped(op) {
     op->wrapper = this;
+    Op::wrapped = op;
     Op::inputs(maximum_inputs());
 }
 
@@ -121,10 +120,6 @@ void NukeWrapper::_open() {
 
 void NukeWrapper::_close() {
     wrapped->close();
-}
-
-void NukeWrapper::_invalidate() {
-    wrapped->invalidate();
 }
 
 void NukeWrapper::engine(int y, int x, int r, ChannelMask channels, Row& row) {

@@ -58,7 +58,6 @@ protected:
     void _request(int x, int y, int r, int t, ChannelMask channels, int count) override;
     void _open() override;
     void _close() override;
-    void _invalidate() override;
 
 private:
     std::unique_ptr<Iop> wrapped;

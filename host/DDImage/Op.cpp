@@ -69,6 +69,13 @@ void Op::inputs(int count) {
     inputs_.resize(std::size_t(std::max(count, 0)));
 }
 
+void Op::clear_inputs() {
+    for (std::vector<Op*>& copies : inputs_)
+        copies.clear();
+    if (wrapped)
+        wrapped->clear_inputs();
+}
+
 Op* Op::input(int n, int m) const {
     if (n < 0 || m < 0 || n >= inputs())
         return nullptr;
@@ -124,7 +131,8 @@ void Op::append(Hash&) {}
 void Op::set_hash(const Hash& hash) {
     if (hash == hash_)
         return;
-    hash_ = hash;
+    for (Op* op = this; op; op = op->wrapped)
+        op->hash_ = hash;
     invalidate();
 }
 
@@ -132,17 +140,19 @@ void Op::validate(bool for_real) {
     const Validity wanted = for_real ? Validity::for_real : Validity::roughly;
     if (valid_ >= wanted)
         return;
-    {
-        const std::lock_guard<std::mutex> guard(error_lock);
-        error_.clear();
-    }
     _validate(for_real);
     valid_ = wanted;
 }
 
 void Op::invalidate() {
-    valid_ = Validity::none;
-    _invalidate();
+    for (Op* op = &outermost(); op; op = op->wrapped) {
+        op->valid_ = Validity::none;
+        {
+            const std::lock_guard<std::mutex> guard(op->error_lock);
+            op->error_.clear();
+        }
+        op->_invalidate();
+    }
 }
 
 void Op::open() {
@@ -152,7 +162,12 @@ void Op::open() {
         for (Op* const copy : copies)
             if (copy)
                 copy->open();
-    _open();
+    try {
+        _open();
+    } catch (...) {
+        close_inputs();
+        throw;
+    }
     opened_ = true;
 }
 
@@ -161,6 +176,14 @@ void Op::close() {
         return;
     opened_ = false;
     _close();
+    close_inputs();
+}
+
+void Op::close_inputs() {
+    for (const std::vector<Op*>& copies : inputs_)
+        for (Op* const copy : copies)
+            if (copy)
+                copy->close();
 }
 
 void Op::_validate(bool) {}
@@ -171,16 +194,17 @@ void Op::_invalidate() {}
 // ---- stopping and failing ----------------------------------------------------------------------
 
 bool Op::aborted() const {
-    if (wrapper)
-        return wrapper->aborted();
-    return abort_switch && abort_switch->load(std::memory_order_relaxed);
+    const std::atomic<bool>* const flag = outermost().abort_switch;
+    return flag && flag->load(std::memory_order_relaxed);
 }
 
 void Op::abort() const {
-    if (wrapper)
-        wrapper->abort();
-    else if (abort_switch)
-        abort_switch->store(true, std::memory_order_relaxed);
+    if (std::atomic<bool>* const flag = outermost().abort_switch)
+        flag->store(true, std::memory_order_relaxed);
+}
+
+const Format* Op::input_format() const {
+    return node_ ? &node_->project().format() : nullptr;
 }
 
 static std::string formatted(const char* format, va_list args) {
@@ -199,7 +223,7 @@ void Op::error(const char* format, ...) {
     const std::string message = formatted(format, args);
     va_end(args);
 
-    Op& failed = wrapper ? *wrapper : *this;
+    Op& failed = outermost();
     const std::lock_guard<std::mutex> guard(failed.error_lock);
     failed.error_ = message;
     failed.errors_++;
@@ -220,12 +244,18 @@ int Op::error_count() const {
 }
 
 Op* Op::error_op() {
+    std::set<const Op*> seen;
+    return error_op(seen);
+}
+
+Op* Op::error_op(std::set<const Op*>& seen) {
     if (has_error())
         return this;
     for (const std::vector<Op*>& copies : inputs_)
         for (Op* const copy : copies)
-            if (Op* const failed = copy ? copy->error_op() : nullptr)
-                return failed;
+            if (copy && seen.insert(copy).second)
+                if (Op* const failed = copy->error_op(seen))
+                    return failed;
     return nullptr;
 }
 

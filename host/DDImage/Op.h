@@ -19,12 +19,14 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
 namespace DD::Image {
 
 class Box;
+class Format;
 class Iop;
 class NukeWrapper;
 
@@ -108,6 +110,9 @@ public:
     virtual int maximum_inputs() const { return inputs(); }
     virtual int optional_input() const { return -1; }
 
+    // Takes all copies out of all inputs.
+    void clear_inputs();
+
     // Copy `m` of input `n`; null when nothing is there. Without `m` the first copy.
     Op* input(int n) const { return input(n, 0); }
     Op* input(int n, int m) const;
@@ -136,14 +141,16 @@ public:
 
     // ---- the cycle -----------------------------------------------------------------------------
 
-    // Calls _validate unless that was done for this hash already; forgets the last error before it.
+    // Calls _validate unless that was done for this hash already.
     void validate(bool for_real = true);
     bool valid() const { return valid_ != Validity::none; }
 
-    // Makes the next validate() do its work again.
+    // Makes the next validate() do its work again and forgets the last error, for this op and those
+    // that it wraps or is wrapped by.
     void invalidate();
 
-    // Open every input and then this op; what _open throws passes through and leaves it closed.
+    // Open every input and then this op; what _open throws passes through and leaves them closed.
+    // close() closes the inputs too.
     void open();
     void close();
     bool opened() const { return opened_; }
@@ -154,7 +161,8 @@ public:
     bool aborted() const;
     void abort() const;
 
-    // Marks the op as failed, printf style. The last message stays until it is validated again.
+    // Marks the op as failed, printf style. The last message stays until the op is invalidated, as it
+    // is when its hash changes.
     void error(const char* format, ...) __attribute__((format(printf, 2, 3)));
     bool has_error() const;
     std::string error_message() const;
@@ -164,6 +172,12 @@ public:
 
     // How often error() was called in the life of this op.
     int error_count() const;
+
+    // Of the project; null for an op without a node.
+    const Format* input_format() const;
+
+    // Asks to be closed soon after the last engine, which is what happens in any case.
+    void callCloseAfter(double seconds) { (void)seconds; }
 
     // Tells the panel to draw again, where there is one.
     void asapUpdate() {}
@@ -190,6 +204,7 @@ private:
 
     Node* node_;
     Op* wrapper = nullptr; // that answers for this op
+    Op* wrapped = nullptr; // for which this op answers
     OutputContext context_;
     std::vector<std::vector<Op*>> inputs_; // by input and copy
     Hash hash_;
@@ -200,6 +215,11 @@ private:
     std::string error_;
     int errors_ = 0;
     std::vector<std::pair<const void*, std::unique_ptr<std::string>>> texts;
+
+    const Op& outermost() const { return wrapper ? wrapper->outermost() : *this; }
+    Op& outermost() { return wrapper ? wrapper->outermost() : *this; }
+    void close_inputs();
+    Op* error_op(std::set<const Op*>& seen);
 };
 
 } // namespace DD::Image

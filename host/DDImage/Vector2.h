@@ -20,6 +20,12 @@ public:
     Vector2 operator-(const Vector2& v) const { return {x - v.x, y - v.y}; }
     Vector2 operator*(float f) const { return {x * f, y * f}; }
     float dot(const Vector2& v) const { return x * v.x + y * v.y; }
+    Vector2 operator/(float f) const { return {x / f, y / f}; }
+    Vector2& operator+=(const Vector2& v) { return *this = *this + v; }
+    Vector2& operator-=(const Vector2& v) { return *this = *this - v; }
+    Vector2& operator*=(float f) { return *this = *this * f; }
+    void set(float x, float y) { *this = Vector2(x, y); }
+    float lengthSquared() const { return dot(*this); }
     float length() const { return std::sqrt(dot(*this)); }
 };
 

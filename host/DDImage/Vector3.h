@@ -25,7 +25,22 @@ public:
     Vector3 cross(const Vector3& v) const {
         return {y * v.z - z * v.y, z * v.x - x * v.z, x * v.y - y * v.x};
     }
+    Vector3 operator/(float f) const { return {x / f, y / f, z / f}; }
+    Vector3& operator+=(const Vector3& v) { return *this = *this + v; }
+    Vector3& operator-=(const Vector3& v) { return *this = *this - v; }
+    Vector3& operator*=(float f) { return *this = *this * f; }
+    Vector3& operator/=(float f) { return *this = *this / f; }
+    void set(float x, float y, float z) { *this = Vector3(x, y, z); }
+    float lengthSquared() const { return dot(*this); }
     float length() const { return std::sqrt(dot(*this)); }
+
+    // Makes the length 1, unless it is 0, and gives what it was.
+    float normalize() {
+        const float before = length();
+        if (before > 0)
+            *this /= before;
+        return before;
+    }
 };
 
 } // namespace DD::Image

@@ -1,0 +1,30 @@
+# What `cmake --install` makes: a folder that renders by itself, wherever it is moved to, and that
+# Nuke's users add to NUKE_PATH.
+#
+#     bin/velmora   lib/libDDImage.so   plugin/VelmoraNK.so    the command line and its stand-in
+#     share/velmora/                                           the star database
+#     init.py   menu.py   icons/   plugin/nuke<version>/       what Nuke runs, shows and loads
+#     examples/   docs/
+#
+# A build for a real Nuke adds its plug-in to the same folder, or makes one without command line.
+
+# Start-up scripts of a host have no place in /usr/local.
+if(CMAKE_INSTALL_PREFIX_INITIALIZED_TO_DEFAULT)
+    set(CMAKE_INSTALL_PREFIX ${PROJECT_BINARY_DIR}/installed
+        CACHE PATH "The folder that cmake --install makes" FORCE)
+endif()
+
+install(FILES packaging/init.py packaging/menu.py DESTINATION .)
+install(DIRECTORY packaging/icons DESTINATION . FILES_MATCHING PATTERN "*.png" PATTERN "*.svg")
+if(NUKE_ROOT)
+    install(TARGETS VelmoraNK LIBRARY DESTINATION plugin/nuke${NUKE_VERSION})
+    return()
+endif()
+
+set_target_properties(velmora_cli VelmoraNK PROPERTIES INSTALL_RPATH "$ORIGIN/../lib")
+install(TARGETS velmora_cli RUNTIME DESTINATION bin)
+install(TARGETS DDImage LIBRARY DESTINATION lib)
+install(TARGETS VelmoraNK LIBRARY DESTINATION plugin)
+install(FILES ${PROJECT_BINARY_DIR}/share/velmora/stars.velmora data/LICENSE.d3-celestial
+    DESTINATION share/velmora)
+install(DIRECTORY packaging/examples docs DESTINATION .)

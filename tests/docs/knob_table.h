@@ -1,0 +1,11 @@
+// The table of the node's knobs that docs/node.md shows, from the plug-in itself.
+#pragma once
+
+#include <string>
+
+namespace velmora {
+
+// Lines of Markdown, each with its end. Throws WorkFailure when the plug-in cannot be loaded.
+std::string knob_table();
+
+} // namespace velmora

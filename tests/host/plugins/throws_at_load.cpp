@@ -1,0 +1,10 @@
+// A plug-in that cannot set itself up.
+#include <DDImage/Op.h>
+#include <stdexcept>
+
+static int set_up() {
+    throw std::runtime_error("no licence for the moon");
+}
+
+extern const int from_set_up;
+const int from_set_up = set_up();

@@ -1,0 +1,16 @@
+// The moves of a .chan file as values of a camera's knobs: a key on each of the file's frames, with
+// straight lines between, and as the first and last key outside.
+#pragma once
+
+#include "host/chan.h"
+#include "host/script_text.h"
+
+namespace velmora {
+
+ScriptValue translate_curves(const Chan& chan);
+ScriptValue rotate_curves(const Chan& chan);
+
+// The focal length, in the aperture's unit. The file must have fields of view.
+ScriptValue focal_curve(const Chan& chan, double vertical_aperture);
+
+} // namespace velmora
