@@ -1,8 +1,8 @@
 #define XSOURCE "osapi-unix"
 
+#include "core/unwinding.h"
 #include "core/xception.h"
 #include "osapi/osapi.h"
-#include "osapi/unwinding.h"
 
 #include <cerrno>
 #include <cstring>
@@ -85,7 +85,7 @@ void sync(fd_t fd) {
 FileDescriptor::~FileDescriptor() noexcept(false) {
     if (!is_open())
         return;
-    if (unwinding())
+    if (velmora::unwinding())
         ::close(fd);
     else
         OSAPI::close(fd);
