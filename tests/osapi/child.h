@@ -7,6 +7,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <functional>
 
 inline void wait_a_moment() {
@@ -24,9 +25,10 @@ public:
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
     ~Child() {
-        if (is_there()) {
-            ::kill(pid, SIGKILL);
-            ::waitpid(pid, nullptr, 0);
+        if (!is_there())
+            return;
+        ::kill(pid, SIGKILL);
+        while (::waitpid(pid, nullptr, 0) == -1 && errno == EINTR) {
         }
     }
 
