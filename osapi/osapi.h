@@ -307,6 +307,8 @@ public:
 class FileInput : public Input {
 public:
     explicit FileInput(DiskFile& file) : pos(0), file(file) {}
+    FileInput(const FileInput&) = delete;
+    FileInput& operator=(const FileInput&) = delete;
 
     s64 curpos() const override { return pos; }
     int read(char* buf, int n) override;
@@ -322,6 +324,8 @@ private:
 class FileOutput : public Output {
 public:
     explicit FileOutput(DiskFile& file) : pos(0), file(file) {}
+    FileOutput(const FileOutput&) = delete;
+    FileOutput& operator=(const FileOutput&) = delete;
 
     s64 curpos() const override { return pos; }
     int write(const char* buf, int n) override;
