@@ -1,8 +1,8 @@
 #define XSOURCE "osapi-unix"
 
+#include "core/unwinding.h"
 #include "core/xception.h"
 #include "osapi/osapi.h"
-#include "osapi/unwinding.h"
 
 #include <unistd.h>
 
@@ -21,7 +21,7 @@ AtomicFileWrite::AtomicFileWrite(const char* path, const String& temp_path, fd_t
 AtomicFileWrite::~AtomicFileWrite() noexcept(false) {
     if (done)
         return;
-    if (unwinding())
+    if (velmora::unwinding())
         unlink(temp_path.str);
     else
         abort();

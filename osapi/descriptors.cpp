@@ -1,16 +1,20 @@
 #define XSOURCE "osapi-unix"
 
+#include "core/unwinding.h"
 #include "core/xception.h"
 #include "osapi/osapi.h"
-#include "osapi/unwinding.h"
 
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace OSAPI {
+
+// ---- Opening and closing ---------------------------------------------------------------------
 
 static const mode_t creation_mode = 0664;
 
@@ -58,17 +62,107 @@ void close(fd_t fd) {
         XTHROW("close: %s", strerror(errno));
 }
 
+// ---- Modes and copies ------------------------------------------------------------------------
+
+// Turning O_NONBLOCK over, where it should be cleared, is what callers rely on.
+void set_blocking(fd_t fd, bool blocking) {
+    const int flags = fcntl(fd, F_GETFL);
+    if (flags == -1)
+        XTHROW("fcntl: %s", strerror(errno));
+    if (fcntl(fd, F_SETFL, blocking ? flags ^ O_NONBLOCK : flags | O_NONBLOCK) == -1)
+        XTHROW("fcntl: %s", strerror(errno));
+}
+
+fd_t dup(fd_t fd) {
+    const fd_t copy = ::dup(fd);
+    if (copy == -1)
+        XTHROW("dup: %s", strerror(errno));
+    return copy;
+}
+
+void dup2(fd_t from, fd_t to) {
+    if (from != to && ::dup2(from, to) == -1)
+        XTHROW("dup2: %s", strerror(errno));
+}
+
+// ---- Reading and writing ---------------------------------------------------------------------
+
+static bool worth_another_try(int error) {
+    return error == EAGAIN || error == EINTR;
+}
+
+sword read(int fd, char* buf, uword n) {
+    uword got = 0;
+    while (got < n) {
+        const ssize_t count = ::read(fd, buf + got, n - got);
+        if (count == 0)
+            XTHROW("unexpected EOF");
+        if (count > 0)
+            got += uword(count);
+        else if (!worth_another_try(errno))
+            XTHROW("read: %s", strerror(errno));
+    }
+    return sword(got);
+}
+
+sword pread(int fd, char* buf, uword n, u64 offset) {
+    uword got = 0;
+    while (got < n) {
+        const ssize_t count = ::pread(fd, buf + got, n - got, off_t(offset + got));
+        if (count == 0)
+            XTHROW("unexpected EOF");
+        if (count > 0)
+            got += uword(count);
+        else if (!worth_another_try(errno))
+            XTHROW("read: %s", strerror(errno));
+    }
+    return sword(got);
+}
+
+sword read_short(int fd, char* buf, uword n) {
+    for (;;) {
+        const ssize_t count = ::read(fd, buf, n);
+        if (count >= 0)
+            return count;
+        if (errno == EAGAIN)
+            return 0;
+        if (errno != EINTR)
+            XTHROW("read: %s", strerror(errno));
+    }
+}
+
 sword write(int fd, const char* buf, uword n) {
     uword written = 0;
     do {
         const ssize_t count = ::write(fd, buf + written, n - written);
         if (count >= 0)
             written += uword(count);
-        else if (errno != EAGAIN && errno != EINTR)
+        else if (!worth_another_try(errno))
             XTHROW("write: %s", strerror(errno));
     } while (written < n);
     return sword(written);
 }
+
+sword pwrite(int fd, const char* buf, uword n, u64 offset) {
+    uword written = 0;
+    do {
+        const ssize_t count = ::pwrite(fd, buf + written, n - written, off_t(offset + written));
+        if (count >= 0)
+            written += uword(count);
+        else if (!worth_another_try(errno))
+            XTHROW("write: %s", strerror(errno));
+    } while (written < n);
+    return sword(written);
+}
+
+s64 lseek(fd_t fd, s64 offset, int whence) {
+    const off_t position = ::lseek(fd, offset, whence);
+    if (position == -1)
+        XTHROW("lseek: %s", strerror(errno));
+    return position;
+}
+
+// ---- The file behind a descriptor ------------------------------------------------------------
 
 u64 getsize(fd_t fd) {
     struct stat status;
@@ -77,15 +171,45 @@ u64 getsize(fd_t fd) {
     return u64(status.st_size);
 }
 
+void truncate(fd_t fd, s64 length) {
+    if (ftruncate(fd, length) == -1)
+        XTHROW("ftruncate: %s", strerror(errno));
+}
+
 void sync(fd_t fd) {
     if (fsync(fd) == -1)
         XTHROW("fsync: %s", strerror(errno));
 }
 
+void datasync(fd_t fd) {
+    if (fdatasync(fd) == -1)
+        XTHROW("fdatasync: %s", strerror(errno));
+}
+
+void sync() {
+    ::sync();
+}
+
+// ---- Waiting ---------------------------------------------------------------------------------
+
+int poll(pollfd* fds, unsigned n, int timeout_ms, bool interruptible) {
+    for (;;) {
+        const int ready = ::poll(fds, n, timeout_ms);
+        if (ready >= 0)
+            return ready;
+        if (errno != EINTR)
+            XTHROW("poll: %s", strerror(errno));
+        if (interruptible)
+            return -1;
+    }
+}
+
+// ---- Owners ----------------------------------------------------------------------------------
+
 FileDescriptor::~FileDescriptor() noexcept(false) {
     if (!is_open())
         return;
-    if (unwinding())
+    if (velmora::unwinding())
         ::close(fd);
     else
         OSAPI::close(fd);
@@ -103,6 +227,25 @@ void FileDescriptor::close() {
     const fd_t closing = fd;
     fd = -1;
     OSAPI::close(closing);
+}
+
+int FileDescriptor::ioctl(int request, char* arg) {
+    const int result = ::ioctl(fd, unsigned(request), arg);
+    if (result == -1)
+        XTHROW("ioctl: %s", strerror(errno));
+    return result;
+}
+
+// An end that is open already refuses its new descriptor, which is then closed again.
+void Pipe::open() {
+    int ends[2];
+    if (pipe(ends) == -1)
+        XTHROW("pipe: %s", strerror(errno));
+    FileDescriptor reading(ends[0]), writing(ends[1]);
+    read_end.init(reading.fd);
+    reading.fd = -1;
+    write_end.init(writing.fd);
+    writing.fd = -1;
 }
 
 } // namespace OSAPI

@@ -1,8 +1,8 @@
 #define XSOURCE "osapi-unix"
 
+#include "core/unwinding.h"
 #include "core/xception.h"
 #include "osapi/osapi.h"
-#include "osapi/unwinding.h"
 
 #include <cerrno>
 #include <cstring>
@@ -21,7 +21,7 @@ MemoryMapping::~MemoryMapping() noexcept(false) {
     const int result = munmap(data, size);
     data = nullptr;
     size = 0;
-    if (result == -1 && !unwinding())
+    if (result == -1 && !velmora::unwinding())
         XTHROW("munmap: %s", strerror(errno));
 }
 

@@ -1,15 +1,54 @@
 #define XSOURCE "osapi-unix"
 
+#include "core/unwinding.h"
 #include "core/xception.h"
 #include "osapi/osapi.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utime.h>
 
 namespace OSAPI {
+
+// ---- Names -----------------------------------------------------------------------------------
+
+String basename(const char* path) {
+    const char* const slash = strrchr(path, '/');
+    return slash ? slash + 1 : path;
+}
+
+String dirname(const char* path) {
+    if (!*path)
+        return "";
+    const char* const slash = strrchr(path, '/');
+    if (!slash)
+        return ".";
+    return slash == path ? String("/") : String(path, unsigned(slash - path));
+}
+
+static const char temporary_suffix[] = ".inprogress";
+static const uword suffix_length = sizeof temporary_suffix - 1;
+
+// A temporary name shorter than this or as long keeps its suffix for an extension.
+static const uword longest_unstripped = 14;
+
+String extension(const char* path) {
+    const char* const dot = strrchr(path, '.');
+    if (!dot)
+        return "";
+    const uword length = strlen(path);
+    if (strcasecmp(dot, temporary_suffix) != 0 || length <= longest_unstripped)
+        return dot + 1;
+    const String shortened(path, unsigned(length - suffix_length));
+    const char* const inner = strrchr(shortened.str, '.');
+    return inner ? inner + 1 : "";
+}
+
+// ---- What is there ---------------------------------------------------------------------------
 
 bool file_exists(const char* path, int flags) {
     int mode = F_OK;
@@ -27,6 +66,54 @@ bool is_directory(const char* path) {
     return S_ISDIR(status.st_mode);
 }
 
+u64 getsize(const char* path) {
+    struct stat status;
+    if (stat(path, &status) == -1)
+        XTHROW("stat: %s", strerror(errno));
+    return u64(status.st_size);
+}
+
+FileTime get_mtime_ifexist(const char* path) {
+    struct stat status;
+    if (stat(path, &status) == 0)
+        return status.st_mtime;
+    if (errno != ENOENT)
+        XTHROW("stat(%s): %s", path, strerror(errno));
+    return 0;
+}
+
+FileTime get_mtime(const char* path) {
+    const FileTime time = get_mtime_ifexist(path);
+    if (time == 0)
+        XTHROW("stat(%s): %s", path, strerror(errno));
+    return time;
+}
+
+// ---- Changes ---------------------------------------------------------------------------------
+
+void mkdir(const char* path) {
+    if (::mkdir(path, 0777) == -1)
+        XTHROW("mkdir(%s): %s", path, strerror(errno));
+}
+
+void make_named_pipe(const char* path) {
+    if (mknod(path, S_IFIFO | 0664, 0) == -1)
+        XTHROW("mknod(%s): %s", path, strerror(errno));
+}
+
+void set_mtime(const char* path, FileTime t) {
+    utimbuf times;
+    times.actime = t;
+    times.modtime = t;
+    if (utime(path, &times) == -1)
+        XTHROW("utime(%s): %s", path, strerror(errno));
+}
+
+void rm(const char* path) {
+    if (unlink(path) == -1)
+        XTHROW("unlink(%s): %s", path, strerror(errno));
+}
+
 void rm_ifexist(const char* path) {
     if (unlink(path) == -1 && errno != ENOENT)
         XTHROW("unlink(%s): %s", path, strerror(errno));
@@ -35,6 +122,14 @@ void rm_ifexist(const char* path) {
 void rename(const char* from, const char* to) {
     if (::rename(from, to) == -1)
         XTHROW("rename(%s,%s): %s", from, to, strerror(errno));
+}
+
+Remover::~Remover() noexcept(false) {
+    const char* const name = path.str ? path.str : "";
+    if (velmora::unwinding())
+        unlink(name);
+    else
+        rm_ifexist(name);
 }
 
 } // namespace OSAPI

@@ -3,6 +3,7 @@
 #include "osapi/osapi.h"
 
 #include "tests/message_of.h"
+#include "tests/osapi/failing_call.h"
 #include "tests/osapi/files.h"
 #include "tests/osapi/system_calls.h"
 #include "tests/scratch_folder.h"
@@ -59,12 +60,7 @@ TEST(CallFailure, IsToldWholeAndLeavesNothingBehind) {
     const std::string temp = folder.file("out.inprogress"), out = folder.file("out");
     const char* const name = path.c_str();
     char memory[16];
-    const struct {
-        const char* call;
-        int nth, error;
-        std::function<void()> action;
-        std::string message;
-    } cases[] = {
+    expect_told({
         {"open", 1, EMFILE, [=] { OSAPI::open(name, OPEN_READ); },
          "opening file \"" + path + "\": Too many open files" + in_open},
         {"open", 1, EINTR, [=] { OSAPI::open(name, OPEN_READ | OPEN_WRITE); },
@@ -113,29 +109,19 @@ TEST(CallFailure, IsToldWholeAndLeavesNothingBehind) {
         // The steps of an atomic write.
         {"open", 1, EROFS, [=] { AtomicFileWrite file(out.c_str(), OPEN_WRITE); },
          "opening file \"" + temp + "\": Read-only file system" + in_open},
-        {"fcntl", 1, EIO, [=] { AtomicFileWrite file(out.c_str(), OPEN_WRITE); },
+        {"fcntl", 1, EIO,
+         [=] {
+             const OSAPI::Remover created(temp.c_str());
+             AtomicFileWrite file(out.c_str(), OPEN_WRITE);
+         },
          "fcntl: Input/output error" + in_close_on_exec},
-        {"fcntl", 1, EIO, [=] { AtomicFileWrite::exclusive(out.c_str()); },
+        {"fcntl", 1, EIO,
+         [=] {
+             const OSAPI::Remover created(temp.c_str());
+             AtomicFileWrite::exclusive(out.c_str());
+         },
          "fcntl: Input/output error" + in_close_on_exec},
-    };
-    const int before = open_descriptors();
-    for (const auto& c : cases) {
-        std::string message;
-        int mappings, made;
-        {
-            SystemCalls calls;
-            calls.fail(c.call, c.error, c.nth);
-            message = message_without_line_of(c.action);
-            mappings = calls.mappings;
-            made = calls.count(c.call);
-        }
-        const auto row = testing::Message() << c.call << ' ' << (&c - cases);
-        EXPECT_EQ(message, c.message) << row;
-        EXPECT_EQ(made, c.nth) << row;
-        EXPECT_EQ(mappings, 0) << row;
-        EXPECT_EQ(open_descriptors(), before) << row;
-        unlink(temp.c_str());
-    }
+    });
     EXPECT_EQ(bytes_of(path), "bytes");
 }
 

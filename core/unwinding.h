@@ -3,10 +3,10 @@
 
 #include <exception>
 
-namespace OSAPI {
+namespace velmora {
 
 inline bool unwinding() {
     return std::uncaught_exceptions() > 0;
 }
 
-} // namespace OSAPI
+} // namespace velmora

@@ -1,0 +1,88 @@
+#define XSOURCE "osapi-unix"
+
+#include "core/unwinding.h"
+#include "core/xception.h"
+#include "osapi/osapi.h"
+
+#include <cerrno>
+#include <cstring>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace OSAPI {
+
+// ---- Open files ------------------------------------------------------------------------------
+
+void DiskFile::stat(struct ::stat* status) const {
+    if (fstat(fd, status) == -1)
+        XTHROW("fstat: %s", strerror(errno));
+}
+
+FileTime DiskFile::get_mtime() const {
+    struct ::stat status;
+    stat(&status);
+    return status.st_mtime;
+}
+
+// ---- Streams ---------------------------------------------------------------------------------
+
+int FileInput::read(char* buf, int n) {
+    const sword count = read_short(file.fd, buf, uword(n));
+    pos += count;
+    return int(count);
+}
+
+s64 FileInput::seek_from_start(s64 target) {
+    if (target != pos)
+        pos = lseek(file.fd, target, SEEK_SET);
+    return pos;
+}
+
+s64 FileInput::seek_from_curpos(s64 delta) {
+    if (delta != 0)
+        pos = lseek(file.fd, delta, SEEK_CUR);
+    return pos;
+}
+
+int FileOutput::write(const char* buf, int n) {
+    const sword count = OSAPI::write(file.fd, buf, uword(n));
+    pos += count;
+    return int(count);
+}
+
+s64 FileOutput::seek_from_start(s64 target) {
+    if (target != pos)
+        pos = lseek(file.fd, target, SEEK_SET);
+    return pos;
+}
+
+s64 FileOutput::seek_from_curpos(s64 delta) {
+    if (delta != 0)
+        pos = lseek(file.fd, delta, SEEK_CUR);
+    return pos;
+}
+
+// ---- A file that is written through a buffer -------------------------------------------------
+
+// The descriptor that is not to be closed is taken last, when nothing can throw any more.
+BufferedFileOutput::BufferedFileOutput(fd_t fd, int bufsize, bool close_when_done)
+    : file(close_when_done ? fd : -1), output(file), buffered(output, bufsize),
+      close_when_done(close_when_done) {
+    file.fd = fd;
+}
+
+// The members go behind this in the reverse order of their coming: the buffered layer tries once
+// more what a failed flush left, and the file closes if it still holds its descriptor.
+BufferedFileOutput::~BufferedFileOutput() noexcept(false) {
+    try {
+        buffered.flush();
+    } catch (...) {
+        if (velmora::unwinding())
+            return;
+        throw;
+    }
+    if (!close_when_done)
+        file.fd = -1;
+}
+
+} // namespace OSAPI

@@ -1,0 +1,126 @@
+#define XSOURCE "osapi-unix"
+
+#include "core/xception.h"
+#include "osapi/osapi.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace OSAPI {
+
+// ---- Starting and ending ---------------------------------------------------------------------
+
+OSAPI_pid_t getpid() {
+    return ::getpid();
+}
+
+OSAPI_pid_t fork() {
+    const OSAPI_pid_t pid = ::fork();
+    if (pid == -1)
+        XTHROW("fork: %s", strerror(errno));
+    return pid;
+}
+
+void exit(int status) {
+    ::exit(status);
+}
+
+void exit_now(int status) {
+    ::_exit(status);
+}
+
+void exec(const char* file, const char* const* argv) {
+    if (argv)
+        execvp(file, const_cast<char* const*>(argv));
+    else
+        execlp(file, file, static_cast<char*>(nullptr));
+    XTHROW("exec(%s): %s", file, strerror(errno));
+}
+
+int _kill(OSAPI_pid_t pid, int sig) {
+    return ::kill(pid, sig);
+}
+
+void kill(OSAPI_pid_t pid, int sig) {
+    if (_kill(pid, sig) != 0)
+        XTHROW("kill(%d,%d): %s", pid, sig, strerror(errno));
+}
+
+// ---- Waiting ---------------------------------------------------------------------------------
+
+static const int no_such_child = 15;
+
+int _wait_until_dead(OSAPI_pid_t pid, OSAPI_pid_t* out, bool nohang) {
+    int status = 0; // of the last call that told one; an interrupted call tells none
+    for (;;) {
+        const OSAPI_pid_t waited = waitpid(pid, &status, nohang ? WNOHANG : 0);
+        if (waited == -1) {
+            if (errno == ECHILD)
+                return no_such_child;
+            if (errno != EINTR)
+                XTHROW("waitpid: %s", strerror(errno));
+        } else if (waited != pid) {
+            if (waited == 0 && nohang)
+                return -1;
+            if (pid != -1)
+                XTHROW("unexpected return value from waitpid()");
+        }
+
+        const int end = status & 0x7f; // 0 for an exit, a signal, or this for a mere stop
+        if (end == 0x7f)
+            continue;
+        if (out)
+            *out = waited;
+        return end == 0 ? (status >> 8) & 0xff : end;
+    }
+}
+
+void wait_until_dead(OSAPI_pid_t pid) {
+    if (_wait_until_dead(pid, nullptr, false) != 0)
+        XTHROW("child process returned non-zero exit code");
+}
+
+// ---- About this process ----------------------------------------------------------------------
+
+bool running_as_root() {
+    return geteuid() == 0;
+}
+
+bool stdin_is_console() {
+    return isatty(STDIN_FILENO);
+}
+
+bool stdout_is_console() {
+    return isatty(STDOUT_FILENO);
+}
+
+bool stderr_is_console() {
+    return isatty(STDERR_FILENO);
+}
+
+// ---- ChildProcess ----------------------------------------------------------------------------
+
+// An exception must not leave the child's function: above it stand the parent's callers.
+static int call(int (*fn)()) noexcept {
+    return fn();
+}
+
+OSAPI_pid_t ChildProcess::start(int (*fn)()) {
+    pid = fork();
+    if (pid == 0)
+        exit(call(fn));
+    return pid;
+}
+
+void ChildProcess::stop() {
+    if (pid < 1)
+        return;
+    wait_until_dead(pid);
+    pid = -1;
+}
+
+} // namespace OSAPI

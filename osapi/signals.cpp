@@ -1,0 +1,52 @@
+#define XSOURCE "osapi-unix"
+
+#include "core/xception.h"
+#include "osapi/osapi.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
+namespace OSAPI {
+
+// SIG_ERR, which is no disposition, stands for one that was never told.
+Signal::Signal(int signum) : old_action(new struct ::sigaction()), signum(signum) {
+    old_action->sa_handler = SIG_ERR;
+}
+
+Signal::~Signal() {
+    if (old_action->sa_handler != SIG_ERR)
+        sigaction(signum, old_action, nullptr);
+    delete old_action;
+}
+
+void Signal::install(const struct ::sigaction* action) {
+    if (sigaction(signum, action, old_action) == -1)
+        XTHROW("sigaction(%d): %s", signum, strerror(errno));
+}
+
+static struct ::sigaction action_of(int signum, void (*handler)(int), bool restart) {
+    struct ::sigaction action = {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    sigaddset(&action.sa_mask, signum);
+    action.sa_flags = restart ? SA_RESTART : 0;
+    return action;
+}
+
+SignalIgnore::SignalIgnore(int signum) : Signal(signum) {
+    const struct ::sigaction action = action_of(signum, SIG_IGN, true);
+    install(&action);
+}
+
+SignalDefault::SignalDefault(int signum) : Signal(signum) {
+    const struct ::sigaction action = action_of(signum, SIG_DFL, true);
+    install(&action);
+}
+
+SignalHandler::SignalHandler(int signum, void (*handler)(int), bool restart) : Signal(signum) {
+    const struct ::sigaction action = action_of(signum, handler, restart);
+    install(&action);
+}
+
+} // namespace OSAPI

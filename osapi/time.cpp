@@ -1,0 +1,42 @@
+#define XSOURCE "osapi-unix"
+
+#include "core/xception.h"
+#include "osapi/osapi.h"
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <sched.h>
+#include <unistd.h>
+
+namespace OSAPI {
+
+u64 microsecs() {
+    timeval now;
+    gettimeofday(&now, nullptr);
+    return u64(now.tv_sec) * 1000000 + u64(now.tv_usec);
+}
+
+unsigned sleep(unsigned seconds) {
+    return ::sleep(seconds);
+}
+
+void pause() {
+    ::pause();
+}
+
+void yield() {
+    sched_yield();
+}
+
+// As localtime, which looks at the zone anew each time, but into a place of our own.
+Date get_date() {
+    const time_t now = ::time(nullptr);
+    tm local;
+    tzset();
+    if (now == -1 || !localtime_r(&now, &local))
+        XTHROW("time(): %s", strerror(errno));
+    return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
+}
+
+} // namespace OSAPI

@@ -1,0 +1,92 @@
+// Streams over bytes in memory that write their calls down and do what a test tells them.
+#pragma once
+
+#include "core/io.h"
+
+#include <algorithm>
+#include <cstring>
+#include <deque>
+#include <string>
+#include <vector>
+
+// Gives the bytes of `data` from position 0 on.
+class MemoryInput : public Input {
+public:
+    explicit MemoryInput(const std::string& data) : data(data) {}
+
+    std::string data;
+    s64 position = 0;
+    std::vector<std::string> calls;
+
+    // Results of the next reads: a number from 0 on is the most that is given, a negative one is
+    // the error that is given.
+    std::deque<int> results;
+
+    s64 curpos() const override { return position; }
+
+    int read(char* buf, int n) override {
+        calls.push_back("read " + std::to_string(n));
+        int most = n;
+        if (!results.empty()) {
+            most = results.front();
+            results.pop_front();
+        }
+        if (most < 0)
+            return most;
+        const s64 left = std::max(s64(data.size()) - position, s64(0));
+        const int count = int(std::min({s64(most), s64(n), left}));
+        if (count > 0)
+            std::memcpy(buf, data.data() + position, std::size_t(count));
+        position += count;
+        return count;
+    }
+
+    s64 seek_from_start(s64 pos) override {
+        calls.push_back("start " + std::to_string(pos));
+        return position = pos;
+    }
+
+    s64 seek_from_curpos(s64 delta) override {
+        calls.push_back("curpos " + std::to_string(delta));
+        return position += delta;
+    }
+};
+
+// Puts what is written into `data`, at its position.
+class MemoryOutput : public Output {
+public:
+    std::string data;
+    s64 position = 0;
+    std::vector<std::string> calls;
+
+    // Results of the next writes, as in MemoryInput.
+    std::deque<int> results;
+
+    s64 curpos() const override { return position; }
+
+    int write(const char* buf, int n) override {
+        calls.push_back("write " + std::string(buf, std::size_t(n)));
+        int count = n;
+        if (!results.empty()) {
+            count = std::min(results.front(), n);
+            results.pop_front();
+        }
+        if (count < 0)
+            return count;
+        if (s64(data.size()) < position + count)
+            data.resize(std::size_t(position + count), '.');
+        data.replace(std::size_t(position), std::size_t(count), buf, std::size_t(count));
+        position += count;
+        return count;
+    }
+
+    s64 seek_from_start(s64 pos) override {
+        calls.push_back("start " + std::to_string(pos));
+        return position = pos;
+    }
+
+    s64 seek_from_curpos(s64 delta) override {
+        calls.push_back("curpos " + std::to_string(delta));
+        return position += delta;
+    }
+};
