@@ -1,0 +1,70 @@
+// The fast kernels, once per instruction set: what they take and give. See lane_kernels.inc for what
+// they do and kernels.h for which one runs.
+//
+// Shapes:    plain records only, so that a unit compiled for a newer processor shares no code with
+//            the others.
+// Threads:   pure functions over disjoint pixels.
+#pragma once
+
+#include "stars/streak.h"
+
+namespace velmora {
+
+// What a call left behind.
+struct Drawn {
+    bool lit;   // whether any pixel got a weight above zero
+    s64 pixels; // that were written
+
+    Drawn& operator+=(const Drawn& more) {
+        lit |= more.lit;
+        pixels += more.pixels;
+        return *this;
+    }
+};
+
+// Where a star goes.
+struct LaneTarget {
+    StarFramebuffer fb;
+    float color[3];
+    bool interleaved; // alpha, red, green, blue side by side, four floats per pixel
+};
+
+// A spot: rows [y_lo, y_hi], each from column x_lo on, at the offsets (X, Y) from its centre that
+// the first pixel has. X is counted up to X_end, or to the image's end.
+struct SpotWork {
+    LaneTarget target;
+    float amplitude, size_x, size_y;
+    s32 x_lo, y_lo, y_hi;
+    float X, X_end, Y;
+    op_stars_lines lines;
+};
+
+// The streak's constants, rounded as the plain reading rounds them.
+struct StreakWork {
+    LaneTarget target;
+    float ux, uy; // unit direction
+    float qx, qy; // q = qx * X + qy * Y
+    float Q;
+    float half_path; // 0.5 * length * Q
+    float t;
+    float width; // what e * g is multiplied by: sqrt(pi) / 2 * size_x * size_y * s
+    float light; // amplitude / length
+};
+
+// The `count` columns of row iy from ix + skip on, the first at offset (X, Y) from the path's
+// midpoint. The row's span starts at ix.
+struct StreakRow {
+    s32 iy, ix, skip, count;
+    float X, Y;
+};
+
+struct LaneKernels {
+    Drawn (*spot)(const SpotWork& work);
+    Drawn (*streak)(const StreakWork& work, const StreakRow* rows, int count);
+};
+
+extern const LaneKernels lane_kernels_sse2;
+extern const LaneKernels lane_kernels_avx2;
+extern const LaneKernels lane_kernels_avx512;
+
+} // namespace velmora
