@@ -6,6 +6,7 @@
 // Threads:   pure functions over disjoint pixels.
 #pragma once
 
+#include "stars/lane_decode.h"
 #include "stars/streak.h"
 
 namespace velmora {
@@ -61,6 +62,9 @@ struct StreakRow {
 struct LaneKernels {
     Drawn (*spot)(const SpotWork& work);
     Drawn (*streak)(const StreakWork& work, const StreakRow* rows, int count);
+    void (*find_directions)(const DecodeWork& work);
+    void (*project)(const ProjectWork& work);
+    void (*mark_reaching)(const ReachWork& work);
 };
 
 extern const LaneKernels lane_kernels_sse2;
