@@ -1,4 +1,5 @@
 // The fast rasteriser: the plain reading's steps up to the pixels, which are the kernels'.
+#include "stars/fitted.h"
 #include "stars/footprint.h"
 #include "stars/rasteriser.h"
 #include "stars/steady_math.h"
@@ -168,37 +169,97 @@ static StreakWork streak_work(const StarCall& call, const Path& path) {
     work.t = s / (size_x * size_y);
     work.width = half_sqrt_pi * size_x * size_y * s;
     work.light = call.amplitude / path.length;
+    work.look_only = false;
     return work;
 }
 
-static Drawn draw_streak(const LaneKernels& kernels, const StarCall& call, const Path& path,
-                         const RowGeometry& rows, const Box& box) {
-    const StreakWork work = streak_work(call, path);
+// The rows of a streak's footprint, some at a time.
+class StreakRows {
+public:
+    StreakRows(const StarCall& call, const Path& path, const RowGeometry& rows, const Box& box)
+        : call(call), path(path), rows(rows), box(box), iy(box.y_lo),
+          Y(float(box.y_lo) - path.mid[1]) {}
+
+    // The next rows that have pixels, at most row_batch; 0 when there are no more.
+    int take(StreakRow* batch) {
+        int taken = 0;
+        for (; iy <= box.y_hi && taken < row_batch; iy++, Y += 1.0f) {
+            if (!row_is_written(iy, call.lines))
+                continue;
+            const Span span = row_span(path, rows, box, Y);
+            if (span.ix == INT_MIN)
+                continue;
+            const s32 count = columns_of(span, call.dst.width - span.ix);
+            if (count > 0)
+                batch[taken++] = {iy, span.ix, 0, count, span.X, Y};
+        }
+        return taken;
+    }
+
+private:
+    const StarCall& call;
+    const Path& path;
+    const RowGeometry& rows;
+    const Box& box;
+    s32 iy;
+    float Y;
+};
+
+static Drawn draw_streak(const LaneKernels& kernels, const StreakWork& work, StreakRows rows) {
     const Reach reach(work);
     Drawn drawn = {false, 0};
-    StreakRow batch[64];
-    int batched = 0;
-    const auto flush = [&] {
-        drawn += kernels.streak(work, batch, batched);
-        batched = 0;
-    };
-    float Y = float(box.y_lo) - path.mid[1];
-    for (s32 iy = box.y_lo; iy <= box.y_hi; iy++, Y += 1.0f) {
-        if (!row_is_written(iy, call.lines))
-            continue;
-        const Span span = row_span(path, rows, box, Y);
-        if (span.ix == INT_MIN)
-            continue;
-        StreakRow row = {iy, span.ix, 0, columns_of(span, call.dst.width - span.ix), span.X, Y};
-        reach.narrow(row);
-        if (row.count == 0)
-            continue;
-        batch[batched++] = row;
-        if (batched == 64)
-            flush();
+    StreakRow batch[row_batch];
+    while (const int taken = rows.take(batch)) {
+        int kept = 0;
+        for (int i = 0; i < taken; i++) {
+            reach.narrow(batch[i]);
+            if (batch[i].count > 0)
+                batch[kept++] = batch[i];
+        }
+        if (kept > 0)
+            drawn += kernels.streak(work, batch, kept);
     }
-    if (batched > 0)
-        flush();
+    return drawn;
+}
+
+// Which rule adds a path of `half` sizes to either side of its middle up closely enough; none for
+// long paths, for which the closed form takes less.
+static const fitted::Rule* rule_for(double half) {
+    for (const fitted::Rule& rule : fitted::rules)
+        if (half <= rule.longest)
+            return &rule;
+    return nullptr;
+}
+
+static Drawn draw_short_streak(const LaneKernels& kernels, const StarCall& call, const Path& path,
+                               const StreakWork& closed, const fitted::Rule& rule, const Box& box,
+                               StreakRows rows) {
+    // The plain reading's difference of two error functions is other than 0 from this weight on.
+    const float certain = call.amplitude * 2e-7f * closed.width / path.length;
+    const double half = 0.5 * double(path.length);
+    const QuadratureWork work = {closed.target,  call.amplitude * 0.5f, path.mid[0], path.mid[1],
+                                 half * path.ux, half * path.uy,        call.size_x, call.size_y,
+                                 box.x_lo,       call.dst.width,        certain,     &rule};
+    Drawn drawn = {false, 0};
+    StreakRow batch[row_batch];
+    const StreakRows again = rows;
+    while (const int taken = rows.take(batch)) {
+        QuadratureWork part = work;
+        part.x_end = 0;
+        part.x_first = call.dst.width;
+        for (int i = 0; i < taken; i++) {
+            part.x_first = std::min(part.x_first, batch[i].ix);
+            part.x_end = std::max(part.x_end, batch[i].ix + batch[i].count);
+        }
+        drawn += kernels.quadrature(part, batch, taken);
+    }
+    if (drawn.lit || drawn.pixels == 0)
+        return drawn;
+
+    // Nothing but the streak's faint surroundings: lit where the closed form is above 0.
+    StreakWork look = closed;
+    look.look_only = true;
+    drawn.lit = draw_streak(kernels, look, again).lit;
     return drawn;
 }
 
@@ -206,28 +267,24 @@ static bool within(float v, float low, float high) {
     return v >= low && v <= high;
 }
 
-bool fast_kernels_apply(const StarCall& call) {
-    if (call.dst.width <= 0 || call.dst.height <= 0)
-        return false;
-    if (!within(call.size_x, 1e-15f, 1e15f) || !within(call.size_y, 1e-15f, 1e15f))
-        return false;
-    const Path path(call.from, call.to);
-    if (!path.is_streak())
-        return true;
-    if (!(path.length <= longest_path))
-        return false;
-    const StreakWork work = streak_work(call, path);
+// Whether the kernels' floats hold a streak's constants.
+static bool is_moderate(const StreakWork& work) {
     const float huge = 1e37f;
     return within(work.Q, 1e-30f, 1e30f) && within(work.half_path, 0, huge) &&
            within(work.t, 1e-30f, huge) && within(work.width, 0, huge) &&
            within(work.light, 0, huge) && work.width * work.light <= huge;
 }
 
-Drawn fast_star_streak(const LaneKernels& kernels, const StarCall& call) {
+bool fast_star_streak(const LaneKernels& kernels, const StarCall& call, Drawn& drawn) {
+    drawn = {false, 0};
+    if (call.dst.width <= 0 || call.dst.height <= 0 || !within(call.size_x, 1e-15f, 1e15f) ||
+        !within(call.size_y, 1e-15f, 1e15f))
+        return false;
+
     // Segment.
     const Path path(call.from, call.to);
     if (!path.is_somewhere())
-        return {false, 0};
+        return true;
 
     // Reach. Below 1/6250 the root is not a number, the box comes out invalid and nothing is drawn.
     const float k = sqrtf(steady_log(call.amplitude * reach_intensity));
@@ -237,12 +294,24 @@ Drawn fast_star_streak(const LaneKernels& kernels, const StarCall& call) {
     // Bounding box.
     Box box;
     if (!clip_box(path, rx, ry, call.dst.width, call.dst.height, box))
-        return {false, 0};
+        return true;
 
     // Row geometry.
     const RowGeometry rows = row_geometry(path, rx, call.size_x, call.size_y);
-    return path.is_streak() ? draw_streak(kernels, call, path, rows, box)
-                            : draw_spot(kernels, call, path, rows, box);
+    if (!path.is_streak()) {
+        drawn = draw_spot(kernels, call, path, rows, box);
+        return true;
+    }
+    if (!(path.length <= longest_path))
+        return false;
+    const StreakWork work = streak_work(call, path);
+    if (!is_moderate(work))
+        return false;
+    const StreakRows pixels(call, path, rows, box);
+    const fitted::Rule* rule = rule_for(double(work.half_path) * work.t);
+    drawn = rule ? draw_short_streak(kernels, call, path, work, *rule, box, pixels)
+                 : draw_streak(kernels, work, pixels);
+    return true;
 }
 
 } // namespace velmora

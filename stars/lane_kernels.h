@@ -48,8 +48,9 @@ struct StreakWork {
     float Q;
     float half_path; // 0.5 * length * Q
     float t;
-    float width; // what e * g is multiplied by: sqrt(pi) / 2 * size_x * size_y * s
-    float light; // amplitude / length
+    float width;    // what e * g is multiplied by: sqrt(pi) / 2 * size_x * size_y * s
+    float light;    // amplitude / length
+    bool look_only; // tells whether any pixel would get a weight above zero, and writes none
 };
 
 // The `count` columns of row iy from ix + skip on, the first at offset (X, Y) from the path's
@@ -59,8 +60,28 @@ struct StreakRow {
     float X, Y;
 };
 
+namespace fitted {
+struct Rule;
+}
+
+// A short streak, as the sum of spots along its path, by a rule of quadrature.
+struct QuadratureWork {
+    LaneTarget target;
+    float light;           // amplitude / 2
+    double mid_x, mid_y;   // of the path
+    double half_x, half_y; // from there to its end
+    float size_x, size_y;
+    s32 x_first, x_end; // the rows' columns lie in [x_first, x_end)
+    float certain;      // the weight above which a pixel counts as lit
+    const fitted::Rule* rule;
+};
+
+// Rows that a kernel takes at a time, at most.
+constexpr int row_batch = 64;
+
 struct LaneKernels {
     Drawn (*spot)(const SpotWork& work);
+    Drawn (*quadrature)(const QuadratureWork& work, const StreakRow* rows, int count);
     Drawn (*streak)(const StreakWork& work, const StreakRow* rows, int count);
     void (*find_directions)(const DecodeWork& work);
     void (*project)(const ProjectWork& work);

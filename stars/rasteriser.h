@@ -21,13 +21,10 @@ struct StarCall {
 // Scalar, one pixel after the other, through the C library.
 Drawn plain_star_streak(const StarCall& call);
 
-// Whether the fast kernels draw this call. They leave to the plain reading what no renderer asks for:
-// images without pixels (to fail as it does), sizes outside of [1e-15, 1e15], paths longer than 1e18
-// pixels, and values that a float does not hold.
-bool fast_kernels_apply(const StarCall& call);
-
-// The same pixels by the kernels of one level, for calls that they apply to.
-Drawn fast_star_streak(const LaneKernels& kernels, const StarCall& call);
+// The same pixels by the kernels of one level. False, and nothing drawn, for what they leave to the
+// plain reading, none of which a renderer asks for: images without pixels (to fail as it does), sizes
+// outside of [1e-15, 1e15], paths longer than 1e18 pixels, and values that a float does not hold.
+bool fast_star_streak(const LaneKernels& kernels, const StarCall& call, Drawn& drawn);
 
 // Draws the call by the kernels of the level in use.
 Drawn draw_star_streak(const StarCall& call);

@@ -127,8 +127,10 @@ Drawn velmora::plain_star_streak(const StarCall& call) {
 
 Drawn velmora::draw_star_streak(const StarCall& call) {
     const LaneKernels* kernels = lane_kernels();
-    return kernels && fast_kernels_apply(call) ? fast_star_streak(*kernels, call)
-                                               : plain_star_streak(call);
+    Drawn drawn = {false, 0};
+    if (kernels && fast_star_streak(*kernels, call, drawn))
+        return drawn;
+    return plain_star_streak(call);
 }
 
 bool op_star_streak(const StarFramebuffer& dst, const Vector2& from, const Vector2& to,
