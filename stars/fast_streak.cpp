@@ -1,6 +1,6 @@
 // The fast rasteriser: the plain reading's steps up to the pixels, which are the kernels'.
 #include "stars/fitted.h"
-#include "stars/footprint.h"
+#include "stars/kernels.h"
 #include "stars/rasteriser.h"
 #include "stars/steady_math.h"
 
@@ -13,11 +13,11 @@ namespace velmora {
 static const float half_sqrt_pi = 0.88622695f;
 static const float longest_path = 1e18f;
 
-static LaneTarget target_of(const StarCall& call) {
-    const StarFramebuffer& fb = call.dst;
+static LaneTarget target_of(const Brush& brush, const PlacedStar& star) {
+    const StarFramebuffer& fb = brush.dst;
     const bool interleaved = fb.pixel_stride == 4 && fb.red == fb.alpha + 1 &&
                              fb.green == fb.alpha + 2 && fb.blue == fb.alpha + 3;
-    return {fb, {call.color[0], call.color[1], call.color[2]}, interleaved};
+    return {fb, {star.color[0], star.color[1], star.color[2]}, interleaved};
 }
 
 // ---- Counting columns ------------------------------------------------------------------------
@@ -133,32 +133,84 @@ private:
     double across, along;
 };
 
-// ---- Steps -----------------------------------------------------------------------------------
+// ---- Rows ------------------------------------------------------------------------------------
 
-static Drawn draw_spot_rows(const LaneKernels& kernels, const StarCall& call, const Path& path,
-                            const RowGeometry& rows, const Box& box, s32 iy, s32 last, float Y) {
-    const Span span = row_span(path, rows, box, Y);
-    if (span.ix == INT_MIN)
-        return {false, 0};
-    return kernels.spot({target_of(call), call.amplitude, call.size_x, call.size_y, span.ix, iy,
-                         last, span.X, span.X_end, Y, call.lines});
+// The rows of a streak's footprint that lie in a window, some at a time.
+class StreakRows {
+public:
+    StreakRows(const Brush& brush, const PlacedStar& star, const Window& window)
+        : brush(brush), star(star), iy(std::max(star.box.y_lo, window.y_lo)),
+          last(std::min(star.box.y_hi, window.y_end - 1)),
+          Y(counted_up(float(star.box.y_lo) - star.path.mid[1], iy - star.box.y_lo)) {}
+
+    // The next rows that have pixels, at most row_batch; 0 when there are no more.
+    int take(StreakRow* batch) {
+        int taken = 0;
+        for (; iy <= last && taken < row_batch; iy++, Y += 1.0f) {
+            if (!row_is_written(iy, brush.lines))
+                continue;
+            const Span span = row_span(star.path, star.rows, star.box, Y);
+            if (span.ix == INT_MIN)
+                continue;
+            const s32 count = columns_of(span, brush.dst.width - span.ix);
+            if (count > 0)
+                batch[taken++] = {iy, span.ix, 0, count, span.X, Y};
+        }
+        return taken;
+    }
+
+private:
+    const Brush& brush;
+    const PlacedStar& star;
+    s32 iy, last;
+    float Y;
+};
+
+// Cuts a row down to the window's columns. False when none is left.
+static bool clip_row(StreakRow& row, const Window& window) {
+    const s32 first = row.ix + row.skip;
+    const s32 cut = std::max(0, window.x_lo - first);
+    row.count = std::min(row.count, window.x_end - first) - cut;
+    if (row.count <= 0)
+        return false;
+    row.X = counted_up(row.X, cut);
+    row.skip += cut;
+    return true;
 }
 
-static Drawn draw_spot(const LaneKernels& kernels, const StarCall& call, const Path& path,
-                       const RowGeometry& rows, const Box& box) {
-    float Y = float(box.y_lo) - path.mid[1];
-    if (rows.is_flat()) // every row spans the whole box
-        return draw_spot_rows(kernels, call, path, rows, box, box.y_lo, box.y_hi, Y);
-    Drawn drawn = {false, 0};
-    for (s32 iy = box.y_lo; iy <= box.y_hi; iy++, Y += 1.0f)
-        drawn += draw_spot_rows(kernels, call, path, rows, box, iy, iy, Y);
+// ---- Steps -----------------------------------------------------------------------------------
+
+// Rows [y_lo, y_end) of a spot, which have the span of the first.
+static Drawn draw_spot_rows(const Brush& brush, const PlacedStar& star, const Window& window,
+                            s32 y_lo, s32 y_end, float Y) {
+    const Span span = row_span(star.path, star.rows, star.box, Y);
+    if (span.ix == INT_MIN)
+        return {false, false, 0};
+    const s32 skip = std::max(0, window.x_lo - span.ix);
+    return brush.kernels->spot({target_of(brush, star), star.amplitude, brush.size_x, brush.size_y,
+                                span.ix, skip, std::min(window.x_end, brush.dst.width), y_lo, y_end,
+                                counted_up(span.X, skip), span.X_end, Y, brush.lines});
+}
+
+static Drawn draw_spot(const Brush& brush, const PlacedStar& star, const Window& window) {
+    const s32 y_lo = std::max(star.box.y_lo, window.y_lo);
+    const s32 y_end = std::min(star.box.y_hi + 1, window.y_end);
+    Drawn drawn = {false, false, 0};
+    if (y_lo >= y_end)
+        return drawn;
+    float Y = counted_up(float(star.box.y_lo) - star.path.mid[1], y_lo - star.box.y_lo);
+    if (star.rows.is_flat()) // every row spans the whole box
+        return draw_spot_rows(brush, star, window, y_lo, y_end, Y);
+    for (s32 iy = y_lo; iy < y_end; iy++, Y += 1.0f)
+        drawn += draw_spot_rows(brush, star, window, iy, iy + 1, Y);
     return drawn;
 }
 
-static StreakWork streak_work(const StarCall& call, const Path& path) {
-    const float size_x = call.size_x, size_y = call.size_y;
+static StreakWork streak_work(const Brush& brush, const PlacedStar& star) {
+    const float size_x = brush.size_x, size_y = brush.size_y;
+    const Path& path = star.path;
     StreakWork work;
-    work.target = target_of(call);
+    work.target = target_of(brush, star);
     work.ux = path.ux;
     work.uy = path.uy;
     work.qx = size_y * size_y * path.ux;
@@ -168,56 +220,26 @@ static StreakWork streak_work(const StarCall& call, const Path& path) {
     work.half_path = 0.5f * path.length * work.Q;
     work.t = s / (size_x * size_y);
     work.width = half_sqrt_pi * size_x * size_y * s;
-    work.light = call.amplitude / path.length;
+    work.light = star.amplitude / path.length;
     work.look_only = false;
     return work;
 }
 
-// The rows of a streak's footprint, some at a time.
-class StreakRows {
-public:
-    StreakRows(const StarCall& call, const Path& path, const RowGeometry& rows, const Box& box)
-        : call(call), path(path), rows(rows), box(box), iy(box.y_lo),
-          Y(float(box.y_lo) - path.mid[1]) {}
-
-    // The next rows that have pixels, at most row_batch; 0 when there are no more.
-    int take(StreakRow* batch) {
-        int taken = 0;
-        for (; iy <= box.y_hi && taken < row_batch; iy++, Y += 1.0f) {
-            if (!row_is_written(iy, call.lines))
-                continue;
-            const Span span = row_span(path, rows, box, Y);
-            if (span.ix == INT_MIN)
-                continue;
-            const s32 count = columns_of(span, call.dst.width - span.ix);
-            if (count > 0)
-                batch[taken++] = {iy, span.ix, 0, count, span.X, Y};
-        }
-        return taken;
-    }
-
-private:
-    const StarCall& call;
-    const Path& path;
-    const RowGeometry& rows;
-    const Box& box;
-    s32 iy;
-    float Y;
-};
-
-static Drawn draw_streak(const LaneKernels& kernels, const StreakWork& work, StreakRows rows) {
+static Drawn draw_streak(const Brush& brush, const PlacedStar& star, const StreakWork& work,
+                         const Window& window) {
     const Reach reach(work);
-    Drawn drawn = {false, 0};
+    StreakRows rows(brush, star, window);
+    Drawn drawn = {false, false, 0};
     StreakRow batch[row_batch];
     while (const int taken = rows.take(batch)) {
         int kept = 0;
         for (int i = 0; i < taken; i++) {
             reach.narrow(batch[i]);
-            if (batch[i].count > 0)
+            if (batch[i].count > 0 && clip_row(batch[i], window))
                 batch[kept++] = batch[i];
         }
         if (kept > 0)
-            drawn += kernels.streak(work, batch, kept);
+            drawn += brush.kernels->streak(work, batch, kept);
     }
     return drawn;
 }
@@ -231,35 +253,42 @@ static const fitted::Rule* rule_for(double half) {
     return nullptr;
 }
 
-static Drawn draw_short_streak(const LaneKernels& kernels, const StarCall& call, const Path& path,
-                               const StreakWork& closed, const fitted::Rule& rule, const Box& box,
-                               StreakRows rows) {
+static Drawn draw_short_streak(const Brush& brush, const PlacedStar& star, const StreakWork& closed,
+                               const fitted::Rule& rule, const Window& window) {
     // The plain reading's difference of two error functions is other than 0 from this weight on.
-    const float certain = call.amplitude * 2e-7f * closed.width / path.length;
-    const double half = 0.5 * double(path.length);
-    const QuadratureWork work = {closed.target,  call.amplitude * 0.5f, path.mid[0], path.mid[1],
-                                 half * path.ux, half * path.uy,        call.size_x, call.size_y,
-                                 box.x_lo,       call.dst.width,        certain,     &rule};
-    Drawn drawn = {false, 0};
+    const float certain = star.amplitude * 2e-7f * closed.width / star.path.length;
+    const double half = 0.5 * double(star.path.length);
+    QuadratureWork work = {closed.target,
+                           star.amplitude * 0.5f,
+                           star.path.mid[0],
+                           star.path.mid[1],
+                           half * star.path.ux,
+                           half * star.path.uy,
+                           brush.size_x,
+                           brush.size_y,
+                           0,
+                           0,
+                           certain,
+                           &rule};
+    StreakRows rows(brush, star, window);
+    Drawn drawn = {false, false, 0};
     StreakRow batch[row_batch];
-    const StreakRows again = rows;
     while (const int taken = rows.take(batch)) {
-        QuadratureWork part = work;
-        part.x_end = 0;
-        part.x_first = call.dst.width;
+        int kept = 0;
+        work.x_first = window.x_end;
+        work.x_end = window.x_lo;
         for (int i = 0; i < taken; i++) {
-            part.x_first = std::min(part.x_first, batch[i].ix);
-            part.x_end = std::max(part.x_end, batch[i].ix + batch[i].count);
+            if (!clip_row(batch[i], window))
+                continue;
+            const s32 first = batch[i].ix + batch[i].skip;
+            work.x_first = std::min(work.x_first, first);
+            work.x_end = std::max(work.x_end, first + batch[i].count);
+            batch[kept++] = batch[i];
         }
-        drawn += kernels.quadrature(part, batch, taken);
+        if (kept > 0)
+            drawn += brush.kernels->quadrature(work, batch, kept);
     }
-    if (drawn.lit || drawn.pixels == 0)
-        return drawn;
-
-    // Nothing but the streak's faint surroundings: lit where the closed form is above 0.
-    StreakWork look = closed;
-    look.look_only = true;
-    drawn.lit = draw_streak(kernels, look, again).lit;
+    drawn.faint = !drawn.lit && drawn.pixels > 0;
     return drawn;
 }
 
@@ -275,16 +304,19 @@ static bool is_moderate(const StreakWork& work) {
            within(work.light, 0, huge) && work.width * work.light <= huge;
 }
 
-bool fast_star_streak(const LaneKernels& kernels, const StarCall& call, Drawn& drawn) {
-    drawn = {false, 0};
+static Brush brush_of(const LaneKernels* kernels, const StarCall& call) {
+    return {kernels, call.dst, call.size_x, call.size_y, call.lines};
+}
+
+Fit place_star(const StarCall& call, PlacedStar& star) {
     if (call.dst.width <= 0 || call.dst.height <= 0 || !within(call.size_x, 1e-15f, 1e15f) ||
         !within(call.size_y, 1e-15f, 1e15f))
-        return false;
+        return Fit::left_to_plain;
 
     // Segment.
-    const Path path(call.from, call.to);
-    if (!path.is_somewhere())
-        return true;
+    star.path = Path(call.from, call.to);
+    if (!star.path.is_somewhere())
+        return Fit::outside;
 
     // Reach. Below 1/6250 the root is not a number, the box comes out invalid and nothing is drawn.
     const float k = sqrtf(steady_log(call.amplitude * reach_intensity));
@@ -292,26 +324,49 @@ bool fast_star_streak(const LaneKernels& kernels, const StarCall& call, Drawn& d
     const float ry = k * call.size_y;
 
     // Bounding box.
-    Box box;
-    if (!clip_box(path, rx, ry, call.dst.width, call.dst.height, box))
-        return true;
+    if (!clip_box(star.path, rx, ry, call.dst.width, call.dst.height, star.box))
+        return Fit::outside;
 
     // Row geometry.
-    const RowGeometry rows = row_geometry(path, rx, call.size_x, call.size_y);
-    if (!path.is_streak()) {
-        drawn = draw_spot(kernels, call, path, rows, box);
-        return true;
-    }
-    if (!(path.length <= longest_path))
-        return false;
-    const StreakWork work = streak_work(call, path);
-    if (!is_moderate(work))
-        return false;
-    const StreakRows pixels(call, path, rows, box);
+    star.rows = row_geometry(star.path, rx, call.size_x, call.size_y);
+    star.amplitude = call.amplitude;
+    star.color = call.color;
+    if (!star.path.is_streak())
+        return Fit::inside;
+    if (!(star.path.length <= longest_path) ||
+        !is_moderate(streak_work(brush_of(nullptr, call), star)))
+        return Fit::left_to_plain;
+    return Fit::inside;
+}
+
+Drawn draw_placed(const Brush& brush, const PlacedStar& star, const Window& window) {
+    if (!star.path.is_streak())
+        return draw_spot(brush, star, window);
+    const StreakWork work = streak_work(brush, star);
     const fitted::Rule* rule = rule_for(double(work.half_path) * work.t);
-    drawn = rule ? draw_short_streak(kernels, call, path, work, *rule, box, pixels)
-                 : draw_streak(kernels, work, pixels);
-    return true;
+    return rule ? draw_short_streak(brush, star, work, *rule, window)
+                : draw_streak(brush, star, work, window);
+}
+
+bool is_lit(const Brush& brush, const PlacedStar& star) {
+    // Lit where the closed form is above 0.
+    StreakWork look = streak_work(brush, star);
+    look.look_only = true;
+    return draw_streak(brush, star, look, {0, 0, brush.dst.width, brush.dst.height}).lit;
+}
+
+Drawn draw_star_streak(const StarCall& call) {
+    const Brush brush = brush_of(lane_kernels(), call);
+    PlacedStar star;
+    const Fit fit = brush.kernels ? place_star(call, star) : Fit::left_to_plain;
+    if (fit == Fit::left_to_plain)
+        return plain_star_streak(call);
+    if (fit == Fit::outside)
+        return {false, false, 0};
+    Drawn drawn = draw_placed(brush, star, {0, 0, call.dst.width, call.dst.height});
+    if (drawn.faint)
+        drawn.lit = is_lit(brush, star);
+    return drawn;
 }
 
 } // namespace velmora

@@ -16,6 +16,7 @@ struct Path {
     float ux, uy; // unit direction, 0 when `from` is `to`
     float length;
 
+    Path() {}
     Path(const Vector2& from, const Vector2& to);
 
     // A path of up to 1e-5 pixels is a spot at its midpoint.

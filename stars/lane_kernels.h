@@ -14,10 +14,12 @@ namespace velmora {
 // What a call left behind.
 struct Drawn {
     bool lit;   // whether any pixel got a weight above zero
+    bool faint; // `lit` left that open: there are weights, all of them next to nothing
     s64 pixels; // that were written
 
     Drawn& operator+=(const Drawn& more) {
         lit |= more.lit;
+        faint |= more.faint;
         pixels += more.pixels;
         return *this;
     }
@@ -30,12 +32,12 @@ struct LaneTarget {
     bool interleaved; // alpha, red, green, blue side by side, four floats per pixel
 };
 
-// A spot: rows [y_lo, y_hi], each from column x_lo on, at the offsets (X, Y) from its centre that
-// the first pixel has. X is counted up to X_end, or to the image's end.
+// A spot: rows [y_lo, y_end), each from column ix + skip on, at the offsets (X, Y) from its centre that
+// the first pixel has. X is counted up to X_end, or to column x_end.
 struct SpotWork {
     LaneTarget target;
     float amplitude, size_x, size_y;
-    s32 x_lo, y_lo, y_hi;
+    s32 ix, skip, x_end, y_lo, y_end;
     float X, X_end, Y;
     op_stars_lines lines;
 };

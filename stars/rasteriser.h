@@ -4,6 +4,7 @@
 // Threads:   no state; calls that write disjoint rows may run at once.
 #pragma once
 
+#include "stars/footprint.h"
 #include "stars/lane_kernels.h"
 
 namespace velmora {
@@ -21,12 +22,50 @@ struct StarCall {
 // Scalar, one pixel after the other, through the C library.
 Drawn plain_star_streak(const StarCall& call);
 
-// The same pixels by the kernels of one level. False, and nothing drawn, for what they leave to the
-// plain reading, none of which a renderer asks for: images without pixels (to fail as it does), sizes
-// outside of [1e-15, 1e15], paths longer than 1e18 pixels, and values that a float does not hold.
-bool fast_star_streak(const LaneKernels& kernels, const StarCall& call, Drawn& drawn);
-
 // Draws the call by the kernels of the level in use.
 Drawn draw_star_streak(const StarCall& call);
+
+// ---- The fast kernels ------------------------------------------------------------------------
+
+// What all stars of a frame have in common.
+struct Brush {
+    const LaneKernels* kernels;
+    StarFramebuffer dst;
+    float size_x, size_y;
+    op_stars_lines lines;
+};
+
+// A star and the pixels that it reaches.
+struct PlacedStar {
+    Path path;
+    Box box;
+    RowGeometry rows;
+    float amplitude;
+    Color3 color;
+};
+
+// Pixels [x_lo, x_end) of rows [y_lo, y_end).
+struct Window {
+    s32 x_lo, y_lo, x_end, y_end;
+};
+
+enum class Fit {
+    outside, // nothing to draw
+    inside,
+    left_to_plain // what no renderer asks for: images without pixels (to fail as it does), sizes
+                  // outside of [1e-15, 1e15], paths longer than 1e18 pixels, and values that a
+                  // float does not hold
+};
+
+// Finds where a call draws, if the fast kernels are to draw it.
+Fit place_star(const StarCall& call, PlacedStar& star);
+
+// Draws what lies in the window. Windows that lie side by side add up to the same bits as one around
+// them. `lit` is sure when it is true; with `faint` it has to be asked for.
+Drawn draw_placed(const Brush& brush, const PlacedStar& star, const Window& window);
+
+// Whether any pixel gets a weight above zero, for stars of which nothing but faint surroundings is in
+// the image. Writes nothing.
+bool is_lit(const Brush& brush, const PlacedStar& star);
 
 } // namespace velmora

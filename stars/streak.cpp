@@ -1,11 +1,9 @@
 // The plain reading: scalar, one pixel after the other, every value as the formulas in streak.h
-// have it in single precision. It defines the result. And, below it, the choice of kernels.
+// have it in single precision. It defines the result.
 #define XSOURCE "stars"
 
 #include "stars/streak.h"
 #include "core/xception.h"
-#include "stars/footprint.h"
-#include "stars/kernels.h"
 #include "stars/rasteriser.h"
 
 #include <climits>
@@ -84,7 +82,7 @@ static void add_row(const StarFramebuffer& dst, s32 iy, const Span& span, float 
 template <class Profile>
 static Drawn add_rows(const StarCall& call, const Path& path, const RowGeometry& rows,
                       const Box& box, const Profile& profile) {
-    Drawn drawn = {false, 0};
+    Drawn drawn = {false, false, 0};
     float Y = float(box.y_lo) - path.mid[1];
     for (s32 iy = box.y_lo; iy <= box.y_hi; iy++, Y += 1.0f) {
         XASSERT_AT(iy >= 0 && iy < call.dst.height, "iy >= 0 && iy < dst.height", streak_signature,
@@ -103,7 +101,7 @@ Drawn velmora::plain_star_streak(const StarCall& call) {
     // Segment.
     const Path path(call.from, call.to);
     if (!path.is_somewhere())
-        return {false, 0};
+        return {false, false, 0};
 
     // Reach. Below 1/6250 the root is not a number, the box comes out invalid and nothing is drawn.
     const float k = sqrtf(logf(call.amplitude * reach_intensity));
@@ -113,7 +111,7 @@ Drawn velmora::plain_star_streak(const StarCall& call) {
     // Bounding box.
     Box box;
     if (!clip_box(path, rx, ry, call.dst.width, call.dst.height, box))
-        return {false, 0};
+        return {false, false, 0};
 
     // Row geometry.
     const RowGeometry rows = row_geometry(path, rx, call.size_x, call.size_y);
@@ -121,16 +119,6 @@ Drawn velmora::plain_star_streak(const StarCall& call) {
         return add_rows(call, path, rows, box,
                         StreakProfile(path, call.amplitude, call.size_x, call.size_y));
     return add_rows(call, path, rows, box, SpotProfile{call.amplitude, call.size_x, call.size_y});
-}
-
-// ---- Which kernels ---------------------------------------------------------------------------
-
-Drawn velmora::draw_star_streak(const StarCall& call) {
-    const LaneKernels* kernels = lane_kernels();
-    Drawn drawn = {false, 0};
-    if (kernels && fast_star_streak(*kernels, call, drawn))
-        return drawn;
-    return plain_star_streak(call);
 }
 
 bool op_star_streak(const StarFramebuffer& dst, const Vector2& from, const Vector2& to,

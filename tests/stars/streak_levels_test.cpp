@@ -11,11 +11,6 @@ using namespace velmora;
 
 namespace {
 
-const LaneKernels& kernels_of(KernelLevel level) {
-    const WithKernels kernels(level);
-    return *lane_kernels();
-}
-
 // A picture with colours in it, and holes, partly covered and over-covered pixels here and there.
 std::unique_ptr<Picture> some_picture(unsigned seed, int width, int height, Layout layout) {
     Dice dice(seed);
@@ -76,8 +71,8 @@ TEST(StreakLevels, DrawTheSameBytesIntoEveryLayout) {
             for (Layout layout : {INTERLEAVED, static_cast<Layout>(1 + i % 3)}) {
                 std::unique_ptr<Picture> picture = some_picture(i, width, height, layout);
                 call.dst = picture->fb;
-                Drawn drawn;
-                ASSERT_TRUE(fast_star_streak(kernels_of(level), call, drawn)) << name_of(call);
+                const WithKernels kernels(level);
+                const Drawn drawn = draw_star_streak(call);
                 ASSERT_TRUE(picture->surroundings_intact()) << name_of(call);
                 if (!first) {
                     first = std::move(picture);
@@ -98,7 +93,6 @@ TEST(StreakLevels, DrawTheSameBytesIntoEveryLayout) {
 // two error functions lose of their difference before it is divided by the length.
 TEST(StreakLevels, StayByThePlainReading) {
     Dice dice(7);
-    const LaneKernels& kernels = kernels_of(KernelLevel::sse2);
     int told_otherwise = 0;
     for (unsigned i = 0; i < 3000; i++) {
         const int width = 1 + dice.below(50), height = 1 + dice.below(40);
@@ -108,8 +102,8 @@ TEST(StreakLevels, StayByThePlainReading) {
         call.dst = plain.fb;
         const Drawn expected = plain_star_streak(call);
         call.dst = fast.fb;
-        Drawn drawn;
-        ASSERT_TRUE(fast_star_streak(kernels, call, drawn)) << name_of(call);
+        const WithKernels kernels(KernelLevel::sse2);
+        const Drawn drawn = draw_star_streak(call);
         EXPECT_LE(drawn.pixels, expected.pixels) << "zeros may be left out: " << name_of(call);
         told_otherwise += drawn.lit != expected.lit;
 
