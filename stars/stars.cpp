@@ -2,6 +2,7 @@
 
 #include "stars/stars.h"
 #include "core/xception.h"
+#include "stars/draw_list.h"
 #include "stars/kernels.h"
 #include "stars/projection.h"
 #include "stars/rasteriser.h"
@@ -28,12 +29,20 @@ struct StarRenderer::Private {
     u32 next_star;              // record 0 is the header
     RenderCounts counts;
     std::unique_ptr<StarBlock> block; // for the fast kernels
+    DrawList list;
+    bool listing;  // whether stars go into the list instead of being drawn at once
+    bool list_lit; // whether the list has got light into a pixel
+    u32 owner;     // of what goes onto the list: a number for each star
 
     StarBlock::View view(const StarRendererData& data) const;
 
     template <class Project>
     bool draw(const StarRendererData& data, float luminance, const Color3& color,
               const Project& project);
+    void fill_block(float faintest);
+    void finish_list(bool& drew);
+    bool draw_segment(const StarCall& call);
+    void draw_list();
 };
 
 // The camera's whole transform. The disc projections work on camera-space directions.
@@ -53,7 +62,8 @@ static void widen_to_pixel(float& size, float& intensity_scale) {
 
 StarRenderer::StarRenderer(const StarRendererData& parameters, const StarFramebuffer& fb,
                            StarInput& input, const Array<camera>& cams)
-    : data(&parameters), priv(new Private{&fb, &input, &cams, {}, 0, 0, 0, 0, {}, nullptr}) {
+    : data(&parameters),
+      priv(new Private{&fb, &input, &cams, {}, 0, 0, 0, 0, {}, nullptr, {}, false, false, 0}) {
     XASSERT_AT(cams.len() > 0, "priv->cams.len() > 0", __PRETTY_FUNCTION__, 464);
 
     for (uword i = 0; i < cams.len(); i++)
@@ -129,29 +139,37 @@ void StarRenderer::render_all(bool& drew) {
         return;
 
     const float faintest = faintest_kept(data->lum_threshold);
-    while (p.next_star < p.input->count) {
-        p.block->clear();
-        if (typeid(*p.input) == typeid(MMAPStarFile)) {
-            // Its records stand side by side.
-            MMAPStarFile& file = static_cast<MMAPStarFile&>(*p.input);
-            const u32 taken =
-                take_kept(file.cursor, p.input->count - p.next_star, faintest, *p.block);
-            file.cursor += taken;
-            p.next_star += taken;
-            p.counts.read += taken;
-        } else {
-            try {
-                while (p.next_star < p.input->count && p.block->len() < p.block->capacity()) {
-                    const star* s = p.input->next();
-                    p.counts.read++;
-                    p.next_star += take_kept(s, 1, faintest, *p.block);
-                }
-            } catch (...) {
-                draw_block(drew); // what came before is drawn
-                throw;
-            }
+    p.list.start({lane_kernels(), *p.fb, p.spot_w, p.spot_h, data->lines});
+    p.listing = p.list.is_worth_it();
+    try {
+        while (p.next_star < p.input->count) {
+            p.block->clear();
+            p.fill_block(faintest);
+            draw_block(drew);
         }
-        draw_block(drew);
+    } catch (...) {
+        draw_block(drew); // what came before is drawn
+        p.finish_list(drew);
+        throw;
+    }
+    p.finish_list(drew);
+}
+
+// Takes records until as many are kept as the block holds.
+void StarRenderer::Private::fill_block(float faintest) {
+    if (typeid(*input) == typeid(MMAPStarFile)) {
+        // Its records stand side by side.
+        MMAPStarFile& file = static_cast<MMAPStarFile&>(*input);
+        const u32 taken = take_kept(file.cursor, input->count - next_star, faintest, *block);
+        file.cursor += taken;
+        next_star += taken;
+        counts.read += taken;
+        return;
+    }
+    while (next_star < input->count && block->len() < block->capacity()) {
+        const star* s = input->next();
+        counts.read++;
+        next_star += take_kept(s, 1, faintest, *block);
     }
 }
 
@@ -225,18 +243,49 @@ static bool draw_segments(uword samples, const Project& project, const Draw& dra
     return drew;
 }
 
+void StarRenderer::Private::draw_list() {
+    const u64 before = counts.drawn;
+    list.draw(counts.drawn, counts.pixels);
+    list_lit |= counts.drawn > before;
+}
+
+void StarRenderer::Private::finish_list(bool& drew) {
+    if (!listing)
+        return;
+    draw_list();
+    drew |= list_lit;
+    listing = list_lit = false;
+}
+
+// Draws a segment, or puts it on the list.
+bool StarRenderer::Private::draw_segment(const StarCall& call) {
+    if (listing) {
+        PlacedStar star;
+        const Fit fit = place_star(call, star);
+        if (fit == Fit::inside)
+            list.append(star, owner);
+        if (fit != Fit::left_to_plain)
+            return false; // the list will tell
+        draw_list();
+    }
+    const Drawn drawn = draw_star_streak(call);
+    counts.pixels += u64(drawn.pixels);
+    return drawn.lit;
+}
+
 template <class Project>
 bool StarRenderer::Private::draw(const StarRendererData& data, float luminance, const Color3& color,
                                  const Project& project) {
-    const auto draw_segment = [&](const Vector2& from, const Vector2& to) {
-        const Drawn drawn = draw_star_streak(
+    const auto draw_between = [&](const Vector2& from, const Vector2& to) {
+        return draw_segment(
             {*fb, from, to, luminance * intensity_scale, color, spot_w, spot_h, data.lines});
-        counts.pixels += u64(drawn.pixels);
-        return drawn.lit;
     };
-    const bool drew = draw_segments(matrices.len(), project, draw_segment);
-    counts.drawn += drew;
-    return drew;
+    if (listing && !list.has_room_for(matrices.len()))
+        draw_list();
+    owner++;
+    const bool lit = draw_segments(matrices.len(), project, draw_between);
+    counts.drawn += lit;
+    return lit;
 }
 
 bool StarRenderer::draw_plainly(const star* s) {
