@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <cstring>
 
 namespace velmora {
 
@@ -22,22 +23,24 @@ static LaneTarget target_of(const Brush& brush, const PlacedStar& star) {
 
 // ---- Counting columns ------------------------------------------------------------------------
 
-// X after 1.0 was added `count` times, each sum rounded to float, without adding them one by one:
-// sums are exact except where they reach the next power of two.
-static float counted_up(float X, s32 count) {
-    // All of them are exact when the last is: every one between is as coarse and no larger.
-    const double last = double(X) + count;
-    if (double(float(last)) == last && fabsf(X) < 8388608.0f)
-        return float(last);
+// The power of two above X >= 1.
+static float power_above(float X) {
+    u32 bits;
+    memcpy(&bits, &X, sizeof bits);
+    bits = (bits & 0x7f800000) + 0x00800000;
+    memcpy(&X, &bits, sizeof X);
+    return X;
+}
 
+static float counted_up_far(float X, s32 count) {
     while (count > 0) {
+        // Sums are exact up to the first above 0, and up to the last below each power of two.
         s32 exact = 0;
         if (X < 0 && X > -16777216.0f) {
             exact = s32(-X);
         } else if (X >= 1 && X < 16777216.0f) {
-            int exponent;
-            frexpf(X, &exponent);
-            exact = s32(ceilf(ldexpf(1, exponent) - X)) - 1;
+            const float room = power_above(X) - X;
+            exact = float(s32(room)) == room ? s32(room) - 1 : s32(room);
         }
         exact = std::min(exact, count);
         X += float(exact);
@@ -53,15 +56,28 @@ static float counted_up(float X, s32 count) {
     return X;
 }
 
+// X after 1.0 was added `count` times, each sum rounded to float, without adding them one by one.
+static inline float counted_up(float X, s32 count) {
+    // All sums are exact when the last is: those between are as coarse and no larger.
+    const double last = double(X) + count;
+    if (double(float(last)) == last && fabsf(X) < 8388608.0f)
+        return float(last);
+    return counted_up_far(X, count);
+}
+
 // How many columns are visited: X counted from span.X while it is at most span.X_end, up to `limit`.
-static s32 columns_of(const Span& span, s32 limit) {
+static inline s32 columns_of(const Span& span, s32 limit) {
     if (limit <= 0 || !(span.X <= span.X_end))
         return 0;
+    // About as many as the difference says; rounding may have it one more or less.
+    const double steps = double(span.X_end) - double(span.X) + 0.5;
+    const s32 nearest = steps < limit ? s32(steps) : limit - 1;
+    if (fabsf(span.X) < 4194304.0f && fabsf(span.X_end) < 4194304.0f)
+        return std::min(limit, nearest + (counted_up(span.X, nearest) <= span.X_end));
+
     if (counted_up(span.X, limit - 1) <= span.X_end)
         return limit;
-    // About as many as the difference says; rounding may have it one more or less.
-    s32 count = s32(double(span.X_end) - double(span.X)) + 1;
-    count = std::min(std::max(count, 1), limit);
+    s32 count = nearest + 1;
     while (count > 1 && !(counted_up(span.X, count - 1) <= span.X_end))
         count--;
     while (count < limit && counted_up(span.X, count) <= span.X_end)
@@ -71,57 +87,51 @@ static s32 columns_of(const Span& span, s32 limit) {
 
 // ---- Columns that are exactly 0 --------------------------------------------------------------
 
-// Offsets X of a row between which the plain reading can be other than 0.
-struct Range {
-    double low, high;
+// A bound on slope * X + offset, the offset changing from row to row.
+class Cut {
+public:
+    Cut(double slope, double bound)
+        : slope(slope), bound(bound), flat(std::fabs(slope) < 1e-12), per_slope(flat ? 0 : 1 / slope) {}
 
-    // Keeps the X with |slope * X + offset| <= bound.
-    void cut(double slope, double offset, double bound) {
-        if (std::fabs(slope) < 1e-12) {
-            if (std::fabs(offset) > bound + std::fabs(slope) * std::max(-low, high))
+    // Takes from [low, high] what exceeds the bound; leaves high < low when all does.
+    void narrow(double offset, double& low, double& high) const {
+        // Offsets and products are rounded to floats in the plain reading.
+        const double size = std::fabs(slope) * std::max(std::fabs(low), std::fabs(high));
+        const double limit = bound + 4e-7 * (size + std::fabs(offset));
+        if (flat) {
+            if (std::fabs(offset) > limit + size)
                 high = low - 1;
             return;
         }
-        const double a = (-bound - offset) / slope, b = (bound - offset) / slope;
+        const double a = (-limit - offset) * per_slope, b = (limit - offset) * per_slope;
         low = std::max(low, std::min(a, b));
         high = std::min(high, std::max(a, b));
     }
+
+private:
+    double slope, bound;
+    bool flat;
+    double per_slope;
 };
 
-// The farthest that a streak's pixels can be from its path, in the plain reading's roundings: across
+// How far a streak's pixels can be from its path without being exactly 0 in the plain reading: across
 // it the exponential comes out as 0, beyond its ends both error functions as the same 1.
 class Reach {
 public:
-    explicit Reach(const StreakWork& work) : work(work) {
-        // exp gives 0 below -103.98; a faint light makes 0 of more. Products that round up on the
-        // way there are allowed for by 3.
-        const double brightest = 2 * double(work.width) * work.light;
-        const double exponent = 107 + std::min(0.0, std::log2(brightest) * 0.69);
-        across = std::sqrt(std::max(0.0, exponent) * work.Q);
-        along = double(work.half_path) + 4.05 / work.t;
-    }
+    explicit Reach(const StreakWork& work)
+        : ux(work.ux), qy(work.qy), across(work.uy, across_bound(work)),
+          along(work.qx, double(work.half_path) + 4.05 / double(work.t)) {}
 
     // Cuts the row's columns down to those that can be other than 0.
     void narrow(StreakRow& row) const {
-        if (std::fabs(row.X) > 4e6f)
+        if (fabsf(row.X) > 4e6f)
             return;
-        const double first = row.X, last = first + row.count;
-        const double farthest = std::max(std::fabs(first), std::fabs(last));
-        const double rounding = 4e-7;
-        Range range = {first, last};
-        range.cut(work.uy, -double(work.ux) * row.Y,
-                  across + rounding * (std::fabs(work.uy) * farthest +
-                                       std::fabs(double(work.ux) * row.Y)));
-        range.cut(work.qx, double(work.qy) * row.Y,
-                  along + rounding *
-                              (std::fabs(work.qx) * farthest + std::fabs(double(work.qy) * row.Y)));
-        if (range.high < range.low) {
-            row.count = 0;
-            return;
-        }
-        const s32 skip = std::max(0, s32(range.low - first) - 1);
-        const s32 end = std::min(row.count, s32(range.high - first) + 3);
-        row.count = std::max(0, end - skip);
+        const double first = row.X;
+        double low = first, high = first + row.count;
+        across.narrow(-ux * double(row.Y), low, high);
+        along.narrow(qy * double(row.Y), low, high);
+        const s32 skip = high < low ? row.count : std::max(0, s32(low - first) - 1);
+        row.count = high < low ? 0 : std::min(row.count, s32(high - first) + 3) - skip;
         if (row.count > 0 && skip > 0) {
             row.X = counted_up(row.X, skip);
             row.skip = skip;
@@ -129,8 +139,16 @@ public:
     }
 
 private:
-    const StreakWork& work;
-    double across, along;
+    double ux, qy;
+    Cut across, along;
+
+    // exp gives 0 below -103.98; a faint light makes 0 of more. Products that round up on the way
+    // there are allowed for by 3.
+    static double across_bound(const StreakWork& work) {
+        const float brightest = 2 * work.width * work.light;
+        const double exponent = 107 + std::min(0.0, double(steady_log(brightest)));
+        return std::sqrt(std::max(0.0, exponent) * double(work.Q));
+    }
 };
 
 // ---- Rows ------------------------------------------------------------------------------------

@@ -16,6 +16,18 @@ static s32 to_int(float whole) {
     return whole >= -2147483648.0f && whole < 2147483648.0f ? s32(whole) : INT_MIN;
 }
 
+// floorf and ceilf without a call; what fits no integer has no part behind the point.
+static float floor_of(float v) {
+    if (!(fabsf(v) < 8388608.0f))
+        return v;
+    const float whole = float(s32(v));
+    return whole > v ? whole - 1 : whole;
+}
+
+static float ceil_of(float v) {
+    return -floor_of(-v);
+}
+
 static s32 wrapping_increment(s32 i) {
     return s32(u32(i) + 1);
 }
@@ -42,10 +54,10 @@ RowGeometry row_geometry(const Path& path, float rx, float size_x, float size_y)
 }
 
 bool clip_box(const Path& path, float rx, float ry, s32 width, s32 height, Box& box) {
-    box.x_lo = to_int(floorf(std::min(path.from[0], path.to[0]) - rx));
-    box.y_lo = to_int(floorf(std::min(path.from[1], path.to[1]) - ry));
-    box.x_hi = wrapping_increment(to_int(floorf(std::max(path.from[0], path.to[0]) + rx)));
-    box.y_hi = wrapping_increment(to_int(floorf(std::max(path.from[1], path.to[1]) + ry)));
+    box.x_lo = to_int(floor_of(std::min(path.from[0], path.to[0]) - rx));
+    box.y_lo = to_int(floor_of(std::min(path.from[1], path.to[1]) - ry));
+    box.x_hi = wrapping_increment(to_int(floor_of(std::max(path.from[0], path.to[0]) + rx)));
+    box.y_hi = wrapping_increment(to_int(floor_of(std::max(path.from[1], path.to[1]) + ry)));
     if (box.x_hi < 0 || box.x_lo >= width || box.y_hi < 0 || box.y_lo >= height)
         return false;
 
@@ -70,7 +82,8 @@ Span row_span(const Path& path, const RowGeometry& rows, const Box& box, float Y
                          : path.mid[0];
     const float xs = std::max(xc - rows.half_width, float(box.x_lo));
     const float xe = std::min(float(box.x_hi), xc + rows.half_width);
-    return {to_int(floorf(xs)), floorf(xs) - path.mid[0], ceilf(xe) - path.mid[0]};
+    const float first = floor_of(xs);
+    return {to_int(first), first - path.mid[0], ceil_of(xe) - path.mid[0]};
 }
 
 } // namespace velmora
