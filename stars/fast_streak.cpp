@@ -91,7 +91,8 @@ static inline s32 columns_of(const Span& span, s32 limit) {
 class Cut {
 public:
     Cut(double slope, double bound)
-        : slope(slope), bound(bound), flat(std::fabs(slope) < 1e-12), per_slope(flat ? 0 : 1 / slope) {}
+        : slope(slope), bound(bound), flat(std::fabs(slope) < 1e-12),
+          per_slope(flat ? 0 : 1 / slope) {}
 
     // Takes from [low, high] what exceeds the bound; leaves high < low when all does.
     void narrow(double offset, double& low, double& high) const {

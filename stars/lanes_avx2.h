@@ -73,10 +73,16 @@ static inline F add_to_exponent(F y, F n_bits) {
 
 // ---- Interleaved pixels ----------------------------------------------------------------------
 
+static inline int lane_of_pixel(int i) {
+    return i % 2 * 4 + i / 2;
+}
+static inline F in_pixel_order(F v) {
+    return _mm256_permutevar8x32_ps(v, _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7));
+}
+
 template <int group>
 static inline F spread(F v) {
-    const int a = 2 * group, b = 2 * group + 1;
-    return _mm256_permutevar8x32_ps(v, _mm256_setr_epi32(a, a, a, a, b, b, b, b));
+    return _mm256_permute_ps(v, group * 0x55);
 }
 
 // The floats of the first `pixels` pixels.

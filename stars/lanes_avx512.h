@@ -73,11 +73,17 @@ static inline F add_to_exponent(F y, F n_bits) {
 
 // ---- Interleaved pixels ----------------------------------------------------------------------
 
+static inline int lane_of_pixel(int i) {
+    return i % 4 * 4 + i / 4;
+}
+static inline F in_pixel_order(F v) {
+    return _mm512_permutexvar_ps(
+        _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15), v);
+}
+
 template <int group>
 static inline F spread(F v) {
-    const int a = 4 * group, b = a + 1, c = a + 2, d = a + 3;
-    return _mm512_permutexvar_ps(_mm512_setr_epi32(a, a, a, a, b, b, b, b, c, c, c, c, d, d, d, d),
-                                 v);
+    return _mm512_permute_ps(v, group * 0x55);
 }
 
 // The floats of the first `pixels` pixels.

@@ -78,7 +78,16 @@ static inline F add_to_exponent(F y, F n_bits) {
 
 // ---- Interleaved pixels ----------------------------------------------------------------------
 
-// The float of pixel `group * pixels_per_vector + i` in all four floats of pixel i.
+// Values in the order of their pixels to the order that spread() takes: pixel i in lane
+// lane_of_pixel(i).
+static inline int lane_of_pixel(int i) {
+    return i;
+}
+static inline F in_pixel_order(F v) {
+    return v;
+}
+
+// From that order, the value of pixel `group * pixels_per_vector + i` in all four floats of pixel i.
 template <int group>
 static inline F spread(F v) {
     return _mm_shuffle_ps(v, v, group * 0x55);
