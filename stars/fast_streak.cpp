@@ -158,7 +158,7 @@ private:
 class StreakRows {
 public:
     StreakRows(const Brush& brush, const PlacedStar& star, const Window& window)
-        : brush(brush), star(star), iy(std::max(star.box.y_lo, window.y_lo)),
+        : brush(brush), star(star), window(window), iy(std::max(star.box.y_lo, window.y_lo)),
           last(std::min(star.box.y_hi, window.y_end - 1)),
           Y(counted_up(float(star.box.y_lo) - star.path.mid[1], iy - star.box.y_lo)) {}
 
@@ -169,7 +169,7 @@ public:
             if (!row_is_written(iy, brush.lines))
                 continue;
             const Span span = row_span(star.path, star.rows, star.box, Y);
-            if (span.ix == INT_MIN)
+            if (span.ix == INT_MIN || is_beside(span))
                 continue;
             const s32 count = columns_of(span, brush.dst.width - span.ix);
             if (count > 0)
@@ -181,8 +181,15 @@ public:
 private:
     const Brush& brush;
     const PlacedStar& star;
+    const Window& window;
     s32 iy, last;
     float Y;
+
+    // Whether a row surely has no pixel in the window.
+    bool is_beside(const Span& span) const {
+        return span.ix >= window.x_end ||
+               span.ix + (double(span.X_end) - double(span.X)) + 2 < window.x_lo;
+    }
 };
 
 // Cuts a row down to the window's columns. False when none is left.
