@@ -2,6 +2,17 @@
 //
 // Errors:    as op_star_streak has them.
 // Threads:   no state; calls that write disjoint rows may run at once.
+// Accuracy:  against the formula in double, of the largest value in a picture of up to 58 pixels that
+//            holds the middle of the path; sizes from 0.2 (spots) or 0.3 (streaks) to 200:
+//
+//                                              fast     plain
+//                spots                         7e-8     5e-7
+//                streaks up to 1 pixel long    8e-6     0.5 (4e-3 from 1e-3 on)
+//                from 1 to 10                  3e-6     6e-6
+//                of wide spots, up to 30       3e-7     7e-5
+//                from 10 to 1e7                5e-6     5e-6
+//
+//            What is left for streaks is mostly the middle's rounding to a float, which both have.
 #pragma once
 
 #include "stars/footprint.h"
