@@ -109,6 +109,10 @@ static inline F spread_first(F v) {
 static inline M first_of_pixels() {
     return _mm256_castsi256_ps(_mm256_setr_epi32(-1, 0, 0, 0, -1, 0, 0, 0));
 }
+static inline int pixels_in(M m) {
+    const int bits = _mm256_movemask_ps(m);
+    return (bits & 1) + (bits >> 4 & 1);
+}
 static inline bool any_first(F v) {
     return !_mm256_testz_si256(_mm256_castps_si256(v), _mm256_castps_si256(first_of_pixels()));
 }

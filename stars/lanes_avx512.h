@@ -105,6 +105,9 @@ static inline F spread_first(F v) {
 static inline M first_of_pixels() {
     return 0x1111;
 }
+static inline int pixels_in(M m) {
+    return (m & 1) + (m >> 4 & 1) + (m >> 8 & 1) + (m >> 12 & 1);
+}
 static inline bool any_first(F v) {
     const __m512i bits = _mm512_castps_si512(v);
     return (_mm512_test_epi32_mask(bits, bits) & 0x1111) != 0;

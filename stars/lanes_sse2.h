@@ -113,6 +113,11 @@ static inline M first_of_pixels() {
     return _mm_castsi128_ps(_mm_setr_epi32(-1, 0, 0, 0));
 }
 
+// How many pixels have their first float in the mask.
+static inline int pixels_in(M m) {
+    return _mm_movemask_ps(m) & 1;
+}
+
 // Whether the first float of any pixel has a bit set.
 static inline bool any_first(F v) {
     const __m128i zero = _mm_cmpeq_epi32(_mm_castps_si128(v), _mm_setzero_si128());
