@@ -62,7 +62,7 @@ std::string name_of(const StarCall& call) {
 
 TEST(StreakLevels, DrawTheSameBytesIntoEveryLayout) {
     Dice dice(6);
-    for (unsigned i = 0; i < 3000; i++) {
+    for (unsigned i = 0; i < 1500; i++) {
         const int width = 1 + dice.below(i % 10 ? 50 : 600), height = 1 + dice.below(40);
         StarCall call = some_call(dice, width, height);
         std::unique_ptr<Picture> first;
@@ -94,7 +94,7 @@ TEST(StreakLevels, DrawTheSameBytesIntoEveryLayout) {
 TEST(StreakLevels, StayByThePlainReading) {
     Dice dice(7);
     int told_otherwise = 0;
-    for (unsigned i = 0; i < 3000; i++) {
+    for (unsigned i = 0; i < 1500; i++) {
         const int width = 1 + dice.below(50), height = 1 + dice.below(40);
         StarCall call = some_call(dice, width, height);
         Picture plain(width, height), fast(width, height);
