@@ -5,8 +5,8 @@
 
 namespace velmora {
 
-// A tile is 64 rows of 256 pixels: 256 KiB of interleaved floats.
-static const s32 tile_width = 256;
+// A tile is 64 rows of 512 pixels: 512 KiB of interleaved floats.
+static const s32 tile_width = 512;
 static const s32 tile_height = 64;
 static const s64 tile_floats = s64(tile_width) * tile_height * 4;
 
