@@ -213,9 +213,12 @@ static Drawn draw_spot_rows(const Brush& brush, const PlacedStar& star, const Wi
     if (span.ix == INT_MIN)
         return {false, false, 0};
     const s32 skip = std::max(0, window.x_lo - span.ix);
+    const s32 last = std::min(columns_of(span, brush.dst.width - span.ix), window.x_end - span.ix);
+    if (skip >= last)
+        return {false, false, 0};
     return brush.kernels->spot({target_of(brush, star), star.amplitude, brush.size_x, brush.size_y,
-                                span.ix, skip, std::min(window.x_end, brush.dst.width), y_lo, y_end,
-                                counted_up(span.X, skip), span.X_end, Y, brush.lines});
+                                span.ix, skip, last - skip, y_lo, y_end, counted_up(span.X, skip),
+                                Y, brush.lines});
 }
 
 static Drawn draw_spot(const Brush& brush, const PlacedStar& star, const Window& window) {

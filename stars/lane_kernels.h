@@ -32,13 +32,13 @@ struct LaneTarget {
     bool interleaved; // alpha, red, green, blue side by side, four floats per pixel
 };
 
-// A spot: rows [y_lo, y_end), each from column ix + skip on, at the offsets (X, Y) from its centre that
-// the first pixel has. X is counted up to X_end, or to column x_end.
+// A spot: in rows [y_lo, y_end) the `columns` columns from ix + skip on, at the offsets (X, Y) from its
+// centre that the first of those pixels has. The rows' span starts at ix.
 struct SpotWork {
     LaneTarget target;
     float amplitude, size_x, size_y;
-    s32 ix, skip, x_end, y_lo, y_end;
-    float X, X_end, Y;
+    s32 ix, skip, columns, y_lo, y_end;
+    float X, Y;
     op_stars_lines lines;
 };
 
