@@ -5,7 +5,7 @@
 #include "stars/lane_kernels.inc"
 
 namespace velmora {
-extern const LaneKernels lane_kernels_avx2 = {
+const LaneKernels lane_kernels_avx2 = {
     avx2_lanes::draw_spot,       avx2_lanes::draw_quadrature, avx2_lanes::draw_streak,
     avx2_lanes::find_directions, avx2_lanes::project,         avx2_lanes::mark_reaching,
 };

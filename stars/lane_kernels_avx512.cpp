@@ -5,7 +5,7 @@
 #include "stars/lane_kernels.inc"
 
 namespace velmora {
-extern const LaneKernels lane_kernels_avx512 = {
+const LaneKernels lane_kernels_avx512 = {
     avx512_lanes::draw_spot,       avx512_lanes::draw_quadrature, avx512_lanes::draw_streak,
     avx512_lanes::find_directions, avx512_lanes::project,         avx512_lanes::mark_reaching,
 };

@@ -5,7 +5,7 @@
 #include "stars/lane_kernels.inc"
 
 namespace velmora {
-extern const LaneKernels lane_kernels_sse2 = {
+const LaneKernels lane_kernels_sse2 = {
     sse2_lanes::draw_spot,       sse2_lanes::draw_quadrature, sse2_lanes::draw_streak,
     sse2_lanes::find_directions, sse2_lanes::project,         sse2_lanes::mark_reaching,
 };

@@ -34,10 +34,10 @@ struct StarRenderer::Private {
     bool list_lit; // whether the list has got light into a pixel
     u32 owner;     // of what goes onto the list: a number for each star
 
-    StarBlock::View view(const StarRendererData& data) const;
+    StarBlock::View view(const StarRendererData& parameters) const;
 
     template <class Project>
-    bool draw(const StarRendererData& data, float luminance, const Color3& color,
+    bool draw(const StarRendererData& parameters, float luminance, const Color3& color,
               const Project& project);
     void fill_block(float faintest);
     void finish_list(bool& drew);
@@ -185,14 +185,14 @@ static float farthest_reach(float size, float intensity_scale, double lum_max) {
     return float(reach * double(size)) + 2;
 }
 
-StarBlock::View StarRenderer::Private::view(const StarRendererData& data) const {
-    return {&data,
+StarBlock::View StarRenderer::Private::view(const StarRendererData& parameters) const {
+    return {&parameters,
             &matrices,
-            data.threed && input->version2,
+            parameters.threed && input->version2,
             fb->width,
             fb->height,
-            farthest_reach(spot_w, intensity_scale, data.lum_max),
-            farthest_reach(spot_h, intensity_scale, data.lum_max)};
+            farthest_reach(spot_w, intensity_scale, parameters.lum_max),
+            farthest_reach(spot_h, intensity_scale, parameters.lum_max)};
 }
 
 void StarRenderer::draw_block(bool& drew) {
@@ -274,11 +274,11 @@ bool StarRenderer::Private::draw_segment(const StarCall& call) {
 }
 
 template <class Project>
-bool StarRenderer::Private::draw(const StarRendererData& data, float luminance, const Color3& color,
-                                 const Project& project) {
+bool StarRenderer::Private::draw(const StarRendererData& parameters, float luminance,
+                                 const Color3& color, const Project& project) {
     const auto draw_between = [&](const Vector2& from, const Vector2& to) {
         return draw_segment(
-            {*fb, from, to, luminance * intensity_scale, color, spot_w, spot_h, data.lines});
+            {*fb, from, to, luminance * intensity_scale, color, spot_w, spot_h, parameters.lines});
     };
     if (listing && !list.has_room_for(matrices.len()))
         draw_list();

@@ -81,7 +81,7 @@ star some_star(Dice& dice) {
 Scene some_scene(unsigned seed) {
     Dice dice(seed);
     Scene scene;
-    static const int sizes[][2] = {{1, 1}, {1, 40}, {70, 1}, {17, 300}, {331, 220}, {600, 400}};
+    static const int sizes[][2] = {{1, 1}, {1, 40}, {70, 1}, {17, 300}, {331, 420}, {600, 400}};
     const int kind = dice.below(16);
     scene.width = kind < 6 ? sizes[kind][0] : 8 + dice.below(90);
     scene.height = kind < 6 ? sizes[kind][1] : 8 + dice.below(70);
@@ -197,11 +197,11 @@ TEST(RenderLevels, GiveTheSameBytesIntoTheLargestPictures) {
 TEST(RenderLevels, DrawManyStarsAsStarByStar) {
     Scene scene = some_scene(1);
     Dice dice(4);
-    scene.width = 300;
+    scene.width = 600;
     scene.height = 240;
     scene.layout = INTERLEAVED;
     scene.covered = false;
-    scene.data = plain_data(300, 1);
+    scene.data = plain_data(600, 1);
     scene.cameras = {make_camera(), make_camera(turn_about_y(0.2)), make_camera(turn_about_y(0.4))};
     scene.stars.clear();
     for (int i = 0; i < 40000; i++)
@@ -233,7 +233,7 @@ private:
 TEST(RenderLevels, DrawWhatCameBeforeAFailure) {
     const std::vector<star> stars = {make_star(80, 0, 1), make_star(90, 5, 1), make_star(95, 0, 1)};
     const std::vector<star> two(stars.begin(), stars.begin() + 2);
-    for (int width : {40, 400}) { // without tiles and with
+    for (int width : {40, 500}) { // without tiles and with
         const StarRendererData data = plain_data(width);
         const Array<camera> cams = cameras({make_camera()});
         Picture expected(width, 300), picture(width, 300);
