@@ -16,6 +16,11 @@ float shaded_luminance(float flux, const StarRendererData& data);
 // The record's colour in linear light, tinted, then blended towards mid grey.
 Color3 shaded_color(const star& s, const StarRendererData& data);
 
+// The same two for the fast kernels: the power is steady_pow's, and colour bytes go through a table
+// of what the formula gives for each.
+float steady_luminance(float flux, const StarRendererData& data);
+Color3 steady_color(const star& s, const StarRendererData& data);
+
 // (cos dec · cos ra, sin dec, cos dec · sin ra).
 VectorN<double, 3> scene_direction(const star& s);
 

@@ -2,9 +2,17 @@
 
 #include "stars/stars.h"
 #include "core/xception.h"
+#include "stars/draw_list.h"
+#include "stars/kernels.h"
 #include "stars/projection.h"
+#include "stars/rasteriser.h"
 #include "stars/setup.h"
 #include "stars/shading.h"
+#include "stars/star_block.h"
+#include "stars/steady_math.h"
+
+#include <cmath>
+#include <typeinfo>
 
 using namespace velmora;
 
@@ -19,6 +27,22 @@ struct StarRenderer::Private {
     float intensity_scale;      // multiplies each star's luminance
     float spot_w, spot_h;       // pixels, at least 1
     u32 next_star;              // record 0 is the header
+    RenderCounts counts;
+    std::unique_ptr<StarBlock> block; // for the fast kernels
+    DrawList list;
+    bool listing;  // whether stars go into the list instead of being drawn at once
+    bool list_lit; // whether the list has got light into a pixel
+    u32 owner;     // of what goes onto the list: a number for each star
+
+    StarBlock::View view(const StarRendererData& parameters) const;
+
+    template <class Project>
+    bool draw(const StarRendererData& parameters, float luminance, const Color3& color,
+              const Project& project);
+    void fill_block(float faintest);
+    void finish_list(bool& drew);
+    bool draw_segment(const StarCall& call);
+    void draw_list();
 };
 
 // The camera's whole transform. The disc projections work on camera-space directions.
@@ -38,7 +62,8 @@ static void widen_to_pixel(float& size, float& intensity_scale) {
 
 StarRenderer::StarRenderer(const StarRendererData& parameters, const StarFramebuffer& fb,
                            StarInput& input, const Array<camera>& cams)
-    : data(&parameters), priv(new Private{&fb, &input, &cams, {}, 0, 0, 0, 0}) {
+    : data(&parameters),
+      priv(new Private{&fb, &input, &cams, {}, 0, 0, 0, 0, {}, nullptr, {}, false, false, 0}) {
     XASSERT_AT(cams.len() > 0, "priv->cams.len() > 0", __PRETTY_FUNCTION__, 464);
 
     for (uword i = 0; i < cams.len(); i++)
@@ -58,9 +83,16 @@ StarRenderer::StarRenderer(const StarRendererData& parameters, const StarFramebu
     if (!input.is_valid())
         XTHROW_AT(__PRETTY_FUNCTION__, 518, "error in star database file");
     priv->next_star = 1;
+    priv->block.reset(new StarBlock(cams.len()));
 }
 
 StarRenderer::~StarRenderer() {}
+
+const RenderCounts& StarRenderer::counts() const {
+    return priv->counts;
+}
+
+// ---- Taking records --------------------------------------------------------------------------
 
 bool StarRenderer::render_star(bool& drew) {
     if (priv->next_star >= priv->input->count)
@@ -68,46 +100,139 @@ bool StarRenderer::render_star(bool& drew) {
     if (data->brightness == 0.0)
         return false;
     const star* s = priv->input->next();
+    priv->counts.read++;
     if (do_render_star(s))
         drew = true;
     priv->next_star++;
     return priv->next_star < priv->input->count;
 }
 
+// The faintest flux that a threshold keeps. Fluxes that are not below it are kept: those that are no
+// numbers, too, and all of them for a threshold that is none.
+static float faintest_kept(double threshold) {
+    const float nearest = float(threshold);
+    return double(nearest) < threshold ? nextafterf(nearest, INFINITY) : nearest;
+}
+
+// Moves kept records from a stretch of them into the block, until either is at its end; returns how
+// many were looked at.
+static u32 take_kept(const star* records, u32 count, float faintest, StarBlock& block) {
+    const star** kept = block.records();
+    int n = block.len();
+    u32 i = 0;
+    for (; i < count && n < block.capacity(); i++) {
+        kept[n] = records + i;
+        n += !(records[i].flux < faintest);
+    }
+    block.set_len(n);
+    return i;
+}
+
 void StarRenderer::render_all(bool& drew) {
-    while (render_star(drew)) {
+    Private& p = *priv;
+    if (!lane_kernels() || !StarBlock::can_decode(p.view(*data))) {
+        while (render_star(drew)) {
+        }
+        return;
+    }
+    if (data->brightness == 0.0)
+        return;
+
+    const float faintest = faintest_kept(data->lum_threshold);
+    p.list.start({lane_kernels(), *p.fb, p.spot_w, p.spot_h, data->lines});
+    p.listing = p.list.is_worth_it();
+    try {
+        while (p.next_star < p.input->count) {
+            p.block->clear();
+            p.fill_block(faintest);
+            draw_block(drew);
+        }
+    } catch (...) {
+        draw_block(drew); // what came before is drawn
+        p.finish_list(drew);
+        throw;
+    }
+    p.finish_list(drew);
+}
+
+// Takes records until as many are kept as the block holds.
+void StarRenderer::Private::fill_block(float faintest) {
+    if (typeid(*input) == typeid(MMAPStarFile)) {
+        // Its records stand side by side.
+        MMAPStarFile& file = static_cast<MMAPStarFile&>(*input);
+        const u32 taken = take_kept(file.cursor, input->count - next_star, faintest, *block);
+        file.cursor += taken;
+        next_star += taken;
+        counts.read += taken;
+        return;
+    }
+    while (next_star < input->count && block->len() < block->capacity()) {
+        const star* s = input->next();
+        counts.read++;
+        next_star += take_kept(s, 1, faintest, *block);
     }
 }
 
+// ---- Drawing ---------------------------------------------------------------------------------
+
+// How far from its path a star can draw, at most: no amplitude reaches farther than the largest whose
+// 6250-fold a float holds, sqrt(ln(3.4e38)) = 9.42 sizes, nor does any beyond the cap's.
+static float farthest_reach(float size, float intensity_scale, double lum_max) {
+    double reach = 9.5;
+    const double most = 6250 * lum_max * double(intensity_scale);
+    if (intensity_scale > 0 && most < 1e38)
+        reach = most > 1 ? sqrt(double(steady_log(float(most)))) + 0.01 : 0.01;
+    return float(reach * double(size)) + 2;
+}
+
+StarBlock::View StarRenderer::Private::view(const StarRendererData& parameters) const {
+    return {&parameters,
+            &matrices,
+            parameters.threed && input->version2,
+            fb->width,
+            fb->height,
+            farthest_reach(spot_w, intensity_scale, parameters.lum_max),
+            farthest_reach(spot_h, intensity_scale, parameters.lum_max)};
+}
+
+void StarRenderer::draw_block(bool& drew) {
+    StarBlock& block = *priv->block;
+    priv->counts.kept += u64(block.len());
+    block.decode(*lane_kernels(), priv->view(*data));
+    for (int i = 0; i < block.len(); i++)
+        if (block.reaches(i) && draw_decoded(i))
+            drew = true;
+}
+
 bool StarRenderer::do_render_star(const star* s) {
-    // Shade: the threshold looks at the flux as it stands in the file.
+    // The threshold looks at the flux as it stands in the file.
     if (data->lum_threshold > double(s->flux))
         return false;
-    const bool has_distance = data->threed && priv->input->version2 && s->distance > 0;
-    const float amplitude = shaded_luminance(s->flux, *data) * priv->intensity_scale;
-    const Color3 color = shaded_color(*s, *data);
+    const LaneKernels* kernels = lane_kernels();
+    const StarBlock::View view = priv->view(*data);
+    if (!kernels || !StarBlock::can_decode(view)) {
+        priv->counts.kept++;
+        return draw_plainly(s);
+    }
+    bool drew = false;
+    priv->block->clear();
+    priv->block->append(s);
+    draw_block(drew);
+    return drew;
+}
 
-    const VectorN<double, 3> direction = scene_direction(*s);
-    const double w = inverse_distance(has_distance, s->distance, data->parallax);
-    const StarFramebuffer& fb = *priv->fb;
-    const auto project = [&](uword sample, Vector2& position) {
-        return world_to_screen(direction[0], direction[1], direction[2], w, priv->matrices[sample],
-                               data->projection, fb.width, fb.height, data->left, data->right,
-                               data->bottom, data->top, position);
-    };
-    const auto draw = [&](const Vector2& from, const Vector2& to) {
-        return op_star_streak(fb, from, to, amplitude, color, priv->spot_w, priv->spot_h,
-                              data->lines);
-    };
-
+// Draws one star's spot, or its segments in order. `project` gives its place in a sample, and whether
+// it is visible there; `draw` draws between two places.
+template <class Project, class Draw>
+static bool draw_segments(uword samples, const Project& project, const Draw& draw) {
     Vector2 position;
     bool visible = project(0, position);
-    if (priv->matrices.len() == 1)
+    if (samples == 1)
         return visible && draw(position, position);
 
     // Several samples: a segment is drawn whole when either of its ends is visible.
     bool drew = false;
-    for (uword i = 1; i < priv->matrices.len(); i++) {
+    for (uword i = 1; i < samples; i++) {
         Vector2 next_position;
         const bool next_visible = project(i, next_position);
         if ((visible || next_visible) && draw(position, next_position))
@@ -116,4 +241,72 @@ bool StarRenderer::do_render_star(const star* s) {
         visible = next_visible;
     }
     return drew;
+}
+
+void StarRenderer::Private::draw_list() {
+    const u64 before = counts.drawn;
+    list.draw(counts.drawn, counts.pixels);
+    list_lit |= counts.drawn > before;
+}
+
+void StarRenderer::Private::finish_list(bool& drew) {
+    if (!listing)
+        return;
+    draw_list();
+    drew |= list_lit;
+    listing = list_lit = false;
+}
+
+// Draws a segment, or puts it on the list.
+bool StarRenderer::Private::draw_segment(const StarCall& call) {
+    if (listing) {
+        PlacedStar star;
+        const Fit fit = place_star(call, star);
+        if (fit == Fit::inside)
+            list.append(star, owner);
+        if (fit != Fit::left_to_plain)
+            return false; // the list will tell
+        draw_list();
+    }
+    const Drawn drawn = draw_star_streak(call);
+    counts.pixels += u64(drawn.pixels);
+    return drawn.lit;
+}
+
+template <class Project>
+bool StarRenderer::Private::draw(const StarRendererData& parameters, float luminance,
+                                 const Color3& color, const Project& project) {
+    const auto draw_between = [&](const Vector2& from, const Vector2& to) {
+        return draw_segment(
+            {*fb, from, to, luminance * intensity_scale, color, spot_w, spot_h, parameters.lines});
+    };
+    if (listing && !list.has_room_for(matrices.len()))
+        draw_list();
+    owner++;
+    const bool lit = draw_segments(matrices.len(), project, draw_between);
+    counts.drawn += lit;
+    return lit;
+}
+
+bool StarRenderer::draw_plainly(const star* s) {
+    const Private& p = *priv;
+    const bool has_distance = data->threed && p.input->version2 && s->distance > 0;
+    const VectorN<double, 3> direction = scene_direction(*s);
+    const double w = inverse_distance(has_distance, s->distance, data->parallax);
+    const auto project = [&](uword sample, Vector2& position) {
+        return world_to_screen(direction[0], direction[1], direction[2], w, p.matrices[sample],
+                               data->projection, p.fb->width, p.fb->height, data->left, data->right,
+                               data->bottom, data->top, position);
+    };
+    return priv->draw(*data, shaded_luminance(s->flux, *data), shaded_color(*s, *data), project);
+}
+
+bool StarRenderer::draw_decoded(int i) {
+    const StarBlock& block = *priv->block;
+    const auto project = [&](uword sample, Vector2& position) {
+        position = block.place(sample, i);
+        return block.is_seen(sample, i);
+    };
+    return priv->draw(*data, steady_luminance(block[i].flux, *data), steady_color(block[i], *data),
+                      project);
 }

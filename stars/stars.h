@@ -52,6 +52,14 @@ static_assert(sizeof(camera) == 19 * sizeof(double) &&
                   offsetof(camera, focal) == 16 * sizeof(double),
               "a camera is 19 doubles, the matrix first");
 
+// What a renderer has done so far.
+struct RenderCounts {
+    u64 read;   // records taken from the input
+    u64 kept;   // of them, not below the threshold
+    u64 drawn;  // of them, stars that put light into a pixel
+    u64 pixels; // written; the fast kernels leave out some whose value is 0
+};
+
 class StarRenderer {
 public:
     // Combines the cameras' matrices, derives the spot's size and intensity, and takes the header
@@ -72,8 +80,14 @@ public:
     // Draws `s`, which need not come from the input. Returns whether light got into a pixel.
     bool do_render_star(const star* s);
 
+    const RenderCounts& counts() const;
+
 private:
     struct Private;
+
+    bool draw_plainly(const star* s);
+    bool draw_decoded(int i);
+    void draw_block(bool& drew);
 
     const StarRendererData* data;
     std::unique_ptr<Private> priv;

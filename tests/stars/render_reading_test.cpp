@@ -1,6 +1,8 @@
-// The renderer against its steps written down once more, down to the calls that draw, bit for bit.
+// The plain reading of the renderer against its steps written down once more, down to the calls that
+// draw, bit for bit.
 #include "stars/projection.h"
 #include "tests/stars/dice.h"
+#include "tests/stars/kernels.h"
 #include "tests/stars/render.h"
 
 #include <cmath>
@@ -112,6 +114,7 @@ private:
 } // namespace
 
 TEST(RenderReading, AgreesForAnySky) {
+    const WithKernels plain(velmora::KernelLevel::plain);
     Dice dice(7);
     for (int round = 0; round < 60; round++) {
         const int width = 20 + dice.below(30), height = 15 + dice.below(30);

@@ -1,6 +1,7 @@
-// The rasteriser against the same steps written down once more in float (see reference.h), bit for
+// The plain reading against the same steps written down once more in float (see reference.h), bit for
 // bit, over random calls of every kind.
 #include "tests/stars/dice.h"
+#include "tests/stars/kernels.h"
 #include "tests/stars/picture.h"
 #include "tests/stars/reference.h"
 
@@ -17,6 +18,7 @@ struct Call {
 
 // Draws the call both ways over the same picture with holes and colours in it.
 void expect_same(const Call& call, unsigned seed) {
+    const WithKernels plain(velmora::KernelLevel::plain);
     Dice dice(seed);
     const Layout layout = static_cast<Layout>(dice.below(4));
     const int width = 1 + dice.below(40), height = 1 + dice.below(30);

@@ -1,0 +1,122 @@
+#include "stars/draw_list.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace velmora {
+
+// A tile is 64 rows of 512 pixels: 512 KiB of interleaved floats.
+static const s32 tile_width = 512;
+static const s32 tile_height = 64;
+static const s64 tile_floats = s64(tile_width) * tile_height * 4;
+
+static s32 tiles_for(s32 pixels, s32 tile) {
+    return pixels / tile + (pixels % tile != 0);
+}
+
+void DrawList::start(const Brush& b) {
+    brush = b;
+    tiles_across = tiles_for(b.dst.width, tile_width);
+    tiles_down = tiles_for(b.dst.height, tile_height);
+    const s64 tiles = s64(tiles_across) * tiles_down;
+    worth_it = s64(b.dst.width) * b.dst.height * 4 > 4 * tile_floats && tiles < 65536;
+    if (worth_it && stars.capacity == 0)
+        stars.realloc(most_stars * sizeof(Entry));
+}
+
+void DrawList::append(const PlacedStar& star, u32 owner) {
+    stars.append({star, owner, false, false});
+}
+
+Window DrawList::window_of(s32 across, s32 down) const {
+    const s32 x = across * tile_width, y = down * tile_height;
+    return {x, y, std::min(x + tile_width, brush.dst.width),
+            std::min(y + tile_height, brush.dst.height)};
+}
+
+// Columns [low, high] that a star's rows from y_lo to y_hi can touch, or a few more.
+static void columns_between(const PlacedStar& star, s32 y_lo, s32 y_hi, s32& low, s32& high) {
+    low = star.box.x_lo;
+    high = star.box.x_hi;
+    if (star.rows.is_flat() || !(std::fabs(star.rows.slope) < 1e4f))
+        return;
+    const double slope = star.rows.slope;
+    const double first = star.path.from[0] + (double(y_lo) - double(star.path.from[1])) * slope;
+    const double last = star.path.from[0] + (double(y_hi) - double(star.path.from[1])) * slope;
+    // Rounded far away, rows stand off their line by some of the last bits of its ends.
+    const double margin =
+        3 + double(star.rows.half_width) +
+        1e-6 * (std::fabs(first) + std::fabs(last) + std::fabs(double(star.path.from[0])) +
+                std::fabs(double(star.path.from[1]) * slope) +
+                std::fabs(double(star.path.mid[1]) * slope));
+    const double left = std::min(first, last) - margin, right = std::max(first, last) + margin;
+    if (left > low)
+        low = left < high ? s32(left) : high + 1;
+    if (right < high)
+        high = right > low ? s32(right) : low - 1;
+}
+
+template <class Visit>
+void DrawList::for_each_tile(const PlacedStar& star, const Visit& visit) const {
+    for (s32 down = star.box.y_lo / tile_height; down <= star.box.y_hi / tile_height; down++) {
+        const s32 y = down * tile_height;
+        s32 low, high;
+        columns_between(star, std::max(y, star.box.y_lo),
+                        std::min(y + tile_height - 1, star.box.y_hi), low, high);
+        if (low > high)
+            continue;
+        for (s32 across = low / tile_width; across <= high / tile_width; across++)
+            visit(uword(down) * uword(tiles_across) + uword(across));
+    }
+}
+
+void DrawList::sort_into_tiles() {
+    const uword tiles = uword(tiles_across) * uword(tiles_down);
+    starts.clear();
+    for (uword tile = 0; tile <= tiles + 1; tile++)
+        starts.append(0);
+
+    // Count each tile's stars two places ahead, add up, and let filling move the starts by one.
+    for (uword i = 0; i < stars.len(); i++)
+        for_each_tile(stars[i].star, [&](uword tile) { starts[tile + 2]++; });
+    for (uword tile = 2; tile <= tiles + 1; tile++)
+        starts[tile] += starts[tile - 1];
+    while (order.len() < starts[tiles + 1])
+        order.append(0);
+    for (uword i = 0; i < stars.len(); i++)
+        for_each_tile(stars[i].star, [&](uword tile) { order[starts[tile + 1]++] = u32(i); });
+}
+
+void DrawList::draw(u64& owners, u64& pixels) {
+    sort_into_tiles();
+    uword tile = 0;
+    for (s32 down = 0; down < tiles_down; down++)
+        for (s32 across = 0; across < tiles_across; across++, tile++) {
+            const Window window = window_of(across, down);
+            for (u32 i = starts[tile]; i < starts[tile + 1]; i++) {
+                // The list itself is too long for the nearest caches.
+                const char* ahead = reinterpret_cast<const char*>(
+                    &stars[order[std::min<uword>(i + 4, order.len() - 1)]]);
+                __builtin_prefetch(ahead);
+                __builtin_prefetch(ahead + 64);
+                Entry& entry = stars[order[i]];
+                const Drawn drawn = draw_placed(brush, entry.star, window);
+                entry.lit |= drawn.lit;
+                entry.faint |= drawn.faint;
+                pixels += u64(drawn.pixels);
+            }
+        }
+
+    // An owner counts once, whichever of its segments is lit.
+    s64 last = -1;
+    for (uword i = 0; i < stars.len(); i++) {
+        Entry& entry = stars[i];
+        if (s64(entry.owner) == last || !(entry.lit || (entry.faint && is_lit(brush, entry.star))))
+            continue;
+        last = s64(entry.owner);
+        owners++;
+    }
+    stars.clear();
+}
+
+} // namespace velmora

@@ -1,0 +1,64 @@
+// Where a star is drawn: the path that its spot takes, and the rows and columns that it reaches. The
+// plain and the fast rasteriser share it, so that both visit the same pixels.
+//
+// Units:     pixels, as in streak.h.
+// Errors:    none: positions and sizes that are no numbers, or too large, end in empty boxes and spans.
+// Threads:   pure functions.
+#pragma once
+
+#include "stars/streak.h"
+
+namespace velmora {
+
+// The spot's way during the exposure. Pixel offsets are taken from its midpoint.
+struct Path {
+    Vector2 from, to, mid;
+    float ux, uy; // unit direction, 0 when `from` is `to`
+    float length;
+
+    Path() {}
+    Path(const Vector2& from, const Vector2& to);
+
+    // A path of up to 1e-5 pixels is a spot at its midpoint.
+    bool is_streak() const { return length > 1e-5f; }
+
+    // A place that is not a number has no pixels around it.
+    bool is_somewhere() const { return mid[0] == mid[0] && mid[1] == mid[1]; }
+};
+
+// Rows [y_lo, y_hi] and columns [x_lo, x_hi] of the image that the footprint can touch.
+struct Box {
+    s32 x_lo, y_lo, x_hi, y_hi;
+};
+
+// How a row's span follows the path.
+struct RowGeometry {
+    float slope;      // columns per row
+    float half_width; // of the span around the row centre
+
+    // Whether every row spans the whole box.
+    bool is_flat() const { return half_width == 1e20f; }
+};
+
+// A footprint row: pixel ix stands at offset X from the midpoint, both counted up to X_end.
+struct Span {
+    s32 ix;
+    float X, X_end;
+};
+
+// The footprint ends where the profile of unit intensity has fallen to 1 / this.
+constexpr float reach_intensity = 6250;
+
+// A reach of rx columns and ry rows around the path, clipped to the image. False when nothing of it
+// is inside.
+bool clip_box(const Path& path, float rx, float ry, s32 width, s32 height, Box& box);
+
+RowGeometry row_geometry(const Path& path, float rx, float size_x, float size_y);
+
+// The columns around the path at row offset Y. A span that starts beyond what an integer holds has
+// an `ix` of INT_MIN and is empty.
+Span row_span(const Path& path, const RowGeometry& rows, const Box& box, float Y);
+
+bool row_is_written(s32 iy, op_stars_lines lines);
+
+} // namespace velmora

@@ -1,0 +1,97 @@
+// The fast kernels, once per instruction set: what they take and give. See lane_kernels.inc for what
+// they do and kernels.h for which one runs.
+//
+// Shapes:    plain records only, so that a unit compiled for a newer processor shares no code with
+//            the others.
+// Threads:   pure functions over disjoint pixels.
+#pragma once
+
+#include "stars/lane_decode.h"
+#include "stars/streak.h"
+
+namespace velmora {
+
+// What a call left behind.
+struct Drawn {
+    bool lit;   // whether any pixel got a weight above zero
+    bool faint; // `lit` left that open: there are weights, all of them next to nothing
+    s64 pixels; // that were written
+
+    Drawn& operator+=(const Drawn& more) {
+        lit |= more.lit;
+        faint |= more.faint;
+        pixels += more.pixels;
+        return *this;
+    }
+};
+
+// Where a star goes.
+struct LaneTarget {
+    StarFramebuffer fb;
+    float color[3];
+    bool interleaved; // alpha, red, green, blue side by side, four floats per pixel
+};
+
+// A spot: in rows [y_lo, y_end) the `columns` columns from ix + skip on, at the offsets (X, Y) from its
+// centre that the first of those pixels has. The rows' span starts at ix.
+struct SpotWork {
+    LaneTarget target;
+    float amplitude, size_x, size_y;
+    s32 ix, skip, columns, y_lo, y_end;
+    float X, Y;
+    op_stars_lines lines;
+};
+
+// The streak's constants, rounded as the plain reading rounds them.
+struct StreakWork {
+    LaneTarget target;
+    float ux, uy; // unit direction
+    float qx, qy; // q = qx * X + qy * Y
+    float Q;
+    float half_path; // 0.5 * length * Q
+    float t;
+    float width;    // what e * g is multiplied by: sqrt(pi) / 2 * size_x * size_y * s
+    float light;    // amplitude / length
+    bool look_only; // tells whether any pixel would get a weight above zero, and writes none
+};
+
+// The `count` columns of row iy from ix + skip on, the first at offset (X, Y) from the path's
+// midpoint. The row's span starts at ix.
+struct StreakRow {
+    s32 iy, ix, skip, count;
+    float X, Y;
+};
+
+namespace fitted {
+struct Rule;
+}
+
+// A short streak, as the sum of spots along its path, by a rule of quadrature.
+struct QuadratureWork {
+    LaneTarget target;
+    float light;           // amplitude / 2
+    double mid_x, mid_y;   // of the path
+    double half_x, half_y; // from there to its end
+    float size_x, size_y;
+    s32 x_first, x_end; // the rows' columns lie in [x_first, x_end)
+    float certain;      // the weight above which a pixel counts as lit
+    const fitted::Rule* rule;
+};
+
+// Rows that a kernel takes at a time, at most.
+constexpr int row_batch = 64;
+
+struct LaneKernels {
+    Drawn (*spot)(const SpotWork& work);
+    Drawn (*quadrature)(const QuadratureWork& work, const StreakRow* rows, int count);
+    Drawn (*streak)(const StreakWork& work, const StreakRow* rows, int count);
+    void (*find_directions)(const DecodeWork& work);
+    void (*project)(const ProjectWork& work);
+    void (*mark_reaching)(const ReachWork& work);
+};
+
+extern const LaneKernels lane_kernels_sse2;
+extern const LaneKernels lane_kernels_avx2;
+extern const LaneKernels lane_kernels_avx512;
+
+} // namespace velmora

@@ -1,0 +1,12 @@
+#include "stars/lanes_avx512.h"
+
+#define VELMORA_LANES avx512_lanes
+#include "stars/lane_decode.inc"
+#include "stars/lane_kernels.inc"
+
+namespace velmora {
+const LaneKernels lane_kernels_avx512 = {
+    avx512_lanes::draw_spot,       avx512_lanes::draw_quadrature, avx512_lanes::draw_streak,
+    avx512_lanes::find_directions, avx512_lanes::project,         avx512_lanes::mark_reaching,
+};
+} // namespace velmora

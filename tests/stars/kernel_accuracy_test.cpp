@@ -1,0 +1,148 @@
+// How far the plain reading and the fast kernels are from the formulas in double, case by case. The
+// fast kernels' largest errors are the numbers that stars/rasteriser.h states.
+#include "stars/rasteriser.h"
+#include "tests/stars/dice.h"
+#include "tests/stars/kernels.h"
+#include "tests/stars/picture.h"
+
+#include <algorithm>
+
+using namespace stars_test;
+using namespace velmora;
+
+namespace {
+
+// erf(a) - erf(b), without losing what is left of it far out.
+double erf_between(double a, double b) {
+    if (b > 0)
+        return std::erfc(b) - std::erfc(a);
+    if (a < 0)
+        return std::erfc(-a) - std::erfc(-b);
+    return std::erf(a) - std::erf(b);
+}
+
+// The formula of a pixel's value, in double from the call's own floats on.
+class Exact {
+public:
+    explicit Exact(const StarCall& call)
+        : A(call.amplitude), sx(call.size_x), sy(call.size_y),
+          mx(0.5 * (double(call.from[0]) + call.to[0])),
+          my(0.5 * (double(call.from[1]) + call.to[1])) {
+        const double dx = double(call.to[0]) - call.from[0], dy = double(call.to[1]) - call.from[1];
+        L = std::sqrt(dx * dx + dy * dy);
+        ux = dx / L;
+        uy = dy / L;
+        streak = Path(call.from, call.to).is_streak();
+    }
+
+    double operator()(int x, int y) const {
+        const double X = x - mx, Y = y - my;
+        if (!streak)
+            return A * std::exp(-X * X / (sx * sx) - Y * Y / (sy * sy));
+        const double Q = sy * sy * ux * ux + sx * sx * uy * uy, s = 1 / std::sqrt(Q),
+                     t = s / (sx * sy);
+        const double p = uy * X - ux * Y, q = sy * sy * ux * X + sx * sx * uy * Y;
+        const double e = erf_between((0.5 * L * Q - q) * t, (-0.5 * L * Q - q) * t);
+        return A / L *
+               (e * (0.5 * std::sqrt(3.141592653589793) * sx * sy * s * std::exp(-p * p / Q)));
+    }
+
+private:
+    double A, sx, sy, mx, my, L, ux, uy;
+    bool streak;
+};
+
+struct Case {
+    const char* name;
+    double shortest, longest; // path; 0 for a spot
+    double narrowest, widest; // sizes
+    double places;            // positions are rounded to 1 / places; 0: not at all
+    double fast_error;        // largest, of the largest value in the picture
+    double ratio;             // of the plain reading's largest, at most
+};
+
+// Where places are rounded, offsets from the middle are exact and the kernels' own error is what is
+// left. Where they are not, the rounding of the middle to a float is in both; so it is for long
+// paths, whose middle is far from the picture.
+const Case cases[] = {
+    {"spots below a pixel", 0, 0, 0.2, 1, 64, 6e-8, 1.1},
+    {"spots", 0, 0, 1, 4, 64, 6e-8, 1.1},
+    {"wide spots", 0, 0, 4, 200, 64, 6e-8, 1.1},
+    {"spots anywhere", 0, 0, 0.2, 200, 0, 7e-8, 1.1},
+    {"streaks to 1e-3", 1e-6, 1e-3, 0.3, 200, 0, 8e-6, 1.5},
+    {"streaks to 1", 1e-3, 1, 0.3, 200, 0, 8e-6, 1.5},
+    {"streaks to 10", 1, 10, 0.3, 200, 0, 3e-6, 1.5},
+    {"short streaks of wide spots", 0.1, 30, 10, 200, 0, 3e-7, 1.5},
+    {"streaks to 1000", 10, 1000, 0.3, 200, 0, 5e-6, 1.5},
+    {"streaks to 1e7", 1e3, 1e7, 0.3, 200, 0, 3e-6, 1.5},
+    {"along the axes", -1, 50, 0.3, 20, 0, 3e-6, 1.5},
+};
+
+float placed(double v, double places) {
+    return float(places > 0 ? std::round(v * places) / places : v);
+}
+
+StarCall some_call(Dice& dice, const Case& c, int width, int height) {
+    StarCall call;
+    call.size_x = float(dice.log_between(c.narrowest, c.widest));
+    call.size_y = dice.below(2) ? call.size_x : float(dice.log_between(c.narrowest, c.widest));
+    call.amplitude = float(dice.log_between(2e-4, 1e5));
+    call.color = white;
+    call.lines = OP_STARS_LINES_ALL;
+    // The middle lies in the picture, so that the peak does.
+    const double x = dice.between(1, width - 1), y = dice.between(1, height - 1);
+    call.from = call.to = at(placed(x, c.places), placed(y, c.places));
+    if (c.longest > 0) {
+        const bool axes = c.shortest < 0;
+        const double length = dice.log_between(axes ? 0.1 : c.shortest, c.longest);
+        const double angle = axes ? 1.5707963267948966 * dice.below(4) : dice.between(0, 6.2831853);
+        const double dx = 0.5 * length * std::cos(angle), dy = 0.5 * length * std::sin(angle);
+        call.from = at(float(x - dx), float(y - dy));
+        call.to = at(float(x + dx), float(y + dy));
+    }
+    return call;
+}
+
+double largest_error(const Picture& picture, const Exact& exact, double& largest) {
+    double worst = 0;
+    largest = 0;
+    for (int y = 0; y < picture.fb.height; y++)
+        for (int x = 0; x < picture.fb.width; x++) {
+            const double value = exact(x, y);
+            largest = std::max(largest, value);
+            if (picture.red(x, y) != 0) // what neither reading visits is no error of theirs
+                worst = std::max(worst, std::fabs(picture.red(x, y) - value));
+        }
+    return worst;
+}
+
+} // namespace
+
+TEST(KernelAccuracy, IsAsStatedAndNearThePlainReadings) {
+    for (const Case& c : cases) {
+        Dice dice(11);
+        double plain_worst = 0, fast_worst = 0;
+        for (int i = 0; i < 400; i++) {
+            const int width = 8 + dice.below(50), height = 8 + dice.below(40);
+            StarCall call = some_call(dice, c, width, height);
+            Picture plain(width, height), fast(width, height);
+            call.dst = plain.fb;
+            plain_star_streak(call);
+            call.dst = fast.fb;
+            {
+                const WithKernels kernels(KernelLevel::sse2);
+                draw_star_streak(call);
+            }
+            const Exact exact(call);
+            double largest;
+            const double plain_error = largest_error(plain, exact, largest);
+            const double fast_error = largest_error(fast, exact, largest);
+            if (largest > 0) {
+                plain_worst = std::max(plain_worst, plain_error / largest);
+                fast_worst = std::max(fast_worst, fast_error / largest);
+            }
+        }
+        EXPECT_LE(fast_worst, c.fast_error) << c.name;
+        EXPECT_LE(fast_worst, c.ratio * plain_worst) << c.name;
+    }
+}

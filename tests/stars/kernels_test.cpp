@@ -1,0 +1,37 @@
+#include "tests/stars/kernels.h"
+
+using namespace stars_test;
+using namespace velmora;
+
+TEST(Kernels, ForceEachLevelThatTheMachineHas) {
+    const KernelLevel before = kernel_level();
+    for (KernelLevel level :
+         {KernelLevel::plain, KernelLevel::sse2, KernelLevel::avx2, KernelLevel::avx512}) {
+        const KernelLevel last = kernel_level();
+        const bool has = level <= best_kernel_level();
+        EXPECT_EQ(set_kernel_level(level), has);
+        EXPECT_EQ(kernel_level(), has ? level : last);
+    }
+    EXPECT_TRUE(set_kernel_level(before));
+}
+
+TEST(Kernels, AreFastAtEveryLevelButPlain) {
+    {
+        const WithKernels plain(KernelLevel::plain);
+        EXPECT_EQ(lane_kernels(), nullptr);
+    }
+    const LaneKernels* last = nullptr;
+    for (KernelLevel level : fast_levels()) {
+        const WithKernels kernels(level);
+        EXPECT_NE(lane_kernels(), nullptr);
+        EXPECT_NE(lane_kernels(), last) << "each level has its own";
+        last = lane_kernels();
+    }
+}
+
+TEST(Kernels, HaveNames) {
+    EXPECT_STREQ(kernel_level_name(KernelLevel::plain), "plain");
+    EXPECT_STREQ(kernel_level_name(KernelLevel::sse2), "SSE2");
+    EXPECT_STREQ(kernel_level_name(KernelLevel::avx2), "AVX2");
+    EXPECT_STREQ(kernel_level_name(KernelLevel::avx512), "AVX-512");
+}

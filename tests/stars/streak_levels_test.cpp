@@ -1,0 +1,125 @@
+// The fast kernels of every level give the same bytes, touch nothing else, and tell the same.
+#include "stars/rasteriser.h"
+#include "tests/stars/dice.h"
+#include "tests/stars/kernels.h"
+#include "tests/stars/picture.h"
+
+#include <memory>
+
+using namespace stars_test;
+using namespace velmora;
+
+namespace {
+
+// A picture with colours in it, and holes, partly covered and over-covered pixels here and there.
+std::unique_ptr<Picture> some_picture(unsigned seed, int width, int height, Layout layout) {
+    Dice dice(seed);
+    std::unique_ptr<Picture> picture(new Picture(width, height, layout));
+    const int one_in = dice.below(2) ? 200 : 6; // covered pixels, with long free runs or without
+    for (int y = 0; y < height; y++)
+        for (int x = 0; x < width; x++) {
+            for (int p = 0; p < 3; p++)
+                picture->paint(p, x, y, float((x + 3 * y + p) % 5) / 3);
+            if (dice.below(one_in) == 0) {
+                static const float alphas[] = {0.25f, 1, 1.5f, -0.5f, -0.0f, 0.99999994f};
+                picture->cover(x, y, alphas[dice.below(6)]);
+            }
+        }
+    return picture;
+}
+
+StarCall some_call(Dice& dice, int width, int height) {
+    StarCall call;
+    call.size_x = float(dice.log_between(0.2, 30));
+    call.size_y = dice.below(2) ? call.size_x : float(dice.log_between(0.2, 30));
+    call.amplitude = float(dice.log_between(1e-4, 1e4));
+    for (int p = 0; p < 3; p++)
+        call.color[p] = float(dice.between(-0.2, 1.5));
+    call.lines = static_cast<op_stars_lines>(dice.below(8) ? 0 : dice.below(4));
+    const double x = dice.between(-9, width + 9), y = dice.between(-9, height + 9);
+    call.from = call.to = at(float(x), float(y));
+    if (dice.below(4) != 0) {
+        const double length = dice.log_between(1e-6, dice.below(4) ? 100 : 1e8);
+        const double angle = dice.below(5) ? dice.between(0, 6.2831853) : 1.5707963 * dice.below(4);
+        const double part = dice.between(0, 1), dx = length * std::cos(angle),
+                     dy = length * std::sin(angle);
+        call.from = at(float(x - part * dx), float(y - part * dy));
+        call.to = at(float(x + (1 - part) * dx), float(y + (1 - part) * dy));
+    }
+    return call;
+}
+
+std::string name_of(const StarCall& call) {
+    char text[300];
+    snprintf(text, sizeof text, "%a, %a to %a, %a amplitude %a sizes %a, %a lines %d in %d x %d",
+             double(call.from[0]), double(call.from[1]), double(call.to[0]), double(call.to[1]),
+             double(call.amplitude), double(call.size_x), double(call.size_y), int(call.lines),
+             call.dst.width, call.dst.height);
+    return text;
+}
+
+} // namespace
+
+TEST(StreakLevels, DrawTheSameBytesIntoEveryLayout) {
+    Dice dice(6);
+    for (unsigned i = 0; i < 1500; i++) {
+        const int width = 1 + dice.below(i % 10 ? 50 : 600), height = 1 + dice.below(40);
+        StarCall call = some_call(dice, width, height);
+        std::unique_ptr<Picture> first;
+        Drawn told = {};
+        for (KernelLevel level : fast_levels())
+            for (Layout layout : {INTERLEAVED, static_cast<Layout>(1 + i % 3)}) {
+                std::unique_ptr<Picture> picture = some_picture(i, width, height, layout);
+                call.dst = picture->fb;
+                const WithKernels kernels(level);
+                const Drawn drawn = draw_star_streak(call);
+                ASSERT_TRUE(picture->surroundings_intact()) << name_of(call);
+                if (!first) {
+                    first = std::move(picture);
+                    told = drawn;
+                    continue;
+                }
+                EXPECT_EQ(drawn.lit, told.lit) << name_of(call);
+                EXPECT_EQ(drawn.pixels, told.pixels) << name_of(call);
+                ASSERT_TRUE(same_bits(*picture, *first))
+                    << kernel_level_name(level) << ": " << name_of(call);
+            }
+    }
+}
+
+// The plain reading visits the same pixels, adds to each what the fast kernels add but for both
+// accuracies, and tells the same. What a pixel gets is off by a few roundings of the amplitude
+// (spots of sub-pixel size: by the exponential's of a large exponent) and, along a streak, by what
+// two error functions lose of their difference before it is divided by the length.
+TEST(StreakLevels, StayByThePlainReading) {
+    Dice dice(7);
+    int told_otherwise = 0;
+    for (unsigned i = 0; i < 1500; i++) {
+        const int width = 1 + dice.below(50), height = 1 + dice.below(40);
+        StarCall call = some_call(dice, width, height);
+        Picture plain(width, height), fast(width, height);
+        call.color = white;
+        call.dst = plain.fb;
+        const Drawn expected = plain_star_streak(call);
+        call.dst = fast.fb;
+        const WithKernels kernels(KernelLevel::sse2);
+        const Drawn drawn = draw_star_streak(call);
+        EXPECT_LE(drawn.pixels, expected.pixels) << "zeros may be left out: " << name_of(call);
+        told_otherwise += drawn.lit != expected.lit;
+
+        const double length = std::hypot(double(call.to[0]) - double(call.from[0]),
+                                         double(call.to[1]) - double(call.from[1]));
+        const double size = std::max(call.size_x, call.size_y);
+        const double lost = length > 1e-5 ? size / length : 0;
+        const double far = std::max(std::hypot(double(call.from[0]), double(call.from[1])),
+                                    std::hypot(double(call.to[0]), double(call.to[1])));
+        const double sharp = 1 + far / std::min(call.size_x, call.size_y);
+        const double allowed = call.amplitude * 3e-7 * (sharp + lost);
+        double worst = 0;
+        for (int y = 0; y < height; y++)
+            for (int x = 0; x < width; x++)
+                worst = std::max(worst, std::fabs(double(plain.red(x, y)) - fast.red(x, y)));
+        EXPECT_LE(worst, allowed) << name_of(call);
+    }
+    EXPECT_LE(told_otherwise, 3);
+}
