@@ -1,13 +1,8 @@
 #include "host/chan.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <memory>
 #include <sstream>
 #include <string_view>
 #include <system_error>
@@ -111,31 +106,6 @@ Chan Chan::parse(const std::string& text, const std::string& name) {
     if (chan.lines.empty())
         throw ChanError(name, "no frame in the file");
     return chan;
-}
-
-static std::string contents_of(const std::string& path) {
-    // A pipe would be waited for, and a device may have no end.
-    std::error_code ignored;
-    const std::filesystem::file_status status = std::filesystem::status(path, ignored);
-    if (std::filesystem::exists(status) && !std::filesystem::is_directory(status) &&
-        !std::filesystem::is_regular_file(status))
-        throw ChanError(path, "is not a regular file");
-
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (!file)
-        throw ChanError(path, std::strerror(errno));
-    std::string contents;
-    char block[4096];
-    while (const std::size_t count = std::fread(block, 1, sizeof block, file.get()))
-        contents.append(block, count);
-    // A folder opens, but cannot be read.
-    if (std::ferror(file.get()))
-        throw ChanError(path, std::strerror(errno));
-    return contents;
-}
-
-Chan Chan::read(const std::string& path) {
-    return parse(contents_of(path), path);
 }
 
 static double between(double a, double b, double part) {

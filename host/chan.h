@@ -37,8 +37,6 @@ struct ChanSample {
 
 class Chan {
 public:
-    static Chan read(const std::string& path);
-
     // `name` stands for the file in messages.
     static Chan parse(const std::string& text, const std::string& name);
 

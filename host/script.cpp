@@ -1,15 +1,10 @@
 #include "host/script.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
 #include <initializer_list>
 #include <map>
-#include <memory>
 #include <set>
 #include <string_view>
 #include <system_error>
@@ -19,8 +14,6 @@ namespace velmora {
 
 static const std::size_t deepest_group = 100;
 static const int most_inputs = 1000;
-static const std::uintmax_t largest_file = std::uintmax_t(1) << 30;
-
 static bool is_one_of(std::string_view name, std::initializer_list<std::string_view> names) {
     return std::find(names.begin(), names.end(), name) != names.end();
 }
@@ -422,34 +415,6 @@ Script Script::parse(const std::string& text, const std::string& name) {
         builder.run(command);
     builder.finish();
     return script;
-}
-
-static std::string contents_of(const std::string& path) {
-    // A pipe would be waited for, and a device may have no end.
-    std::error_code ignored;
-    const std::filesystem::file_status status = std::filesystem::status(path, ignored);
-    if (std::filesystem::exists(status) && !std::filesystem::is_directory(status) &&
-        !std::filesystem::is_regular_file(status))
-        throw ScriptError(path, "is not a regular file");
-    const std::uintmax_t size = std::filesystem::file_size(path, ignored);
-    if (!ignored && size > largest_file)
-        throw ScriptError(path, "is larger than 1 GiB");
-
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (!file)
-        throw ScriptError(path, std::strerror(errno));
-    std::string contents;
-    char block[65536];
-    while (const std::size_t count = std::fread(block, 1, sizeof block, file.get()))
-        contents.append(block, count);
-    // A folder opens, but cannot be read.
-    if (std::ferror(file.get()))
-        throw ScriptError(path, std::strerror(errno));
-    return contents;
-}
-
-Script Script::read(const std::string& path) {
-    return parse(contents_of(path), path);
 }
 
 } // namespace velmora

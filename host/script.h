@@ -9,7 +9,7 @@
 //            the Inputs and Outputs in them. A group that is off passes on its input 0. One whose
 //            `disable` is an expression, or that is on and has not just one Output, cannot be
 //            looked through: it is a node of class Group. What the clipboard holds is a script too.
-// Errors:    ScriptError, at the first slip; files of more than 1 GiB are refused.
+// Errors:    ScriptError, at the first slip.
 // Threads:   pure functions.
 #pragma once
 
@@ -47,8 +47,6 @@ struct Script {
     std::string version;
     std::vector<ScriptKnob> root; // without `inputs`
     std::vector<ScriptNode> nodes;
-
-    static Script read(const std::string& path);
 
     // `name` stands for the file in messages.
     static Script parse(const std::string& text, const std::string& name);

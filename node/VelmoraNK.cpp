@@ -1,6 +1,7 @@
 #include "node/VelmoraNK.h"
 
 #include "core/xception.h"
+#include "node/doors.h"
 #include "node/sdk.h"
 #include "stars/setup.h"
 
@@ -235,6 +236,7 @@ void VelmoraNK::_open() {
     StarRenderer renderer(render_data, framebuffer, *star_input, cameras);
     bool drew = false;
     renderer.render_all(drew);
+    velmora::note_counts(renderer.counts());
 }
 
 void VelmoraNK::engine(int y, int x, int r, ChannelMask, Row& row) {

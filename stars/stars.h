@@ -52,6 +52,8 @@ static_assert(sizeof(camera) == 19 * sizeof(double) &&
                   offsetof(camera, focal) == 16 * sizeof(double),
               "a camera is 19 doubles, the matrix first");
 
+namespace velmora {
+
 // What a renderer has done so far.
 struct RenderCounts {
     u64 read;   // records taken from the input
@@ -59,6 +61,8 @@ struct RenderCounts {
     u64 drawn;  // of them, stars that put light into a pixel
     u64 pixels; // written; the fast kernels leave out some whose value is 0
 };
+
+} // namespace velmora
 
 class StarRenderer {
 public:
@@ -80,7 +84,7 @@ public:
     // Draws `s`, which need not come from the input. Returns whether light got into a pixel.
     bool do_render_star(const star* s);
 
-    const RenderCounts& counts() const;
+    const velmora::RenderCounts& counts() const;
 
 private:
     struct Private;

@@ -6,6 +6,7 @@
 #include "tools/knobs.h"
 #include "tools/star_file.h"
 #include "tools/star_node.h"
+#include "tools/text_file.h"
 
 #include <algorithm>
 #include <set>
@@ -100,7 +101,7 @@ static void read_script(const CompOptions& options, Comp& comp) {
     if (options.camera.given())
         throw UsageFailure("arguments", "the camera is what the script says: options such as "
                                         "--camera, --focal or --look-at are for renders without");
-    const Script script = Script::read(options.script);
+    const Script script = Script::parse(read_text_file(options.script), options.script);
     const LoadedScript loaded = load_script(script, star_node_class, comp.graph);
     comp.inputs.push_back(options.script);
     if (!loaded.skipped_classes.empty())

@@ -1,5 +1,6 @@
 #include "tools/command.h"
 #include "tools/knobs.h"
+#include "tools/plugin_doors.h"
 #include "tools/star_file.h"
 #include "tools/star_node.h"
 
@@ -15,12 +16,12 @@ static void print_info() {
     printf("OpenEXR    " OPENEXR_VERSION_STRING "\n");
     printf("libpng     %s\n", png_get_libpng_ver(nullptr));
     printf("CLI11      " CLI11_VERSION "\n");
-    printf("kernels    plain\n");
-    printf("star file  %s\n", default_star_file().c_str());
-
     Graph graph(plugin_path());
     graph.set_format(default_format);
     const DD::Image::Node& node = create_star_node(graph);
+    printf("kernels    %s\n", PluginDoors(node.description()).kernels().c_str());
+    printf("star file  %s\n", default_star_file().c_str());
+
     printf("\n%-16s %-22s %s\n", "knob", "default", "takes");
     for (const HostKnob* const knob : own_knobs(node))
         printf("%-16s %-22s %s\n", knob->name().c_str(), knob_text(*knob, 1).c_str(),

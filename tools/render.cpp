@@ -4,8 +4,13 @@
 #include "tools/frame_range.h"
 #include "tools/jobs.h"
 #include "tools/notes.h"
+#include "tools/numbers.h"
+#include "tools/plugin_doors.h"
 #include "tools/progress.h"
 #include "tools/star_file.h"
+#include "tools/stopwatch.h"
+
+#include <cstdio>
 
 namespace velmora {
 
@@ -64,11 +69,31 @@ static std::size_t check_star_files(const Comp& comp) {
     return stars;
 }
 
+static std::string milliseconds(double seconds) {
+    char text[32];
+    snprintf(text, sizeof text, "%.1f ms", seconds * 1000);
+    return text;
+}
+
+// The counts are those of the last opening, which was this frame's.
+static void say_stats(const std::string& where, const RenderedFrame& frame,
+                      const RenderCounts& counts, double writing) {
+    say("stats: " + where + "frame " + shortest_text(frame.frame) + ": " +
+        std::to_string(counts.read) + " stars read, " + std::to_string(counts.kept) + " kept, " +
+        std::to_string(counts.drawn) + " drawn, " + std::to_string(counts.pixels) +
+        " pixels written; set-up " + milliseconds(frame.times.setting_up) + ", drawing " +
+        milliseconds(frame.times.drawing) + ", rows " + milliseconds(frame.times.taking_rows) +
+        ", writing " + milliseconds(writing));
+}
+
 void render(const RenderOptions& options) {
     const std::unique_ptr<Comp> comp = make_comp(options.comp);
     const std::vector<int> frames = frames_of(options, comp->graph);
     const std::vector<Rendering> renderings = renderings_of(*comp, options, frames);
     const std::size_t stars = check_star_files(*comp);
+    const PluginDoors doors(comp->stars[0]->description());
+    if (options.reference)
+        doors.draw_plainly();
     for (const std::string& note : comp->notes)
         say(note);
 
@@ -81,7 +106,10 @@ void render(const RenderOptions& options) {
         const auto frame = rendering.renderer->render(pieces[i].frame);
         if (pieces[i].frame == frames[0])
             say_notes(frame->view);
+        Stopwatch watch;
         rendering.outputs->write(*frame, pieces[i].frame);
+        if (options.stats)
+            say_stats(rendering.where, *frame, doors.last_counts(), watch.lap());
     };
     if (pieces.size() == 1) {
         render_piece(0);

@@ -13,6 +13,8 @@ struct RenderOptions {
     OutputOptions outputs;
     CompOptions comp;
     int jobs = 1;
+    bool stats = false;     // say what every frame took
+    bool reference = false; // draw with the plain reading
 };
 
 // Renders every frame of every node into every output. Checks all that can be checked before the

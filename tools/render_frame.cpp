@@ -4,6 +4,7 @@
 #include "tools/failure.h"
 #include "tools/knobs.h"
 #include "tools/star_node.h"
+#include "tools/stopwatch.h"
 
 namespace velmora {
 
@@ -52,14 +53,18 @@ static void put_row(const Row& row, int y, RenderedFrame& frame) {
 std::unique_ptr<RenderedFrame> NodeRenderer::render(double frame) {
     std::unique_ptr<RenderedFrame> rendered;
     working_in_host([&] {
+        Stopwatch watch;
         Op& op = validated(frame);
-        rendered.reset(new RenderedFrame{node, frame, view_of(op), {}});
+        rendered.reset(new RenderedFrame{node, frame, view_of(op), {}, {}});
+        rendered->times.setting_up = watch.lap();
         const std::size_t pixels =
             std::size_t(rendered->view.width) * std::size_t(rendered->view.height);
         rendered->pixels.resize(4 * pixels);
         const Opened opened(op);
+        rendered->times.drawing = watch.lap();
         pull_rows(opened.iop(), opened.iop().info(), DD::Image::Mask_RGBA, {},
                   [&](const Row& row, int y, int, int) { put_row(row, y, *rendered); });
+        rendered->times.taking_rows = watch.lap();
     });
     return rendered;
 }

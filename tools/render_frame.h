@@ -14,11 +14,20 @@
 
 namespace velmora {
 
+// Seconds of the phases of a frame.
+struct FrameTimes {
+    double setting_up; // the comp's nodes, cameras and the star database
+    double drawing;
+    double taking_rows;
+};
+
 struct RenderedFrame {
     const DD::Image::Node& node;
     double frame;
     View view;
     std::vector<float> pixels;
+
+    FrameTimes times;
 
     FloatPicture picture() const { return {view.width, view.height, pixels.data()}; }
 };

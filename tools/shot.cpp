@@ -5,9 +5,9 @@
 #include "host/number_knob.h"
 #include "host/transform.h"
 #include "stars/setup.h"
-#include "tools/chan_curves.h"
 #include "tools/failure.h"
 #include "tools/star_node.h"
+#include "tools/text_file.h"
 
 #include <cmath>
 #include <memory>
@@ -96,9 +96,9 @@ static void set_view(Node& node, const CameraOptions& options) {
     set_three(node, "rotate", {rotate.begin(), rotate.end()});
 }
 
-static std::shared_ptr<const Chan> read_chan(const std::string& path) {
+std::shared_ptr<const Chan> read_chan(const std::string& path) {
     try {
-        return std::make_shared<Chan>(Chan::read(path));
+        return std::make_shared<Chan>(Chan::parse(read_text_file(path), path));
     } catch (const ChanError& error) {
         throw WorkFailure(error.where, error.why);
     }
@@ -108,8 +108,7 @@ static NumberKnob& number_knob(const Node& node, const char* name) {
     return dynamic_cast<NumberKnob&>(*node.knob(name));
 }
 
-// The camera moves as the file says. A lens given outright holds against the file's, whose focal
-// length changes evenly from frame to frame, as in a script made of the same file.
+// The camera moves as the file says. A lens given outright holds against the file's.
 static void follow(Node& camera, const std::string& path, bool with_lens) {
     const std::shared_ptr<const Chan> chan = read_chan(path);
     for (std::size_t i = 0; i < 3; i++) {
@@ -123,7 +122,9 @@ static void follow(Node& camera, const std::string& path, bool with_lens) {
     if (!chan->has_vfov() || !with_lens)
         return;
     const double aperture = camera.knob("vaperture")->get_value_at(0, 0);
-    camera.knob("focal")->read(focal_curve(*chan, aperture), path);
+    number_knob(camera, "focal").follow(0, [chan, aperture](double time) {
+        return focal_of_fov(*chan->sample(time).vfov, aperture);
+    });
 }
 
 void add_camera(Graph& graph, Node& stars, const CameraOptions& options) {

@@ -5,8 +5,10 @@
 //            camera file that cannot be read or is malformed.
 #pragma once
 
+#include "host/chan.h"
 #include "host/graph.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,6 +30,9 @@ struct CameraOptions {
     // Whether anything is asked for at all.
     bool given() const;
 };
+
+// The camera file at `path`.
+std::shared_ptr<const Chan> read_chan(const std::string& path);
 
 // Makes the camera and connects it to `stars`, whose projection a field of view needs to be the
 // perspective one. Without a camera the view, if one is given, goes into the node's transform.

@@ -52,11 +52,16 @@ Script script_of(const Comp& comp, const CompOptions& options, const std::vector
     if (const Node* const camera = stars.input(star_camera_input)) {
         ScriptNode written = node_of(*camera);
         if (!options.camera.chan_file.empty()) {
-            const Chan chan = Chan::read(options.camera.chan_file);
+            const Chan chan = *read_chan(options.camera.chan_file);
             first = std::ceil(chan.first_frame());
             last = std::max(first, std::floor(chan.last_frame()));
             written.knobs.push_back({"translate", {}, translate_curves(chan)});
             written.knobs.push_back({"rotate", {}, rotate_curves(chan)});
+            if (chan.has_vfov() && !options.camera.focal && !options.camera.fov)
+                written.knobs.push_back(
+                    {"focal",
+                     {},
+                     focal_curve(chan, camera->knob("vaperture")->get_value_at(0, 0))});
         }
         script.nodes.push_back(written);
         camera_place = 0;

@@ -1,38 +1,12 @@
 #include "host/chan.h"
 
-#include "tests/scratch_folder.h"
-
-#include <cerrno>
-#include <cstdio>
 #include <gtest/gtest.h>
 
 using namespace velmora;
 
-// What the next calls of fopen fail with; 0 lets them through.
-static int fopen_error = 0;
-
-extern "C" FILE* __real_fopen(const char* path, const char* mode);
-extern "C" FILE* __wrap_fopen(const char* path, const char* mode);
-
-FILE* __wrap_fopen(const char* path, const char* mode) {
-    if (fopen_error == 0)
-        return __real_fopen(path, mode);
-    errno = fopen_error;
-    return nullptr;
-}
-
 static std::string error_of(const std::string& text) {
     try {
         Chan::parse(text, "shot.chan");
-    } catch (const ChanError& error) {
-        return error.what();
-    }
-    return "no error";
-}
-
-static std::string read_error_of(const std::string& path) {
-    try {
-        Chan::read(path);
     } catch (const ChanError& error) {
         return error.what();
     }
@@ -162,28 +136,14 @@ TEST(Chan, KeepsPlaceAndReasonOfAnErrorApart) {
     }
 }
 
-TEST(Chan, ReadsAFileOfAnyLength) {
-    const ScratchFolder folder;
+TEST(Chan, ReadsATextOfAnyLength) {
     std::string text;
     for (int frame = 1; frame <= 1000; frame++)
         text += std::to_string(frame) + " 1 2 3 4 5 " + std::to_string(2 * frame) + "\n";
-    const Chan chan = Chan::read(folder.write("shot.chan", text));
+    const Chan chan = Chan::parse(text, "shot.chan");
     EXPECT_EQ(columns_of(chan.sample(777.5)), (Columns{1, 2, 3, 4, 5, 1555, 0}));
 }
 
-TEST(Chan, SaysWhyAFileCannotBeRead) {
-    const ScratchFolder folder;
-    const std::string missing = folder.file("missing.chan");
-    EXPECT_EQ(read_error_of(missing), missing + ": No such file or directory");
-    EXPECT_EQ(read_error_of(folder.file("")), folder.file("") + ": Is a directory");
-
-    const std::string empty = folder.write("empty.chan", "");
-    EXPECT_EQ(read_error_of(empty), empty + ": no frame in the file");
-}
-
-TEST(Chan, SaysThatAFileMayNotBeRead) {
-    fopen_error = EACCES;
-    const std::string error = read_error_of("locked.chan");
-    fopen_error = 0;
-    EXPECT_EQ(error, "locked.chan: Permission denied");
+TEST(Chan, NeedsAFrame) {
+    EXPECT_EQ(error_of(""), "shot.chan: no frame in the file");
 }

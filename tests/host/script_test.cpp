@@ -1,9 +1,6 @@
 #include "host/script.h"
 
-#include "tests/scratch_folder.h"
-
 #include <algorithm>
-#include <filesystem>
 #include <gtest/gtest.h>
 
 using namespace velmora;
@@ -17,15 +14,6 @@ static Script parse(const std::string& text) {
 static std::string error_of(const std::string& text) {
     try {
         parse(text);
-    } catch (const ScriptError& error) {
-        return error.what();
-    }
-    return "no error";
-}
-
-static std::string read_error_of(const std::string& path) {
-    try {
-        Script::read(path);
     } catch (const ScriptError& error) {
         return error.what();
     }
@@ -405,27 +393,14 @@ TEST(Script, ReadsManyNodes) {
         ASSERT_EQ(script.nodes[static_cast<std::size_t>(k)].inputs, (std::vector<int>{k - 1}));
 }
 
-TEST(Script, ReadsFilesUnderTheirPath) {
-    const ScratchFolder folder;
-    const std::string path = folder.write("shot.nk", source("A") + blur("B"));
-    const Script script = Script::read(path);
-    EXPECT_EQ(script.name, path);
+TEST(Script, KeepsItsFilesNameForMessages) {
+    const Script script = Script::parse(source("A") + blur("B"), "folder/other.nk");
+    EXPECT_EQ(script.name, "folder/other.nk");
     EXPECT_EQ(wires(script), (Texts{"A:", "B: A"}));
-    EXPECT_EQ(read_error_of(folder.write("bad.nk", "Blur\n")),
-              folder.file("bad.nk") + ":1:1: the command 'Blur' is not known");
-}
-
-TEST(Script, SaysWhyAFileCannotBeRead) {
-    const ScratchFolder folder;
-    const std::string missing = folder.file("missing.nk");
-    EXPECT_EQ(read_error_of(missing), missing + ": No such file or directory");
-    EXPECT_EQ(read_error_of(folder.file("")), folder.file("") + ": Is a directory");
-    EXPECT_EQ(read_error_of("/dev/null"), "/dev/null: is not a regular file");
-}
-
-TEST(Script, RefusesFilesThatAreTooLarge) {
-    const ScratchFolder folder;
-    const std::string path = folder.write("huge.nk", "#");
-    std::filesystem::resize_file(path, (std::uintmax_t(1) << 30) + 1); // all of it a hole
-    EXPECT_EQ(read_error_of(path), path + ": is larger than 1 GiB");
+    try {
+        Script::parse("Blur\n", "folder/other.nk");
+        FAIL();
+    } catch (const ScriptError& error) {
+        EXPECT_STREQ(error.what(), "folder/other.nk:1:1: the command 'Blur' is not known");
+    }
 }

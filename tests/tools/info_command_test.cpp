@@ -1,3 +1,4 @@
+#include "stars/kernels.h"
 #include "tests/tools/program.h"
 
 class Info : public Program {};
@@ -18,7 +19,8 @@ TEST_F(Info, ListsTheKnobsInTheNodesOrder) {
     const std::vector<std::string> lines = lines_of(ran.out);
     ASSERT_EQ(lines.size(), 27u);
     EXPECT_EQ(lines[0], "velmora    " VELMORA_VERSION);
-    EXPECT_EQ(lines[4], "kernels    plain");
+    EXPECT_EQ(lines[4], std::string("kernels    ") +
+                            velmora::kernel_level_name(velmora::best_kernel_level()));
     EXPECT_EQ(lines[6], "");
     EXPECT_EQ(lines[7], "knob             default                takes");
     EXPECT_EQ(lines[8], "format           1920x1080              <width>x<height> in pixels");

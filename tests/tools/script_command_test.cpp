@@ -94,7 +94,7 @@ TEST_F(ScriptNew, WritesAMovingCameraAsCurves) {
     ASSERT_EQ(run("script new --star-file sky.velmora --camera shot.chan --vaperture 20 -o shot.nk")
                   .status,
               0);
-    const Script script = Script::read(folder.file("shot.nk"));
+    const Script script = Script::parse(folder.read("shot.nk"), folder.file("shot.nk"));
     const auto text = [&](const char* name) {
         return find_knob(script.nodes.at(0).knobs, name)->value.text;
     };
@@ -116,7 +116,7 @@ TEST_F(ScriptNew, NamesTheBundledDatabaseWhenNoneIsGiven) {
     const std::filesystem::path program = VELMORA_PROGRAM;
     const std::string bundled =
         (program.parent_path().parent_path() / "share/velmora/stars.velmora").string();
-    const Script script = Script::read(folder.file("shot.nk"));
+    const Script script = Script::parse(folder.read("shot.nk"), folder.file("shot.nk"));
     ASSERT_EQ(script.nodes.size(), 1u);
     EXPECT_EQ(find_knob(script.nodes[0].knobs, "starfile")->value.text, bundled);
 }
@@ -165,12 +165,14 @@ TEST_F(ScriptNew, MovesAsTheCameraFileDoes) {
     folder.write("move.chan", "1 0 0 0 0 0 0\n2 0.3 0.1 0 1 -4 2.7\n3.5 0.9 0 0.7 -3 2 10\n"
                               "7 1.1 0.3 -0.2 3.3 1 -5\n");
     folder.write("zoom.chan", "1 0 0 0 0 0 0 15\n2 0 0 0 1 -4 0 20\n4 0 0 0 -3 2 10 31.7\n");
-    for (const char* chan : {"move.chan", "zoom.chan"}) {
-        const std::string options =
-            "--format 64x36 --vaperture 13.824 --knob parallax=0 --camera " + std::string(chan);
-        expect_same_frames(options + " --knob blur_segs=0", "0-8");
-        expect_same_frames(options + " --knob blur_segs=3 --knob shutter=0.8", "0-8");
-    }
+    const std::string move =
+        "--format 64x36 --vaperture 13.824 --knob parallax=0 --camera move.chan";
+    expect_same_frames(move + " --knob blur_segs=0", "0-8");
+    expect_same_frames(move + " --knob blur_segs=3 --knob shutter=0.8", "0-8");
+    // Between the file's frames a script has the focal lengths in a straight line, the file the
+    // fields of view.
+    expect_same_frames(
+        "--format 64x36 --vaperture 13.824 --camera zoom.chan --knob blur_segs=0", "0-2,4-8");
     // A lens on the command line holds against the file's.
     expect_same_frames("--format 64x36 --vaperture 13.824 --camera zoom.chan --focal 40", "1-4");
     expect_same_frames("--format 64x36 --vaperture 13.824 --camera zoom.chan --fov 40", "1-4");
@@ -212,7 +214,7 @@ TEST_F(ScriptNew, KeepsOddPaths) {
         ASSERT_EQ(run("script new --star-file '" + path + "' --format 8x8 -o shot.nk").status, 0);
         const Ran ran = run("render shot.nk -o sky.png");
         EXPECT_EQ(ran.status, 0) << path << ran.err;
-        const Script script = Script::read(folder.file("shot.nk"));
+        const Script script = Script::parse(folder.read("shot.nk"), folder.file("shot.nk"));
         EXPECT_EQ(find_knob(script.nodes.at(1).knobs, "starfile")->value.text, path);
     }
 }

@@ -5,6 +5,7 @@
 #include <OpenEXR/ImfHeader.h>
 #include <OpenEXR/ImfInputFile.h>
 #include <OpenEXR/ImfIntAttribute.h>
+#include <OpenEXR/ImfRationalAttribute.h>
 #include <OpenEXR/ImfStringAttribute.h>
 
 using namespace velmora;
@@ -110,6 +111,17 @@ TEST_F(ScriptRender, PrefersTheNodesOwnFormat) {
         root() + camera(" inputs 0\n") + stars(" format \"30 20 0 0 30 20 1\"\n");
     ASSERT_EQ(render(script, "-F 1 -o sky.png").status, 0);
     EXPECT_EQ(size_of_png(folder.read("sky.png")), Place(30, 20));
+}
+
+TEST_F(ScriptRender, TellsTheProjectsFrameRate) {
+    const std::string script = root(" fps 30\n") + camera(" inputs 0\n") + stars();
+    ASSERT_EQ(render(script, "-F 1 -o script.exr").status, 0);
+    ASSERT_EQ(render(script, "-F 1 --fps 25 -o option.exr").status, 0);
+    for (const auto& [name, rate] : {std::pair("script.exr", 30), std::pair("option.exr", 25)}) {
+        const Imf::InputFile file(folder.file(name).c_str());
+        EXPECT_EQ(file.header().typedAttribute<Imf::RationalAttribute>("framesPerSecond").value().n,
+                  rate);
+    }
 }
 
 TEST_F(ScriptRender, ReadsLinesAsWindowsEndsThem) {

@@ -1,0 +1,14 @@
+// Whole text files: cameras and comp scripts.
+//
+// Errors:    WorkFailure(path, reason): what the system says, "is not a regular file" for a pipe or a
+//            device, "is larger than 1 GiB".
+#pragma once
+
+#include <string>
+
+namespace velmora {
+
+// The file's bytes as they stand.
+std::string read_text_file(const std::string& path);
+
+} // namespace velmora
