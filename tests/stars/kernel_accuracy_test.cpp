@@ -54,7 +54,7 @@ private:
 
 struct Case {
     const char* name;
-    double shortest, longest; // path; 0 for a spot
+    double shortest, longest; // path; below 0 along an axis; 0 for a spot
     double narrowest, widest; // sizes
     double places;            // positions are rounded to 1 / places; 0: not at all
     double fast_error;        // largest, of the largest value in the picture
@@ -74,8 +74,9 @@ const Case cases[] = {
     {"streaks to 10", 1, 10, 0.3, 200, 0, 3e-6, 1.5},
     {"short streaks of wide spots", 0.1, 30, 10, 200, 0, 3e-7, 1.5},
     {"streaks to 1000", 10, 1000, 0.3, 200, 0, 5e-6, 1.5},
+    {"along the axes, at exact places", -50, 1000, 0.3, 5, 64, 2e-6, 1.5},
     {"streaks to 1e7", 1e3, 1e7, 0.3, 200, 0, 3e-6, 1.5},
-    {"along the axes", -1, 50, 0.3, 20, 0, 3e-6, 1.5},
+    {"along the axes", -0.1, 50, 0.3, 20, 0, 3e-6, 1.5},
 };
 
 float placed(double v, double places) {
@@ -94,11 +95,11 @@ StarCall some_call(Dice& dice, const Case& c, int width, int height) {
     call.from = call.to = at(placed(x, c.places), placed(y, c.places));
     if (c.longest > 0) {
         const bool axes = c.shortest < 0;
-        const double length = dice.log_between(axes ? 0.1 : c.shortest, c.longest);
+        const double length = dice.log_between(std::fabs(c.shortest), c.longest);
         const double angle = axes ? 1.5707963267948966 * dice.below(4) : dice.between(0, 6.2831853);
         const double dx = 0.5 * length * std::cos(angle), dy = 0.5 * length * std::sin(angle);
-        call.from = at(float(x - dx), float(y - dy));
-        call.to = at(float(x + dx), float(y + dy));
+        call.from = at(placed(x - dx, c.places), placed(y - dy, c.places));
+        call.to = at(placed(x + dx, c.places), placed(y + dy, c.places));
     }
     return call;
 }
