@@ -2,7 +2,8 @@
 //
 //     velmora_compare [--pairs N] [--quick] [CASE…]
 //
-// A case is named by any part of its name. --quick runs each on a small sky once, for the test suite.
+// A case is named by any part of its name. --quick runs each on a small sky once, for the test
+// suite.
 #include "bench/sky.h"
 #include "stars/kernels.h"
 

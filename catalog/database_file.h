@@ -1,7 +1,7 @@
 // Whether a file is a star database, asked before it is mapped.
 //
-// Errors:    CatalogError naming the file: missing or not readable (with the system's reason), not a
-//            regular file, shorter than a header, or without the magic.
+// Errors:    CatalogError naming the file: missing or not readable (with the system's reason), not
+//            a regular file, shorter than a header, or without the magic.
 #pragma once
 
 #include "osapi/osapi.h"

@@ -46,9 +46,9 @@ struct InternList : ListLink {
 
 const u32 bucket_count = 256;
 
-// Both stand before any initialiser of default priority runs, whatever the order of linking, and their
-// exit handlers run after everything that those made is gone: first the gensyms', which was made
-// last, then the buckets', from the last bucket to the first.
+// Both stand before any initialiser of default priority runs, whatever the order of linking, and
+// their exit handlers run after everything that those made is gone: first the gensyms', which was
+// made last, then the buckets', from the last bucket to the first.
 [[gnu::init_priority(101)]] InternList buckets[bucket_count];
 [[gnu::init_priority(101)]] InternList gensyms;
 

@@ -10,8 +10,8 @@
 //
 // Ownership: interned records live until cleanup() or the process's end; map entries belong to the
 //            map's user, and in a PtrMap to the map.
-// Errors:    std::bad_alloc, and StrXception "out of memory" from gensym. Texts are copied as String
-//            copies them, unchecked.
+// Errors:    std::bad_alloc, and StrXception "out of memory" from gensym. Texts are copied as
+//            String copies them, unchecked.
 // Threads:   interning is unguarded process-wide state; a map belongs to one thread at a time.
 #pragma once
 
@@ -115,8 +115,8 @@ public:
     bool empty() const;
     u32 buckets() const;
 
-    // Call `f` on every entry, bucket by bucket, until it returns other than 0. It may unlink or free
-    // the entry that it is called on.
+    // Call `f` on every entry, bucket by bucket, until it returns other than 0. It may unlink or
+    // free the entry that it is called on.
     void for_each(ForEachFunc& f);
     void for_each_const(ForEachFunc& f) const;
 

@@ -57,9 +57,9 @@ public:
     s64 curpos() const override;
 
     // Gives fewer bytes than `n` only at the end or on error. An error while the buffer is filled
-    // counts as the end. What is as large as the buffer goes straight from `src` to `buf`, and there
-    // the result of `src` is added to the count and the position as it is: -1 after 5 buffered bytes
-    // gives 4, so only a negative result is sure to be an error.
+    // counts as the end. What is as large as the buffer goes straight from `src` to `buf`, and
+    // there the result of `src` is added to the count and the position as it is: -1 after 5
+    // buffered bytes gives 4, so only a negative result is sure to be an error.
     int read(char* buf, int n) override;
 
     // Both do nothing when they lead to where this stream stands. Otherwise they forget what is
@@ -72,8 +72,8 @@ public:
     void unread(char ch);
 
     // The next line with its end, which is LF, CR, CR LF or LF CR; without one when the data end
-    // first; empty at the end of the data. A NUL byte is left out, as a String cannot hold it, and so
-    // is a byte 0xFF that starts a line, since looking for the second half of the end before it
+    // first; empty at the end of the data. A NUL byte is left out, as a String cannot hold it, and
+    // so is a byte 0xFF that starts a line, since looking for the second half of the end before it
     // pushes it back. Throws "read error".
     String readline();
 

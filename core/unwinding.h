@@ -1,4 +1,5 @@
-// For destructors that may throw: whether they must not, because an exception is on its way already.
+// For destructors that may throw: whether they must not, because an exception is on its way
+// already.
 #pragma once
 
 #include <exception>

@@ -18,7 +18,8 @@ public:
     // Writes "title: text" and a newline to standard error.
     static void display_error(const char* title, const char* text);
 
-    // Writes "warning: ", the formatted text and " in <function>" to standard error, as three pieces.
+    // Writes "warning: ", the formatted text and " in <function>" to standard error, as three
+    // pieces.
     [[gnu::format(printf, 2, 3)]] static void warning(const char* function, const char* format,
                                                       ...);
 };

@@ -1,6 +1,6 @@
 // The knob for an affine transformation, whose parts are knobs of their own: translate, rotate,
-// scaling, uniform_scale, skew, pivot, xform_order, rot_order, and useMatrix with matrix in place of
-// all of them.
+// scaling, uniform_scale, skew, pivot, xform_order, rot_order, and useMatrix with matrix in place
+// of all of them.
 //
 // Skew is refused: the host's documentation does not say how it takes effect.
 #pragma once

@@ -1,7 +1,7 @@
 // The watch that the host keeps over its plug-ins while they are developed.
 //
-// Checked:   no engine writes beside its span or runs outside open and close, and no knob is declared
-//            or stored as something that it is not.
+// Checked:   no engine writes beside its span or runs outside open and close, and no knob is
+//            declared or stored as something that it is not.
 // Errors:    PluginMisuse, out of the call that found it.
 // Threads:   the switch is set while no op is at work.
 #pragma once

@@ -1,5 +1,5 @@
-// A knob that picks one item of a menu. Scripts hold the item's text; an index is taken as well, even
-// one that no item has.
+// A knob that picks one item of a menu. Scripts hold the item's text; an index is taken as well,
+// even one that no item has.
 #pragma once
 
 #include "host/host_knob.h"

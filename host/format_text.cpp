@@ -11,7 +11,7 @@ static bool parse_side(const std::string& text, int& number) {
     const char* const end = text.data() + text.size();
     const std::from_chars_result result = std::from_chars(text.data(), end, number);
     return !text.empty() && result.ec == std::errc() && result.ptr == end &&
-           std::abs(number) <= largest_format_side;
+           number >= -largest_format_side && number <= largest_format_side;
 }
 
 static bool parse_aspect(const std::string& text, double& number) {

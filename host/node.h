@@ -1,7 +1,7 @@
 // A node of a comp: a class of ops with the values of its knobs and what it is connected to.
 //
-// Ownership: a node owns its knobs and one op, its prototype, which answers questions about the class
-//            and never renders. Nodes that it is connected to are borrowed.
+// Ownership: a node owns its knobs and one op, its prototype, which answers questions about the
+//            class and never renders. Nodes that it is connected to are borrowed.
 // Errors:    PluginMisuse for knobs that are declared one way and stored another.
 // Threads:   main thread only.
 #pragma once

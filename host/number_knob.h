@@ -1,5 +1,5 @@
-// Knobs of one or more numbers, each perhaps animated: integers, switches, sliders, colours, points,
-// matrices.
+// Knobs of one or more numbers, each perhaps animated: integers, switches, sliders, colours,
+// points, matrices.
 //
 // Shapes:    a saved script has one number alone, several as a list, a matrix as a list of rows; a
 //            single number for several sets all of them.

@@ -86,8 +86,8 @@ OpTree::Entry& OpTree::build(Node& node, const OutputContext& context) {
     return entry;
 }
 
-// Every copy of every input gets the op of its own moment, or the class's own idea of nothing. Tells
-// whether one of them is anew.
+// Every copy of every input gets the op of its own moment, or the class's own idea of nothing.
+// Tells whether one of them is anew.
 bool OpTree::wire(Node& node, Op& op, Hash& hash) {
     op.inputs(node.inputs_of_ops());
     op.clear_inputs();

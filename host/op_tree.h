@@ -1,12 +1,12 @@
 // The ops of a node and of all that feeds it, for one moment at a time.
 //
 // Each moment that is asked of a node within the tree has an op of its own, and every op serves all
-// who ask for that moment. Taken to another moment, the tree keeps the ops that it has and moves them
-// there, so that what an op holds on to from frame to frame stays; ops that are left over go.
+// who ask for that moment. Taken to another moment, the tree keeps the ops that it has and moves
+// them there, so that what an op holds on to from frame to frame stays; ops that are left over go.
 //
 // Ownership: the tree owns its ops and borrows the nodes, which must outlive it.
-// Errors:    whatever the ops' constructors and the knobs throw; the tree may be brought to a moment
-//            again after that.
+// Errors:    whatever the ops' constructors and the knobs throw; the tree may be brought to a
+//            moment again after that.
 // Threads:   one at a time; the abort switch from any.
 #pragma once
 
@@ -26,8 +26,8 @@ public:
     OpTree& operator=(const OpTree&) = delete;
     ~OpTree();
 
-    // The root's op with its knobs stored, its inputs wired and its hash made, as they are now. An op
-    // that is open is closed first.
+    // The root's op with its knobs stored, its inputs wired and its hash made, as they are now. An
+    // op that is open is closed first.
     DD::Image::Op& at(const DD::Image::OutputContext& context);
     DD::Image::Op& at(double frame);
 

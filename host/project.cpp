@@ -28,15 +28,17 @@ private:
 
 } // namespace
 
-Project::Project()
-    : project_format(&DD::Image::Format::kept(DD::Image::Format(2048, 1556))),
-      black_image(std::make_unique<Black>(*this)) {}
+Project::Project() : black_image(std::make_unique<Black>(*this)) {
+    set_format(DD::Image::Format(2048, 1556));
+}
 
 Project::~Project() {}
 
 void Project::set_format(const DD::Image::Format& format) {
     project_format = &DD::Image::Format::kept(format);
-    black_image->invalidate();
+    DD::Image::Hash hash;
+    format.append(hash);
+    black_image->set_hash(hash); // which the hashes of those that it feeds depend on
 }
 
 } // namespace velmora

@@ -27,7 +27,7 @@ public:
     DD::Image::Iop* black() const { return black_image.get(); }
 
 private:
-    const DD::Image::Format* project_format;
+    const DD::Image::Format* project_format = nullptr;
     std::unique_ptr<DD::Image::Iop> black_image;
 };
 

@@ -1,7 +1,8 @@
 // One image op taken through a render: validated, asked, opened, pulled row by row, closed.
 //
 //     Opened opened(op);                                     throws OpFailure
-//     pull_rows(opened.iop(), box, Mask_RGBA, {}, sink);     throws OpFailure and what engine throws
+//     pull_rows(opened.iop(), box, Mask_RGBA, {}, sink);     throws OpFailure and what engine
+//     throws
 //
 // Threads:   pull_rows starts as many as it is asked for and waits for them.
 #pragma once

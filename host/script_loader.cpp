@@ -111,6 +111,10 @@ void Loader::refuse_switches(const ScriptNode& from) const {
     if (file && file->value.text != "false" && file->value.text != "0")
         refuse(file->value.place, title(from) + " reads its values from a file, which cannot be "
                                                 "honoured");
+    const ScriptKnob* const lifetime = find_knob(from.knobs, "useLifetime");
+    if (lifetime && lifetime->value.text != "false" && lifetime->value.text != "0")
+        refuse(lifetime->value.place, title(from) + " is there for some of the frames only, which "
+                                                    "cannot be honoured");
 }
 
 void Loader::read_knobs(const ScriptNode& from, Node& node) const {

@@ -1,9 +1,9 @@
 // From a saved script to a comp: the nodes of one class, and all that feeds them.
 //
-// Errors:    ScriptError with the place of whatever would make another picture than the host does: a
-//            class that no plug-in has, an input that the class does not take, a knob that it does
-//            not have, an expression, a camera that is off or reads a file. Nothing is loaded of
-//            nodes that do not feed one of the class.
+// Errors:    ScriptError with the place of whatever would make another picture than the host does:
+//            a class that no plug-in has, an input that the class does not take, a knob that it
+//            does not have, an expression, a camera that is off or reads a file. Nothing is loaded
+//            of nodes that do not feed one of the class.
 // Threads:   main thread only.
 #pragma once
 

@@ -12,8 +12,8 @@ public:
     const char* get_text() const override { return text.c_str(); }
     bool set_text(const char* value) override;
 
-    // A file's name that has to be computed, with [...], is refused, but for the folder of the script:
-    // [file dirname [value root.name]].
+    // A file's name that has to be computed, with [...], is refused, but for the folder of the
+    // script: [file dirname [value root.name]].
     void read(const ScriptValue& value, const std::string& script) override;
     ScriptValue script_value() const override;
 

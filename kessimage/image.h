@@ -1,12 +1,13 @@
 // Images and what describes them: size, row stride, pixel format and typed metadata.
 //
-// Units:     strides and sizes in bytes, counted in 32 bits: a size that does not fit wraps, so callers
-//            who take sizes from users check them first.
+// Units:     strides and sizes in bytes, counted in 32 bits: a size that does not fit wraps, so
+//            callers who take sizes from users check them first.
 // Shapes:    row y starts `stride` * y bytes behind the first one; row 0 is the top row.
 // Ownership: a spec owns its metadata, an image its pixels; specs copy deeply, images do not copy.
-// Errors:    StrXception and AssertXception as said below. Memory that runs out is StrXception "out of
-//            memory" for pixels and for formatted numbers, Kess::Error 4 where a block is null all the
-//            same, std::bad_alloc for metadata, and unchecked where a String is copied or appended to.
+// Errors:    StrXception and AssertXception as said below. Memory that runs out is StrXception "out
+//            of memory" for pixels and for formatted numbers, Kess::Error 4 where a block is null
+//            all the same, std::bad_alloc for metadata, and unchecked where a String is copied or
+//            appended to.
 // Threads:   a spec and an image belong to one thread at a time; reading pixels is free to all.
 #pragma once
 
@@ -88,8 +89,8 @@ static_assert(offsetof(ImageSpec, stride) == 8 && offsetof(ImageSpec, format) ==
 bool operator==(const ImageSpec& a, const ImageSpec& b);
 bool operator!=(const ImageSpec& a, const ImageSpec& b);
 
-// Is shown every value of a set, by its type. A visit that gives other than 0 ends the walk. A visitor
-// that writes the value to a file records where in `file_position`.
+// Is shown every value of a set, by its type. A visit that gives other than 0 ends the walk. A
+// visitor that writes the value to a file records where in `file_position`.
 class ImageSpec::MetaVisitor {
 public:
     virtual int visit_float(const char* type, const char* name, const float& value,
@@ -101,8 +102,8 @@ public:
     virtual ~MetaVisitor() = 0;
 };
 
-// Named values. `type` is always the value's type name, "float", "string" or "m44f"; a name that does
-// not go with the value's type is the caller's mistake and fails an assertion.
+// Named values. `type` is always the value's type name, "float", "string" or "m44f"; a name that
+// does not go with the value's type is the caller's mistake and fails an assertion.
 class ImageSpec::MetaData : public PtrMap<InString, MetaInfoRef> {
 public:
     MetaData() : PtrMap(4) {}
@@ -118,15 +119,17 @@ public:
     void set_meta(const char* type, const char* name, const String& value);
     void set_meta(const char* type, const char* name, const Matrix4<float>& value);
 
-    // Changes a value that was written to a file and returns where it stands there. Throws for a tag
-    // that is not there, was never written, or has another type.
+    // Changes a value that was written to a file and returns where it stands there. Throws for a
+    // tag that is not there, was never written, or has another type.
     s64 update_meta(const char* type, const char* name, float value);
 
-    // Shows every value in the map's order. Throws "unhandled type '…'" for a value of another kind.
+    // Shows every value in the map's order. Throws "unhandled type '…'" for a value of another
+    // kind.
     void for_each_meta(MetaVisitor& visitor) const;
 
     // The one-line text form, see docs/metadata-text.md: writing it, telling whether a text starts
-    // like one, and adding the tags of one to this set. from_string keeps what it set before it throws.
+    // like one, and adding the tags of one to this set. from_string keeps what it set before it
+    // throws.
     String stringify() const;
     static bool string_valid(const char* text);
     void from_string(const char* text);
@@ -136,8 +139,9 @@ class Image : public ImageSpec {
 public:
     char* data; // first byte of row 0
 
-    // Copies the description and allocates its pixels, contents unspecified. Asserts a valid format; throws
-    // "unknown format", and when the stride is below bytes_per_pixel times the width.
+    // Copies the description and allocates its pixels, contents unspecified. Asserts a valid
+    // format; throws "unknown format", and when the stride is below bytes_per_pixel times the
+    // width.
     explicit Image(const ImageSpec& spec);
     Image(const Image&) = delete;
     Image& operator=(const Image&) = delete;

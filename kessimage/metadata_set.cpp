@@ -23,8 +23,8 @@ static bool has_type(const MetaInfo& info, const char* type) {
     return strcmp(info.type_str(), type) == 0;
 }
 
-// The value held by `info`. A caller whose type name does not go with its value's type is wrong in a
-// way that would otherwise overwrite memory.
+// The value held by `info`. A caller whose type name does not go with its value's type is wrong in
+// a way that would otherwise overwrite memory.
 template <class T>
 static T& value_in(MetaInfo& info) {
     auto* typed = dynamic_cast<TypedInfo<T>*>(&info);

@@ -5,8 +5,8 @@
 //
 // Inputs:    0 "parent", an axis, which nothing reads; 1 "cam", a camera, of which blur_segs + 1
 //            copies are asked for, spread over the shutter.
-// Errors:    a database that cannot be opened is told once, through error(), and the picture is black
-//            until the path changes. What the renderer throws leaves _open.
+// Errors:    a database that cannot be opened is told once, through error(), and the picture is
+//            black until the path changes. What the renderer throws leaves _open.
 // Threads:   engine in any number of threads; everything else one at a time.
 #pragma once
 

@@ -1,5 +1,6 @@
-// What the plug-in shows beside the node itself, for programs that drive it: which kernels draw, and
-// what the last frame took. In the C language's way, to be looked up by name in the loaded file.
+// What the plug-in shows beside the node itself, for programs that drive it: which kernels draw,
+// and what the last frame took. In the C language's way, to be looked up by name in the loaded
+// file.
 //
 // Threads:   main thread, while nothing is being opened.
 #pragma once

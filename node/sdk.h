@@ -1,6 +1,7 @@
 // What differs between versions of the host's interface, told by its version number.
 //
-// Units:     focal length and apertures in millimetres, matrices from the camera's space to the world.
+// Units:     focal length and apertures in millimetres, matrices from the camera's space to the
+//            world.
 #pragma once
 
 #include <DDImage/CameraOp.h>

@@ -34,8 +34,8 @@ Profiler::~Profiler() {
 
 namespace {
 
-// What the system's line about a process starts with, by the names of its manual, each number cut to
-// 32 bits. Later systems add more behind it.
+// What the system's line about a process starts with, by the names of its manual, each number cut
+// to 32 bits. Later systems add more behind it.
 struct ProcessLine {
     s32 pid;
     char comm[4096]; // as much as was read

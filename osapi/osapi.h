@@ -11,8 +11,8 @@
 //     Memory mappings                    AnonMapping, FileMapping, LockMemory
 //     Processes                          fork, exec, kill, wait_until_dead, ChildProcess
 //     Signals                            SignalIgnore, SignalDefault, SignalHandler
-//     Sockets                            gethostname, connect_tcp, UNIXServerSocket, TCPServerSocket
-//     Diagnostics and stdio              Profiler, print_statistics, ScopedFILE
+//     Sockets                            gethostname, connect_tcp, UNIXServerSocket,
+//     TCPServerSocket Diagnostics and stdio              Profiler, print_statistics, ScopedFILE
 //
 // Errors:    every failing system call throws StrXception with the call's name, its argument where
 //            it has one, and strerror(errno). What may fail without throwing says so in its name
@@ -20,8 +20,8 @@
 // Ownership: objects release what they hold in their destructors and cannot be copied. A destructor
 //            whose release fails throws where it is marked so, but for one that runs because of
 //            another exception: that one stays the failure to report.
-// Threads:   as safe as the system calls beneath, but for what keeps something for the whole process
-//            and says so; objects are not shared between threads.
+// Threads:   as safe as the system calls beneath, but for what keeps something for the whole
+//            process and says so; objects are not shared between threads.
 // Source:    one per noun; this header is the whole of it in one piece, and longer for that.
 #pragma once
 
@@ -67,8 +67,8 @@ enum {
 // What stands behind the last slash, which is nothing when the path ends in one.
 String basename(const char* path);
 
-// What stands before the last slash: "a" for "a/b" and "/" for "/a", but "a/b" for "a/b/", whose last
-// slash is not dropped first. "." without a slash, and nothing of nothing.
+// What stands before the last slash: "a" for "a/b" and "/" for "/a", but "a/b" for "a/b/", whose
+// last slash is not dropped first. "." without a slash, and nothing of nothing.
 String dirname(const char* path);
 
 // What stands behind the last dot, wherever that is: "d/file" for "dir.d/file". A path that ends in
@@ -104,16 +104,16 @@ Date get_date();
 // Marks `fd` to be closed when another program is started. Throws "fcntl: …".
 void close_on_exec(fd_t fd);
 
-// Opens `path`, close-on-exec; -1 with errno set when the system refuses. Throws "fcntl: …" when the
-// opened descriptor cannot be marked; a file that was created then stays.
+// Opens `path`, close-on-exec; -1 with errno set when the system refuses. Throws "fcntl: …" when
+// the opened descriptor cannot be marked; a file that was created then stays.
 fd_t open_can_fail(const char* path, int flags);
 
 // As open_can_fail, but throws `opening file "path": …`.
 fd_t open(const char* path, int flags);
 
 // With `blocking` false, calls on `fd` no longer wait. With `blocking` true the mode is turned
-// over, not set: a descriptor that waits already stops waiting. Call that only for one that is known
-// not to wait. Throws "fcntl: …".
+// over, not set: a descriptor that waits already stops waiting. Call that only for one that is
+// known not to wait. Throws "fcntl: …".
 void set_blocking(fd_t fd, bool blocking);
 
 // A second descriptor for what `fd` stands for; not close-on-exec. Throws "dup: …".
@@ -132,12 +132,12 @@ void close(fd_t fd);
 sword read(int fd, char* buf, uword n);
 sword pread(int fd, char* buf, uword n, u64 offset);
 
-// Reads once, up to `n` bytes; returns how many, 0 at the end and also where nothing is there yet on a
-// descriptor that does not wait. Retries on EINTR. Throws "read: …".
+// Reads once, up to `n` bytes; returns how many, 0 at the end and also where nothing is there yet
+// on a descriptor that does not wait. Retries on EINTR. Throws "read: …".
 sword read_short(int fd, char* buf, uword n);
 
-// Writes all `n` bytes, retrying on EINTR and EAGAIN as read does, and returns `n`. Makes a call even
-// for none. Throws "write: …".
+// Writes all `n` bytes, retrying on EINTR and EAGAIN as read does, and returns `n`. Makes a call
+// even for none. Throws "write: …".
 sword write(int fd, const char* buf, uword n);
 sword pwrite(int fd, const char* buf, uword n, u64 offset);
 
@@ -162,8 +162,8 @@ void datasync(fd_t fd);
 void sync();
 
 // Waits until one of `n` descriptors is ready, for `timeout_ms` milliseconds or, below 0, for ever.
-// Returns how many are ready. A signal makes it return -1 when `interruptible`, and start over with the
-// whole time otherwise. Throws "poll: …".
+// Returns how many are ready. A signal makes it return -1 when `interruptible`, and start over with
+// the whole time otherwise. Throws "poll: …".
 int poll(pollfd* fds, unsigned n, int timeout_ms, bool interruptible);
 
 // One owned descriptor.
@@ -217,8 +217,8 @@ void make_named_pipe(const char* path);
 // When the file was last modified; 0 when it is not there. Throws "stat(path): …".
 FileTime get_mtime_ifexist(const char* path);
 
-// The same, but throws "stat(path): …" when the file is not there, and also when its time is exactly
-// 0: the reason is then whatever errno happens to hold.
+// The same, but throws "stat(path): …" when the file is not there, and also when its time is
+// exactly 0: the reason is then whatever errno happens to hold.
 FileTime get_mtime(const char* path);
 
 // Sets the times of last modification and of last access. Throws "utime(path): …".
@@ -264,8 +264,9 @@ public:
     ~ScopedChdir() noexcept(false); // throws as chdir does, if the way back is gone
 };
 
-// Adds the names of a folder's entries to what `out` holds, "." and ".." among them, in the order in
-// which the system has them. Throws `opendir("path"): …`, `readdir("path"): …`, `closedir("path"): …`.
+// Adds the names of a folder's entries to what `out` holds, "." and ".." among them, in the order
+// in which the system has them. Throws `opendir("path"): …`, `readdir("path"): …`,
+// `closedir("path"): …`.
 void lsdir(const char* path, Array<String>& out);
 
 // The paths that a shell pattern matches, sorted.
@@ -298,12 +299,13 @@ public:
     FileTime get_mtime() const;
 };
 
-// Streams of a file, which must outlive them. Their position counts from 0 where the descriptor stood
-// when they were made, until they seek; then it is that of the file. Who moves the descriptor
+// Streams of a file, which must outlive them. Their position counts from 0 where the descriptor
+// stood when they were made, until they seek; then it is that of the file. Who moves the descriptor
 // otherwise makes it wrong.
 //
-// Reading throws as read_short does, and gives 0 where nothing is there yet; writing throws as write
-// does and takes everything; seeking throws as lseek does, and makes no call when it leads nowhere.
+// Reading throws as read_short does, and gives 0 where nothing is there yet; writing throws as
+// write does and takes everything; seeking throws as lseek does, and makes no call when it leads
+// nowhere.
 class FileInput : public Input {
 public:
     explicit FileInput(DiskFile& file) : pos(0), file(file) {}
@@ -419,11 +421,12 @@ class FileMapping : public MemoryMapping {
 public:
     FileMapping(fd_t fd, uword len, int flags);
 
-    // Maps the whole file. Throws as open, getsize, map and close do; an empty file cannot be mapped
-    // ("mmap(file): Invalid argument"), and OPEN_WRITE empties it first.
+    // Maps the whole file. Throws as open, getsize, map and close do; an empty file cannot be
+    // mapped ("mmap(file): Invalid argument"), and OPEN_WRITE empties it first.
     FileMapping(const char* path, int flags);
 
-    // For an object that maps nothing yet, and that still maps nothing when "mmap(file): …" is thrown.
+    // For an object that maps nothing yet, and that still maps nothing when "mmap(file): …" is
+    // thrown.
     void map(fd_t fd, uword len, int flags);
 };
 
@@ -450,9 +453,9 @@ OSAPI_pid_t fork();
 [[noreturn]] void exit(int status);
 [[noreturn]] void exit_now(int status);
 
-// Becomes the program `file`, looked for where the shell would. `argv` starts with the program's name
-// and ends in null; without it the name is all that the program is given. Returns only by throwing
-// "exec(file): …".
+// Becomes the program `file`, looked for where the shell would. `argv` starts with the program's
+// name and ends in null; without it the name is all that the program is given. Returns only by
+// throwing "exec(file): …".
 [[noreturn]] void exec(const char* file, const char* const* argv);
 
 // Sends a signal; the system's result, -1 with errno set on failure.
@@ -461,15 +464,16 @@ int _kill(OSAPI_pid_t pid, int sig);
 // Sends a signal. Throws "kill(pid,sig): …".
 void kill(OSAPI_pid_t pid, int sig);
 
-// Waits for the end of a child, or, with `nohang`, only asks for it; `pid` -1 is any child. Returns the
-// exit code, or the number of the signal that killed it, which look alike; -1 when `nohang` and it still
-// runs; 15 when there is no such child. `*out`, where given, becomes the process, but not in the last
-// two cases.
+// Waits for the end of a child, or, with `nohang`, only asks for it; `pid` -1 is any child. Returns
+// the exit code, or the number of the signal that killed it, which look alike; -1 when `nohang` and
+// it still runs; 15 when there is no such child. `*out`, where given, becomes the process, but not
+// in the last two cases.
 //
 // A wait that a signal interrupts reports the end of a child that may well still run: it returns 0,
 // with `*out` -1. Whoever handles signals without SA_RESTART must look at `*out`.
 //
-// Throws "waitpid: …", and "unexpected return value from waitpid()" when `pid` names a process group.
+// Throws "waitpid: …", and "unexpected return value from waitpid()" when `pid` names a process
+// group.
 int _wait_until_dead(OSAPI_pid_t pid, OSAPI_pid_t* out, bool nohang);
 
 // Waits for a child that must end with exit code 0; everything else throws "child process returned
@@ -482,8 +486,8 @@ bool stdin_is_console();
 bool stdout_is_console();
 bool stderr_is_console();
 
-// A function that runs in a process of its own. Nothing happens to a child that still runs when this
-// goes.
+// A function that runs in a process of its own. Nothing happens to a child that still runs when
+// this goes.
 class ChildProcess {
 public:
     OSAPI_pid_t pid; // -1 without a child
@@ -496,15 +500,15 @@ public:
     // leaves `fn` ends it by std::terminate. Throws "fork: …".
     OSAPI_pid_t start(int (*fn)());
 
-    // Waits for the child's end, if there is one; sends it no signal. Throws as wait_until_dead, and
-    // then keeps `pid`.
+    // Waits for the child's end, if there is one; sends it no signal. Throws as wait_until_dead,
+    // and then keeps `pid`.
     void stop();
 };
 
 // ---- Signals ---------------------------------------------------------------------------------
 
-// Another disposition of a signal while it lives, for the whole process. Those of the same signal must
-// go in the reverse order of their coming.
+// Another disposition of a signal while it lives, for the whole process. Those of the same signal
+// must go in the reverse order of their coming.
 class Signal {
 public:
     struct ::sigaction* old_action; // the disposition before install(); owned
@@ -520,8 +524,8 @@ public:
     void install(const struct ::sigaction* action);
 };
 
-// Their actions block the signal itself and nothing else while they run. Calls that it interrupts go
-// on afterwards (SA_RESTART), where the system can; under a handler, only when `restart`.
+// Their actions block the signal itself and nothing else while they run. Calls that it interrupts
+// go on afterwards (SA_RESTART), where the system can; under a handler, only when `restart`.
 class SignalIgnore : public Signal {
 public:
     explicit SignalIgnore(int signum);
@@ -543,9 +547,9 @@ public:
 // "gethostname: …".
 String gethostname();
 
-// A connection to the first IPv4 address of `host`; not close-on-exec. The resolver is the process's
-// own: one thread at a time. Asserts "port > 0 && port <= 65535" and, for what the resolver found,
-// "h->h_addrtype == AF_INET". Throws `gethostbyname("host"): …`, "socket: …" and
+// A connection to the first IPv4 address of `host`; not close-on-exec. The resolver is the
+// process's own: one thread at a time. Asserts "port > 0 && port <= 65535" and, for what the
+// resolver found, "h->h_addrtype == AF_INET". Throws `gethostbyname("host"): …`, "socket: …" and
 // `connect("host:port"): …`; the last one leaks the socket, so do not try again for ever.
 fd_t connect_tcp(const char* host, int port);
 
@@ -561,10 +565,10 @@ public:
     UNIXServerSocket& operator=(const UNIXServerSocket&) = delete;
     ~UNIXServerSocket() noexcept(false); // throws as close does
 
-    // Listens at `mypath`, where nothing may be yet, close-on-exec; what was open here is closed first.
-    // Asserts "mypath[0] != 0" and "strlen(mypath) < sizeof(addr.sun_path)-1", which is 106
-    // characters at most. Throws "socket: …", "bind: …", "listen: …", "fcntl: …"; the last two leave
-    // the socket's file.
+    // Listens at `mypath`, where nothing may be yet, close-on-exec; what was open here is closed
+    // first. Asserts "mypath[0] != 0" and "strlen(mypath) < sizeof(addr.sun_path)-1", which is 106
+    // characters at most. Throws "socket: …", "bind: …", "listen: …", "fcntl: …"; the last two
+    // leave the socket's file.
     void open(const char* mypath);
 
     // Waits for a connection and returns it, close-on-exec. A signal makes it return -1 when
@@ -613,8 +617,8 @@ public:
     ~Profiler();
 };
 
-// Tells on standard output how large this process is. Sizes beyond 32 bits are told without what lies
-// above: 5 GB are 1 GB, pages likewise. Throws as open and read_short do, and "error reading
+// Tells on standard output how large this process is. Sizes beyond 32 bits are told without what
+// lies above: 5 GB are 1 GB, pages likewise. Throws as open and read_short do, and "error reading
 // /proc/self/stat", also for a program with a space in its name.
 void print_statistics();
 

@@ -23,11 +23,12 @@ public:
 
     bool has_room_for(uword count) const { return stars.len() + count <= most_stars; }
 
-    // Takes a star in that is to be drawn for record number `owner`; owners come in ascending order.
+    // Takes a star in that is to be drawn for record number `owner`; owners come in ascending
+    // order.
     void append(const PlacedStar& star, u32 owner);
 
-    // Draws and forgets what is there. Adds to `owners` how many of the owners got light into a pixel,
-    // to `pixels` how many were written.
+    // Draws and forgets what is there. Adds to `owners` how many of the owners got light into a
+    // pixel, to `pixels` how many were written.
     void draw(u64& owners, u64& pixels);
 
 private:

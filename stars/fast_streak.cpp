@@ -65,7 +65,8 @@ static inline float counted_up(float X, s32 count) {
     return counted_up_far(X, count);
 }
 
-// How many columns are visited: X counted from span.X while it is at most span.X_end, up to `limit`.
+// How many columns are visited: X counted from span.X while it is at most span.X_end, up to
+// `limit`.
 static inline s32 columns_of(const Span& span, s32 limit) {
     if (limit <= 0 || !(span.X <= span.X_end))
         return 0;
@@ -115,8 +116,8 @@ private:
     double per_slope;
 };
 
-// How far a streak's pixels can be from its path without being exactly 0 in the plain reading: across
-// it the exponential comes out as 0, beyond its ends both error functions as the same 1.
+// How far a streak's pixels can be from its path without being exactly 0 in the plain reading:
+// across it the exponential comes out as 0, beyond its ends both error functions as the same 1.
 class Reach {
 public:
     explicit Reach(const StreakWork& work)

@@ -1,8 +1,9 @@
-// Where a star is drawn: the path that its spot takes, and the rows and columns that it reaches. The
-// plain and the fast rasteriser share it, so that both visit the same pixels.
+// Where a star is drawn: the path that its spot takes, and the rows and columns that it reaches.
+// The plain and the fast rasteriser share it, so that both visit the same pixels.
 //
 // Units:     pixels, as in streak.h.
-// Errors:    none: positions and sizes that are no numbers, or too large, end in empty boxes and spans.
+// Errors:    none: positions and sizes that are no numbers, or too large, end in empty boxes and
+//            spans.
 // Threads:   pure functions.
 #pragma once
 

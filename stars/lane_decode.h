@@ -1,5 +1,5 @@
-// From records to places on the image, once per instruction set: what the kernels take and give. See
-// lane_decode.inc for what they do.
+// From records to places on the image, once per instruction set: what the kernels take and give.
+// See lane_decode.inc for what they do.
 //
 // Shapes:    every array is as long as `count` rounded up to lane_padding; what stands behind count
 //            is worked on and written, too.

@@ -1,5 +1,5 @@
-// The fast kernels, once per instruction set: what they take and give. See lane_kernels.inc for what
-// they do and kernels.h for which one runs.
+// The fast kernels, once per instruction set: what they take and give. See lane_kernels.inc for
+// what they do and kernels.h for which one runs.
 //
 // Shapes:    plain records only, so that a unit compiled for a newer processor shares no code with
 //            the others.
@@ -32,8 +32,8 @@ struct LaneTarget {
     bool interleaved; // alpha, red, green, blue side by side, four floats per pixel
 };
 
-// A spot: in rows [y_lo, y_end) the `columns` columns from ix + skip on, at the offsets (X, Y) from its
-// centre that the first of those pixels has. The rows' span starts at ix.
+// A spot: in rows [y_lo, y_end) the `columns` columns from ix + skip on, at the offsets (X, Y) from
+// its centre that the first of those pixels has. The rows' span starts at ix.
 struct SpotWork {
     LaneTarget target;
     float amplitude, size_x, size_y;

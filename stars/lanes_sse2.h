@@ -87,7 +87,8 @@ static inline F in_pixel_order(F v) {
     return v;
 }
 
-// From that order, the value of pixel `group * pixels_per_vector + i` in all four floats of pixel i.
+// From that order, the value of pixel `group * pixels_per_vector + i` in all four floats of pixel
+// i.
 template <int group>
 static inline F spread(F v) {
     return _mm_shuffle_ps(v, v, group * 0x55);

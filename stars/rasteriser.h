@@ -2,8 +2,8 @@
 //
 // Errors:    as op_star_streak has them.
 // Threads:   no state; calls that write disjoint rows may run at once.
-// Accuracy:  against the formula in double, of the largest value in a picture of up to 58 pixels that
-//            holds the middle of the path; sizes from 0.2 (spots) or 0.3 (streaks) to 200:
+// Accuracy:  against the formula in double, of the largest value in a picture of up to 58 pixels
+//            that holds the middle of the path; sizes from 0.2 (spots) or 0.3 (streaks) to 200:
 //
 //                                              fast     plain
 //                spots                         7e-8     5e-7
@@ -71,12 +71,12 @@ enum class Fit {
 // Finds where a call draws, if the fast kernels are to draw it.
 Fit place_star(const StarCall& call, PlacedStar& star);
 
-// Draws what lies in the window. Windows that lie side by side add up to the same bits as one around
-// them. `lit` is sure when it is true; with `faint` it has to be asked for.
+// Draws what lies in the window. Windows that lie side by side add up to the same bits as one
+// around them. `lit` is sure when it is true; with `faint` it has to be asked for.
 Drawn draw_placed(const Brush& brush, const PlacedStar& star, const Window& window);
 
-// Whether any pixel gets a weight above zero, for stars of which nothing but faint surroundings is in
-// the image. Writes nothing.
+// Whether any pixel gets a weight above zero, for stars of which nothing but faint surroundings is
+// in the image. Writes nothing.
 bool is_lit(const Brush& brush, const PlacedStar& star);
 
 } // namespace velmora

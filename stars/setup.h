@@ -36,8 +36,8 @@ void set_default_film_window(StarRendererData& data, int width, int height);
 // How much wider a film unit comes out across x than across y on an image of this size.
 double film_stretch(const StarRendererData& data, int width, int height);
 
-// A view of a BGRA_FLOAT image, whose four floats per pixel the renderer takes as alpha, red, green,
-// blue. It must not outlive the image.
+// A view of a BGRA_FLOAT image, whose four floats per pixel the renderer takes as alpha, red,
+// green, blue. It must not outlive the image.
 StarFramebuffer framebuffer_of(const Kess::Image& image);
 
 } // namespace velmora

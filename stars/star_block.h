@@ -39,8 +39,8 @@ public:
         float reach_x, reach_y; // beyond which no star of any brightness draws
     };
 
-    // Whether decode() gives what the plain reading does: the projection must be known, and the film
-    // window have a size.
+    // Whether decode() gives what the plain reading does: the projection must be known, and the
+    // film window have a size.
     static bool can_decode(const View& view);
 
     // Finds every star's places, and whether it can reach the image: stars that cannot would draw

@@ -107,8 +107,8 @@ bool StarRenderer::render_star(bool& drew) {
     return priv->next_star < priv->input->count;
 }
 
-// The faintest flux that a threshold keeps. Fluxes that are not below it are kept: those that are no
-// numbers, too, and all of them for a threshold that is none.
+// The faintest flux that a threshold keeps. Fluxes that are not below it are kept: those that are
+// no numbers, too, and all of them for a threshold that is none.
 static float faintest_kept(double threshold) {
     const float nearest = float(threshold);
     return double(nearest) < threshold ? nextafterf(nearest, INFINITY) : nearest;
@@ -175,8 +175,8 @@ void StarRenderer::Private::fill_block(float faintest) {
 
 // ---- Drawing ---------------------------------------------------------------------------------
 
-// How far from its path a star can draw, at most: no amplitude reaches farther than the largest whose
-// 6250-fold a float holds, sqrt(ln(3.4e38)) = 9.42 sizes, nor does any beyond the cap's.
+// How far from its path a star can draw, at most: no amplitude reaches farther than the largest
+// whose 6250-fold a float holds, sqrt(ln(3.4e38)) = 9.42 sizes, nor does any beyond the cap's.
 static float farthest_reach(float size, float intensity_scale, double lum_max) {
     double reach = 9.5;
     const double most = 6250 * lum_max * double(intensity_scale);
@@ -221,8 +221,8 @@ bool StarRenderer::do_render_star(const star* s) {
     return drew;
 }
 
-// Draws one star's spot, or its segments in order. `project` gives its place in a sample, and whether
-// it is visible there; `draw` draws between two places.
+// Draws one star's spot, or its segments in order. `project` gives its place in a sample, and
+// whether it is visible there; `draw` draws between two places.
 template <class Project, class Draw>
 static bool draw_segments(uword samples, const Project& project, const Draw& draw) {
     Vector2 position;

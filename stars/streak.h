@@ -6,10 +6,11 @@
 //            so it carries amplitude * pi * size_x * size_y of light. A streak is the time average
 //            of the spot moving evenly from `from` to `to`: the profile's line integral along the
 //            segment, in closed form with the error function, divided by the segment's length.
-// Shapes:    the footprint reaches k = sqrt(ln(6250 * amplitude)) sizes beyond the segment's bounding
-//            box, to where the profile has fallen to 1/6250, rounded outwards to whole pixels. Along
-//            a sloping path a row's span is k * size_x * (size_x + size_y * |slope|) to either side:
-//            narrower than the reach for sizes below one pixel, so callers keep them at 1 or above.
+// Shapes:    the footprint reaches k = sqrt(ln(6250 * amplitude)) sizes beyond the segment's
+//            bounding box, to where the profile has fallen to 1/6250, rounded outwards to whole
+//            pixels. Along a sloping path a row's span is k * size_x * (size_x + size_y * |slope|)
+//            to either side: narrower than the reach for sizes below one pixel, so callers keep
+//            them at 1 or above.
 // Errors:    AssertXception only, for an image without columns or rows. A star too faint,
 //            outside the image or at a position that is not a number draws nothing and gives
 //            false, and so does an amplitude that is infinite. Ends so far apart that the square of

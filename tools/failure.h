@@ -46,7 +46,8 @@ std::string reason_of(const Xception& exception);
 // arguments, which name files that the user did not.
 std::string system_reason_of(const Xception& exception);
 
-// Writes "velmora: " and `line` to standard error in one write, over a progress line if there is one.
+// Writes "velmora: " and `line` to standard error in one write, over a progress line if there is
+// one.
 void say(const std::string& line);
 
 // Runs `work`, says what it throws, and returns the exit status.

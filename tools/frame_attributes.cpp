@@ -38,8 +38,8 @@ static FrameRate frame_rate_of(double fps) {
     return {rational.n, rational.d};
 }
 
-// Numbers and switches keep their type, a colour becomes a vector, everything else is text. Of a path
-// only the file's name is told, which does not depend on where it lies.
+// Numbers and switches keep their type, a colour becomes a vector, everything else is text. Of a
+// path only the file's name is told, which does not depend on where it lies.
 static ExrValue attribute_of(const HostKnob& knob, double frame) {
     const KnobValue value = knob_value(knob, frame);
     if (knob.ClassID() == DD::Image::FILE_KNOB)

@@ -30,9 +30,9 @@ std::string knob_text(const HostKnob& knob, double frame);
 // `text` as <width>x<height>.
 DD::Image::Format parse_format(const std::string& text);
 
-// Throws for a format of whose image the bytes, 16 per pixel, would reach 4 GiB, and for more motion
-// blur segments than anybody uses: either would take the machine's memory. `where` names the node
-// of a script, which is then at fault rather than the arguments.
+// Throws for a format of whose image the bytes, 16 per pixel, would reach 4 GiB, and for more
+// motion blur segments than anybody uses: either would take the machine's memory. `where` names the
+// node of a script, which is then at fault rather than the arguments.
 void check_sizes(const DD::Image::Node& node, double frame, const std::string& where);
 
 } // namespace velmora

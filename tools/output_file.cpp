@@ -19,7 +19,8 @@ static void refuse_special(const std::string& path) {
         throw WorkFailure(path, "not a regular file");
 }
 
-// The unfinished file gets its bytes only if nothing else has its name: a link would lead them away.
+// The unfinished file gets its bytes only if nothing else has its name: a link would lead them
+// away.
 static void refuse_taken_temporary(const std::string& path) {
     const std::string temporary = path + ".inprogress";
     std::error_code error;

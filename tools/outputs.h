@@ -1,6 +1,7 @@
 // The files that a render writes for each frame, by the names' endings.
 //
-// Errors:    UsageFailure for names that do not serve, WorkFailure for places that cannot be written.
+// Errors:    UsageFailure for names that do not serve, WorkFailure for places that cannot be
+//            written.
 #pragma once
 
 #include "tools/frame_name.h"
@@ -31,7 +32,8 @@ OutputOptions outputs_of_node(const OutputOptions& options, const std::string& n
 class Outputs {
 public:
     // Finds out now what would go wrong for any of `frames`: names that do not differ from frame to
-    // frame or from what is `taken`, `inputs` that would be overwritten, folders that are not there.
+    // frame or from what is `taken`, `inputs` that would be overwritten, folders that are not
+    // there.
     Outputs(const OutputOptions& options, const std::vector<int>& frames,
             const std::vector<std::string>& inputs, OutputPlaces& taken);
 

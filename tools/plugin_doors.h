@@ -1,4 +1,5 @@
-// What the loaded plug-in shows beside the node: see node/doors.h, whose functions are looked up in it.
+// What the loaded plug-in shows beside the node: see node/doors.h, whose functions are looked up in
+// it.
 //
 // Errors:    WorkFailure for a plug-in that does not have them.
 #pragma once

@@ -45,8 +45,9 @@ static void add_output_options(CLI::App& command, RenderOptions& options) {
     add_number(command, "--fps", options.outputs.fps,
                "frames per second, as EXR says (default 24, or the script's)")
         ->check(refuse_frame_rate, "");
-    command.add_flag("--stats", options.stats,
-                     "say of each frame how many stars were read, kept and drawn, and what it took");
+    command.add_flag(
+        "--stats", options.stats,
+        "say of each frame how many stars were read, kept and drawn, and what it took");
     command.add_flag("--reference", options.reference,
                      "draw with the plain reading instead of the fast kernels");
     command.add_option("--jobs", options.jobs, "frames rendered at a time (default 1)")

@@ -1,8 +1,8 @@
 // One node rendered through the host, frame by frame.
 //
 // Shapes:    four floats per pixel, alpha, red, green, blue, rows top first; alpha stays 0.
-// Errors:    WorkFailure, UsageFailure for sizes that take the machine's memory, and what the renderer
-//            throws.
+// Errors:    WorkFailure, UsageFailure for sizes that take the machine's memory, and what the
+//            renderer throws.
 #pragma once
 
 #include "host/op_tree.h"

@@ -1,8 +1,9 @@
 // The camera of a shot as the command line describes it, as a camera node of a comp.
 //
-// Units:     focal length and apertures in millimetres, angles in degrees, translation in scene units.
-// Errors:    UsageFailure for options that contradict each other or are out of range, WorkFailure for a
-//            camera file that cannot be read or is malformed.
+// Units:     focal length and apertures in millimetres, angles in degrees, translation in scene
+//            units.
+// Errors:    UsageFailure for options that contradict each other or are out of range, WorkFailure
+//            for a camera file that cannot be read or is malformed.
 #pragma once
 
 #include "host/chan.h"

@@ -1,7 +1,7 @@
 // Whole text files: cameras and comp scripts.
 //
-// Errors:    WorkFailure(path, reason): what the system says, "is not a regular file" for a pipe or a
-//            device, "is larger than 1 GiB".
+// Errors:    WorkFailure(path, reason): what the system says, "is not a regular file" for a pipe or
+//            a device, "is larger than 1 GiB".
 #pragma once
 
 #include <string>

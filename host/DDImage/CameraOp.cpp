@@ -34,8 +34,7 @@ void CameraOp::_validate(bool for_real) {
     projection_ = projection(projection_mode_);
 }
 
-Matrix4 CameraOp::lens_matrix(int mode, double focal, double aperture, double near,
-                              double far) const {
+Matrix4 CameraOp::projection(int mode) const {
     Matrix4 matrix;
     matrix.makeIdentity();
     matrix.rotateZ(float(win_roll_ * velmora::radians_per_degree));
@@ -44,21 +43,26 @@ Matrix4 CameraOp::lens_matrix(int mode, double focal, double aperture, double ne
     if (mode == LENS_UV || mode == LENS_SPHERICAL)
         return matrix;
     Matrix4 lens;
-    lens.projection(float(focal / aperture), float(near), float(far), mode != LENS_ORTHOGRAPHIC);
+    lens.projection(float(focal_length_ / haperture_), float(near_), float(far_),
+                    mode != LENS_ORTHOGRAPHIC);
     return matrix * lens;
 }
 
-Matrix4 CameraOp::projection(int mode) const {
-    return lens_matrix(mode, focal_length_, haperture_, near_, far_);
-}
-
 Matrix4 CameraOp::projectionAt(const OutputContext& context) const {
-    const auto at = [&](const char* name, double now) {
+    const auto at = [&](const char* name, double now, int i = 0) {
         const Knob* const value = knob(name);
-        return value ? value->get_value_at(context.frame()) : now;
+        return value ? value->get_value_at(context, i) : now;
     };
-    return lens_matrix(projection_mode_, at("focal", focal_length_), at("haperture", haperture_),
-                       at("near", near_), at("far", far_));
+    CameraOp then(nullptr);
+    then.focal_length(at("focal", focal_length_));
+    then.film_width(at("haperture", haperture_));
+    then.Near(at("near", near_));
+    then.Far(at("far", far_));
+    then.win_roll(at("winroll", win_roll_));
+    then.win_translate(at("win_translate", win_translate_.x),
+                       at("win_translate", win_translate_.y, 1));
+    then.win_scale(at("win_scale", win_scale_.x), at("win_scale", win_scale_.y, 1));
+    return then.projection(int(at("projection_mode", projection_mode_)));
 }
 
 void CameraOp::to_format(Matrix4& matrix, const Format* format) {

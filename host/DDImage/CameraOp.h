@@ -1,6 +1,7 @@
 // A camera: an axis with a lens, that looks along its -z with y up.
 //
-// Units:     focal length and apertures in millimetres, distances in scene units, the roll in degrees.
+// Units:     focal length and apertures in millimetres, distances in scene units, the roll in
+//            degrees.
 #pragma once
 
 #include <DDImage/AxisOp.h>
@@ -73,8 +74,6 @@ private:
     double focal_point_ = 2;
     double fstop_ = 16;
     Matrix4 projection_;
-
-    Matrix4 lens_matrix(int mode, double focal, double aperture, double near, double far) const;
 };
 
 } // namespace DD::Image

@@ -1,8 +1,8 @@
 // A 64-bit cyclic redundancy check over whatever decides an op's output.
 //
 // Source:    CRC-64/ECMA-182, polynomial 0x42F0E1EBA9EA3693, most significant bit first, from 0.
-// Shapes:    numbers count by their bytes as they stand in memory, texts by their characters and the
-//            NUL behind them, so that "ab" and "c" differ from "a" and "bc".
+// Shapes:    numbers count by their bytes as they stand in memory, texts by their characters and
+//            the NUL behind them, so that "ab" and "c" differ from "a" and "bc".
 #pragma once
 
 #include <DDImage/DDImage_API.h>

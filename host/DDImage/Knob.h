@@ -1,8 +1,8 @@
 // A control of a node: a value, perhaps over time, that the host keeps and stores into the ops.
 //
 // Units:     times are frames.
-// Ownership: a knob belongs to its node. What an op is given by store() lives as long as the op keeps
-//            the value.
+// Ownership: a knob belongs to its node. What an op is given by store() lives as long as the op
+//            keeps the value.
 // Threads:   the main thread's, all of it.
 #pragma once
 
@@ -63,38 +63,38 @@ public:
     typedef U64 FlagMask;
 
     // The low bits mean one thing for numbers and another for menus.
-    static const FlagMask SLIDER = 0x1;
-    static const FlagMask SINGLE_SELECTION_ONLY = 0x1;
-    static const FlagMask FORCE_RANGE = 0x2;
-    static const FlagMask LOG_SLIDER = 0x4;
-    static const FlagMask STRIP_CASCADE_PREFIX = 0x4;
-    static const FlagMask STORE_INTEGER = 0x8;
-    static const FlagMask MAGNITUDE = 0x10;
-    static const FlagMask ANGLE = 0x20;
-    static const FlagMask NO_PROXYSCALE = 0x40;
-    static const FlagMask DISABLED = 0x80;
-    static const FlagMask NO_ANIMATION = 0x100;
-    static const FlagMask DO_NOT_WRITE = 0x200;
-    static const FlagMask INVISIBLE = 0x400;
-    static const FlagMask RESIZABLE = 0x800;
-    static const FlagMask STARTLINE = 0x1000;
-    static const FlagMask ENDLINE = 0x2000;
-    static const FlagMask NO_RERENDER = 0x4000;
-    static const FlagMask NO_HANDLES = 0x8000;
-    static const FlagMask KNOB_CHANGED_ALWAYS = 0x10000;
-    static const FlagMask NO_KNOB_CHANGED = 0x20000;
-    static const FlagMask HIDDEN = 0x40000;
-    static const FlagMask NO_UNDO = 0x80000;
-    static const FlagMask ALWAYS_SAVE = 0x100000;
-    static const FlagMask NODE_KNOB = 0x200000;
-    static const FlagMask OUTPUT_ONLY = 0x400000;
-    static const FlagMask SAVE_MENU = 0x2000000;
-    static const FlagMask KNOB_CHANGED_RECURSIVE = 0x8000000;
-    static const FlagMask READ_ONLY = 0x10000000;
-    static const FlagMask NO_CURVE_EDITOR = 0x20000000;
-    static const FlagMask NO_MULTIVIEW = 0x40000000;
-    static const FlagMask EARLY_STORE = 0x80000000; // stored before the inputs are built
-    static const FlagMask MODIFIES_GEOMETRY = 0x100000000;
+    static constexpr FlagMask SLIDER = 0x1;
+    static constexpr FlagMask SINGLE_SELECTION_ONLY = 0x1;
+    static constexpr FlagMask FORCE_RANGE = 0x2;
+    static constexpr FlagMask LOG_SLIDER = 0x4;
+    static constexpr FlagMask STRIP_CASCADE_PREFIX = 0x4;
+    static constexpr FlagMask STORE_INTEGER = 0x8;
+    static constexpr FlagMask MAGNITUDE = 0x10;
+    static constexpr FlagMask ANGLE = 0x20;
+    static constexpr FlagMask NO_PROXYSCALE = 0x40;
+    static constexpr FlagMask DISABLED = 0x80;
+    static constexpr FlagMask NO_ANIMATION = 0x100;
+    static constexpr FlagMask DO_NOT_WRITE = 0x200;
+    static constexpr FlagMask INVISIBLE = 0x400;
+    static constexpr FlagMask RESIZABLE = 0x800;
+    static constexpr FlagMask STARTLINE = 0x1000;
+    static constexpr FlagMask ENDLINE = 0x2000;
+    static constexpr FlagMask NO_RERENDER = 0x4000;
+    static constexpr FlagMask NO_HANDLES = 0x8000;
+    static constexpr FlagMask KNOB_CHANGED_ALWAYS = 0x10000;
+    static constexpr FlagMask NO_KNOB_CHANGED = 0x20000;
+    static constexpr FlagMask HIDDEN = 0x40000;
+    static constexpr FlagMask NO_UNDO = 0x80000;
+    static constexpr FlagMask ALWAYS_SAVE = 0x100000;
+    static constexpr FlagMask NODE_KNOB = 0x200000;
+    static constexpr FlagMask OUTPUT_ONLY = 0x400000;
+    static constexpr FlagMask SAVE_MENU = 0x2000000;
+    static constexpr FlagMask KNOB_CHANGED_RECURSIVE = 0x8000000;
+    static constexpr FlagMask READ_ONLY = 0x10000000;
+    static constexpr FlagMask NO_CURVE_EDITOR = 0x20000000;
+    static constexpr FlagMask NO_MULTIVIEW = 0x40000000;
+    static constexpr FlagMask EARLY_STORE = 0x80000000; // stored before the inputs are built
+    static constexpr FlagMask MODIFIES_GEOMETRY = 0x100000000;
 
     // No knobs of any node: knob_changed() is called with their addresses.
     static Knob showPanel, hidePanel, inputChange;
@@ -130,8 +130,8 @@ public:
     double maximum() const { return maximum_; }
     void set_range(double minimum, double maximum);
 
-    // The numbers of the value: how many, and one of them. Setting one, or without `i` all, holds for
-    // all times; false, and nothing changed, for what the knob cannot have.
+    // The numbers of the value: how many, and one of them. Setting one, or without `i` all, holds
+    // for all times; false, and nothing changed, for what the knob cannot have.
     virtual int size() const;
     virtual double get_value_at(double time, int i = 0) const;
     double get_value_at(const OutputContext& context, int i = 0) const {

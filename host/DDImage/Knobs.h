@@ -2,8 +2,8 @@
 //
 // The host calls Op::knobs() once to make the knobs of a node and again whenever it stores their
 // values into an op. A creator gives the knob that it declares; Tooltip, SetFlags, ClearFlags and
-// SetRange are about the one before them. Names and labels are copied; the pointers to store through
-// must be members of the op.
+// SetRange are about the one before them. Names and labels are copied; the pointers to store
+// through must be members of the op.
 #pragma once
 
 #include <DDImage/ChannelSet.h>
@@ -101,8 +101,8 @@ DDImage_API Knob* Format_knob(Knob_Callback, FormatPair*, NAME, LABEL = nullptr)
 DDImage_API Knob* Input_ChannelMask_knob(Knob_Callback, ChannelSet*, int input, NAME,
                                          LABEL = nullptr);
 
-// An affine transformation, with the knobs translate, rotate, xform_order and so on as its parts. They
-// have these names when this knob's is "transform", and "<name>_translate" otherwise.
+// An affine transformation, with the knobs translate, rotate, xform_order and so on as its parts.
+// They have these names when this knob's is "transform", and "<name>_translate" otherwise.
 DDImage_API Knob* Axis_knob(Knob_Callback, Matrix4*, NAME, LABEL = nullptr);
 
 // What only arranges the panel.

@@ -132,7 +132,6 @@ void NukeWrapper::engine(int y, int x, int r, ChannelMask channels, Row& row) {
         Row beneath(x, r);
         if (Iop* const source = input(0))
             source->get(y, x, r, others, beneath);
-        row.erase(others);
         row.copy(beneath, others, x, r);
     }
     if (mask || mix)

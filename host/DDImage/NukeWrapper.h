@@ -1,5 +1,5 @@
-// Stands in front of an image op and adds what users expect of most: a choice of channels, a mask and
-// a mix.
+// Stands in front of an image op and adds what users expect of most: a choice of channels, a mask
+// and a mix.
 //
 // The mask, an input behind the op's own, says pixel by pixel how much of the output holds, by its
 // alpha; mix says the same for all of it. Both, and the channels that are not chosen, show the op's

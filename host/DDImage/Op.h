@@ -1,10 +1,10 @@
 // An operator: one moment's worth of a node, that validates, opens and makes output.
 //
 // The host makes an op for each node and each moment that is asked of it, and then, in this order:
-// setOutputContext; knobs() for the EARLY_STORE knobs; split_input and inputContext for every input,
-// and set_input for every copy; knobs() for all knobs; append(); validate(false), as often as it
-// likes; validate(true); request; open; engine from several threads; close. An op may be taken through
-// this again at another moment or after its knobs have changed.
+// setOutputContext; knobs() for the EARLY_STORE knobs; split_input and inputContext for every
+// input, and set_input for every copy; knobs() for all knobs; append(); validate(false), as often
+// as it likes; validate(true); request; open; engine from several threads; close. An op may be
+// taken through this again at another moment or after its knobs have changed.
 //
 // Ownership: the host owns the ops; inputs are borrowed.
 // Errors:    error() tells what is wrong with the input; exceptions pass through the host.
@@ -32,8 +32,8 @@ class NukeWrapper;
 
 class DDImage_API Op {
 public:
-    // A class of ops. Making one, as the plug-in is loaded, tells the host of it; of several with one
-    // name the first is kept.
+    // A class of ops. Making one, as the plug-in is loaded, tells the host of it; of several with
+    // one name the first is kept.
     class DDImage_API Description : public DD::Image::Description {
     public:
         typedef Op* (*OpConstructor)(Node*);
@@ -95,8 +95,8 @@ public:
 
     virtual void knobs(Knob_Callback f);
 
-    // Called on the op that stands for its node, after a knob was changed by hand. Returns 1 when it
-    // handled the change and wants to hear of further ones.
+    // Called on the op that stands for its node, after a knob was changed by hand. Returns 1 when
+    // it handled the change and wants to hear of further ones.
     virtual int knob_changed(Knob* knob);
     virtual int knob_change_finished(Knob* knob, bool finished);
 
@@ -132,8 +132,8 @@ public:
     virtual void setOutputContext(const OutputContext& context);
     const OutputContext& outputContext() const { return context_; }
 
-    // What decides the output beside the knobs and the inputs. Frames do not count by themselves: an
-    // op that differs from frame to frame for no other reason adds the frame here.
+    // What decides the output beside the knobs and the inputs. Frames do not count by themselves:
+    // an op that differs from frame to frame for no other reason adds the frame here.
     virtual void append(Hash& hash);
 
     // Of class, knobs, inputs and append(), as the host made it last.
@@ -161,8 +161,8 @@ public:
     bool aborted() const;
     void abort() const;
 
-    // Marks the op as failed, printf style. The last message stays until the op is invalidated, as it
-    // is when its hash changes.
+    // Marks the op as failed, printf style. The last message stays until the op is invalidated, as
+    // it is when its hash changes.
     void error(const char* format, ...) __attribute__((format(printf, 2, 3)));
     bool has_error() const;
     std::string error_message() const;

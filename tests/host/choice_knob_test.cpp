@@ -23,7 +23,7 @@ TEST_F(ChoiceKnobTest, StartsAtTheItemThatItsOpHas) {
 TEST_F(ChoiceKnobTest, PicksByTextAndByIndex) {
     EXPECT_TRUE(choice.set_text("a few"));
     EXPECT_EQ(stored()->choice, 2);
-    EXPECT_TRUE(choice.set_value(0));
+    EXPECT_TRUE(knob("choice").set_value(0));
     EXPECT_STREQ(choice.get_text(), "none");
     EXPECT_TRUE(choice.set_text("1"));
     EXPECT_STREQ(choice.get_text(), "one");
@@ -31,7 +31,7 @@ TEST_F(ChoiceKnobTest, PicksByTextAndByIndex) {
 
 TEST_F(ChoiceKnobTest, TakesAnIndexThatNoItemHas) {
     for (const int index : {3, -1, 1000000, 2147483647}) {
-        EXPECT_TRUE(choice.set_value(index));
+        EXPECT_TRUE(knob("choice").set_value(index));
         EXPECT_EQ(stored()->choice, index);
         EXPECT_EQ(choice.get_text(), std::to_string(index));
         EXPECT_EQ(choice.to_script(), std::to_string(index));
@@ -44,16 +44,16 @@ TEST_F(ChoiceKnobTest, RefusesWhatIsNoItem) {
     for (const char* const text : {"", "two", "One", "1.5", "1 ", "99999999999"})
         EXPECT_FALSE(choice.set_text(text)) << text;
     EXPECT_FALSE(choice.set_text(nullptr));
-    EXPECT_FALSE(choice.set_value(0.5));
-    EXPECT_FALSE(choice.set_value(3e9));
-    EXPECT_FALSE(choice.set_value(std::nan("")));
-    EXPECT_FALSE(choice.set_value(1, 1));
+    EXPECT_FALSE(knob("choice").set_value(0.5));
+    EXPECT_FALSE(knob("choice").set_value(3e9));
+    EXPECT_FALSE(knob("choice").set_value(std::nan("")));
+    EXPECT_FALSE(knob("choice").set_value(1, 1));
     EXPECT_EQ(choice.index(), 1);
 }
 
 TEST_F(ChoiceKnobTest, HashesTheItem) {
     const DD::Image::Hash before = hash_at(1);
-    choice.set_value(2);
+    knob("choice").set_value(2);
     EXPECT_NE(hash_at(1), before);
     choice.set_text("one");
     EXPECT_EQ(hash_at(1), before);
@@ -83,7 +83,7 @@ TEST_F(ChoiceKnobTest, RefusesAnimationsAndUnknownItemsOfScripts) {
 }
 
 TEST_F(ChoiceKnobTest, WritesTheItemsText) {
-    choice.set_value(2);
+    knob("choice").set_value(2);
     EXPECT_EQ(choice.to_script(), "\"a few\"");
     EXPECT_TRUE(choice.not_default());
     EXPECT_TRUE(choice.from_script("one"));

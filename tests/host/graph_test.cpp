@@ -57,6 +57,19 @@ TEST(Graph, DisconnectsANodeBeforeItGoes) {
     EXPECT_EQ(graph.find("Ramp1"), nullptr);
 }
 
+TEST(Graph, GivesItsFormatToNodesThatHaveNothingConnected) {
+    Graph graph(test_plugins());
+    Node& node = graph.create("BareRaise");
+    OpTree tree(node);
+    for (const Format& format : {Format(2048, 1556), Format(640, 480), Format(10, 20)}) {
+        graph.set_format(format);
+        DD::Image::Op& op = tree.at(1);
+        validate(op);
+        EXPECT_EQ(op.iop()->format(), format);
+        EXPECT_EQ(op.iop()->full_size_format(), format);
+    }
+}
+
 TEST(Graph, GivesItsFormatToNodesThatPickNone) {
     Graph graph(test_plugins());
     Node& node = graph.create("Ramp");

@@ -82,10 +82,12 @@ TEST(Row, CopiesASpanOfChosenChannels) {
 TEST(Row, StartsAnewOverAnotherSpan) {
     Row row(0, 2);
     row.writableConstant(1, Chan_Red);
+    EXPECT_EQ(row[Chan_Z][1], 0);
     row.range(10, 13);
     EXPECT_EQ(row.getLeft(), 10);
     EXPECT_EQ(row.getRight(), 13);
     EXPECT_TRUE(row.is_zero(Chan_Red));
+    EXPECT_EQ(row[Chan_Z][12], 0);
     row.writableConstant(2, Chan_Red);
     EXPECT_EQ(row[Chan_Red][12], 2);
 }

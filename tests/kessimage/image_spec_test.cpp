@@ -203,7 +203,8 @@ TEST(ImageSpec, EqualityOfMetadataLooksAtTheLeftSideOnly) {
     EXPECT_FALSE(fewer == more);
 }
 
-// ---- Metadata through an ImageSpec ---------------------------------------------------------------
+// ---- Metadata through an ImageSpec
+// ---------------------------------------------------------------
 
 TEST(ImageSpec, WithoutMetadataKnowsNoTagAndShowsNone) {
     const Spec spec = plain_spec();

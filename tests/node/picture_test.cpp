@@ -78,8 +78,8 @@ TEST_F(NodePicture, StandsOnItsFeet) {
                 brightest_y = y;
             }
     // 10 and 8 degrees off the axis: 3.2 tan 10 = 0.56 of 1.5 to the left, and 3.2 tan 8 / cos 10 =
-    // 0.46 of 1 up: 24 (0.5 - 0.56 / 3) = 7.5 from the left, 16 (0.5 + 0.46 / 2) - 1 = 10.7 from the
-    // bottom, as pixel (x, y) is sampled at (x, y) from the top.
+    // 0.46 of 1 up: 24 (0.5 - 0.56 / 3) = 7.5 from the left, 16 (0.5 + 0.46 / 2) - 1 = 10.7 from
+    // the bottom, as pixel (x, y) is sampled at (x, y) from the top.
     EXPECT_TRUE(brightest_x == 7 || brightest_x == 8) << brightest_x;
     EXPECT_TRUE(brightest_y == 10 || brightest_y == 11) << brightest_y;
 }

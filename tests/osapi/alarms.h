@@ -1,5 +1,6 @@
 // A signal every few milliseconds while the object lives, with a handler that counts and, at the
-// third, calls a function. Calls that wait fail with EINTR, since the handler does not restart them.
+// third, calls a function. Calls that wait fail with EINTR, since the handler does not restart
+// them.
 #pragma once
 
 #include <signal.h>

@@ -18,8 +18,8 @@ struct FailingCall {
     std::string message; // as message_without_line_of has it
 };
 
-// Each action throws that message when that call fails, makes it no more often than that, and leaves
-// no descriptor open and nothing mapped.
+// Each action throws that message when that call fails, makes it no more often than that, and
+// leaves no descriptor open and nothing mapped.
 inline void expect_told(const std::vector<FailingCall>& rows) {
     const int before = open_descriptors();
     for (const FailingCall& row : rows) {

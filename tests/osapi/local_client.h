@@ -8,7 +8,8 @@
 #include <cstring>
 #include <string>
 
-// A connection to the socket at `path`, which is at most 107 characters long; -1 when it is refused.
+// A connection to the socket at `path`, which is at most 107 characters long; -1 when it is
+// refused.
 inline int connect_unix(const std::string& path) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;

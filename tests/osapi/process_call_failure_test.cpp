@@ -153,7 +153,8 @@ TEST(WaitUntilDead, WaitsOnBehindEveryStop) {
     EXPECT_EQ(wait(77, &out, true, {{77, 0, stopped}, {0, 0, -1}}), -1);
 }
 
-// The word that the stop left is judged again when the next call is interrupted, and is a stop still.
+// The word that the stop left is judged again when the next call is interrupted, and is a stop
+// still.
 TEST(WaitUntilDead, KeepsTheStatusOfAStopOverAnInterruption) {
     const int stopped = SIGSTOP << 8 | 0x7f;
     OSAPI_pid_t out = 0;

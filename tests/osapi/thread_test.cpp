@@ -1,5 +1,5 @@
-// What may be called from several threads at once: everything whose state is the caller's own. Meant
-// for the thread sanitizer, which tells what is shared; the values tell what got mixed up.
+// What may be called from several threads at once: everything whose state is the caller's own.
+// Meant for the thread sanitizer, which tells what is shared; the values tell what got mixed up.
 #include "osapi/osapi.h"
 #include "osapi/whole_file.h"
 

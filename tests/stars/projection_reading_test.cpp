@@ -87,8 +87,8 @@ Place reread_place(op_stars_projection projection, const Star& s) {
 } // namespace
 
 TEST(ProjectionReading, AddsTheTermsFromXToW) {
-    // Half a last bit is lost when it is added to 1, three times in a row as well. Two of them count
-    // as a bit, to which another half rounds to the even sum, two bits above 1; so do three.
+    // Half a last bit is lost when it is added to 1, three times in a row as well. Two of them
+    // count as a bit, to which another half rounds to the even sum, two bits above 1; so do three.
     const double h = bit / 2;
     static const struct {
         double factors[4];

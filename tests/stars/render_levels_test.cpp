@@ -1,5 +1,5 @@
-// Whole renders at every level: the same bytes, the same counts, star by star or all at once, and by
-// tiles or not; and the plain reading's picture.
+// Whole renders at every level: the same bytes, the same counts, star by star or all at once, and
+// by tiles or not; and the plain reading's picture.
 #include "tests/stars/dice.h"
 #include "tests/stars/kernels.h"
 #include "tests/stars/render.h"
@@ -137,8 +137,9 @@ void expect_same(const Rendered& a, const Rendered& b, const std::string& name) 
     ASSERT_TRUE(same_bits(*a.picture, *b.picture)) << name;
 }
 
-// Places are rounded to floats, and those of the fast kernels can be the neighbouring ones: far from
-// the image, where the ends of the longest streaks are, by parts of a pixel. Such streaks are faint.
+// Places are rounded to floats, and those of the fast kernels can be the neighbouring ones: far
+// from the image, where the ends of the longest streaks are, by parts of a pixel. Such streaks are
+// faint.
 void expect_like(const Rendered& plain, const Rendered& fast, const std::string& name) {
     EXPECT_EQ(plain.drew, fast.drew) << name;
     EXPECT_EQ(plain.counts.read, fast.counts.read) << name;

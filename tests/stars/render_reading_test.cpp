@@ -1,5 +1,5 @@
-// The plain reading of the renderer against its steps written down once more, down to the calls that
-// draw, bit for bit.
+// The plain reading of the renderer against its steps written down once more, down to the calls
+// that draw, bit for bit.
 #include "stars/projection.h"
 #include "tests/stars/dice.h"
 #include "tests/stars/kernels.h"

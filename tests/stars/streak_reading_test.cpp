@@ -1,5 +1,5 @@
-// The plain reading against the same steps written down once more in float (see reference.h), bit for
-// bit, over random calls of every kind.
+// The plain reading against the same steps written down once more in float (see reference.h), bit
+// for bit, over random calls of every kind.
 #include "tests/stars/dice.h"
 #include "tests/stars/kernels.h"
 #include "tests/stars/picture.h"

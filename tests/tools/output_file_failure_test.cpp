@@ -1,5 +1,5 @@
-// What a user reads when the system refuses an output; the calls in every order fail in the tests of
-// the whole file.
+// What a user reads when the system refuses an output; the calls in every order fail in the tests
+// of the whole file.
 #include "tools/output_file.h"
 
 #include "tests/osapi/system_calls.h"

@@ -17,7 +17,8 @@
 
 using namespace velmora;
 
-// One white star of flux 2 where a camera that is not turned looks: right ascension 90, declination 0.
+// One white star of flux 2 where a camera that is not turned looks: right ascension 90, declination
+// 0.
 class Render : public Program {
 protected:
     void SetUp() override {
@@ -242,8 +243,8 @@ TEST_F(Render, CountsWhatHalfFloatsCannotHold) {
     const Ran ran = run(small("--half --knob blur_segs=0 --knob brightness=1e9 -o sky.exr"));
     EXPECT_EQ(ran.status, 0);
     // 0.0448 * 2e8 is the peak, 137 times what a half holds: exp(4.92). The spot is one pixel wide,
-    // so that is passed by the pixels at squared distances 0, 1, 2 and 4 of the middle: 1 + 4 + 4 + 4
-    // of three colours.
+    // so that is passed by the pixels at squared distances 0, 1, 2 and 4 of the middle: 1 + 4 + 4 +
+    // 4 of three colours.
     EXPECT_EQ(ran.err, "velmora: warning: sky.exr: 39 values beyond what half floats hold were "
                        "clamped to 65504\n");
 }
@@ -256,9 +257,10 @@ TEST_F(Render, SaysWhatAFrameTook) {
     const Ran ran = run(small("--stats --knob blur_segs=0 --raw sky.raw"));
     EXPECT_EQ(ran.status, 0);
     std::smatch match;
-    const std::regex line("velmora: stats: frame 1: 1 stars read, 1 kept, 1 drawn, ([0-9]+) pixels "
-                          "written; set-up [0-9.]+ ms, drawing [0-9.]+ ms, rows [0-9.]+ ms, writing "
-                          "[0-9.]+ ms\n");
+    const std::regex line(
+        "velmora: stats: frame 1: 1 stars read, 1 kept, 1 drawn, ([0-9]+) pixels "
+        "written; set-up [0-9.]+ ms, drawing [0-9.]+ ms, rows [0-9.]+ ms, writing "
+        "[0-9.]+ ms\n");
     ASSERT_TRUE(std::regex_match(ran.err, match, line)) << ran.err;
     EXPECT_GE(std::stoi(match[1]), 21);
     EXPECT_LE(std::stoi(match[1]), 49);

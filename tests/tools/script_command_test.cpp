@@ -171,8 +171,8 @@ TEST_F(ScriptNew, MovesAsTheCameraFileDoes) {
     expect_same_frames(move + " --knob blur_segs=3 --knob shutter=0.8", "0-8");
     // Between the file's frames a script has the focal lengths in a straight line, the file the
     // fields of view.
-    expect_same_frames(
-        "--format 64x36 --vaperture 13.824 --camera zoom.chan --knob blur_segs=0", "0-2,4-8");
+    expect_same_frames("--format 64x36 --vaperture 13.824 --camera zoom.chan --knob blur_segs=0",
+                       "0-2,4-8");
     // A lens on the command line holds against the file's.
     expect_same_frames("--format 64x36 --vaperture 13.824 --camera zoom.chan --focal 40", "1-4");
     expect_same_frames("--format 64x36 --vaperture 13.824 --camera zoom.chan --fov 40", "1-4");

@@ -38,8 +38,8 @@ protected:
 
 } // namespace
 
-// Standard coordinates of the tangent plane (Green, Spherical Astronomy, 1985, section 13.2), north up
-// and east to the left.
+// Standard coordinates of the tangent plane (Green, Spherical Astronomy, 1985, section 13.2), north
+// up and east to the left.
 static Pixel expected_pixel(const NamedStar& star, const View& view) {
     const double d = star.dec * radians, d0 = view.dec * radians;
     const double a = (star.ra - view.ra) * radians;
@@ -72,8 +72,8 @@ static Pixel brightest_near(const std::vector<float>& floats, const Pixel& aroun
     return best;
 }
 
-// Each star's peak stands on the pixel nearest to its place, or on the one beside it where the place
-// is halfway; it is far above the field, whose stars are fainter than these by magnitudes.
+// Each star's peak stands on the pixel nearest to its place, or on the one beside it where the
+// place is halfway; it is far above the field, whose stars are fainter than these by magnitudes.
 static void expect_stars(const std::vector<float>& floats, const View& view,
                          const std::vector<NamedStar>& stars) {
     for (const NamedStar& star : stars) {

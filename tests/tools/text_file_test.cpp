@@ -20,7 +20,8 @@ static std::string failure_of(const std::string& path) {
 // Sizes around those of the blocks, and bytes that mean something to streams of text.
 TEST(TextFile, GivesTheBytesAsTheyStand) {
     const ScratchFolder folder;
-    for (const std::size_t size : {0u, 1u, 16383u, 16384u, 16385u, 65535u, 65536u, 65537u, 200000u}) {
+    for (const std::size_t size :
+         {0u, 1u, 16383u, 16384u, 16385u, 65535u, 65536u, 65537u, 200000u}) {
         std::string bytes;
         for (std::size_t i = 0; i < size; i++)
             bytes += "\r\n\n\0\xff\x1a a"[i * 7 % 8];

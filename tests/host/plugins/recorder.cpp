@@ -1,7 +1,7 @@
 // An image op that tells each call that the host makes of it.
 //
-// Inputs:    0, an image, which it passes on with `gain` added; 1, an image over time: as many copies
-//            as `copies` says, `step` frames apart. Alpha is the sum of the copies' reds.
+// Inputs:    0, an image, which it passes on with `gain` added; 1, an image over time: as many
+//            copies as `copies` says, `step` frames apart, whose reds are added to alpha.
 #include "tests/host/call_log.h"
 
 #include <DDImage/Iop.h>
