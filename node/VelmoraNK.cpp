@@ -1,7 +1,6 @@
 #include "node/VelmoraNK.h"
 
 #include "core/xception.h"
-#include "node/doors.h"
 #include "node/sdk.h"
 #include "stars/setup.h"
 
@@ -17,6 +16,7 @@ static const char* const projection_names[] = {"Perspective", "Hemispherical",
 enum { INPUT_PARENT, INPUT_CAMERA, INPUTS };
 
 const Op::Description VelmoraNK::d("VelmoraNK", &VelmoraNKCreate);
+velmora::RenderCounts VelmoraNK::last_counts = {};
 
 Op* VelmoraNKCreate(Node* node) {
     return (new NukeWrapper(new VelmoraNK(node)))->noMix()->noMask();
@@ -236,7 +236,7 @@ void VelmoraNK::_open() {
     StarRenderer renderer(render_data, framebuffer, *star_input, cameras);
     bool drew = false;
     renderer.render_all(drew);
-    velmora::note_counts(renderer.counts());
+    last_counts = renderer.counts();
 }
 
 void VelmoraNK::engine(int y, int x, int r, ChannelMask, Row& row) {

@@ -26,6 +26,9 @@ class VelmoraNK : public DD::Image::Iop {
 public:
     static const DD::Image::Op::Description d;
 
+    // What the opening that ended last took, on any node; all 0 before the first.
+    static velmora::RenderCounts last_counts;
+
     explicit VelmoraNK(DD::Image::Node* node);
     ~VelmoraNK() override;
 

@@ -1,10 +1,9 @@
 #include "node/doors.h"
 
+#include "node/VelmoraNK.h"
 #include "stars/kernels.h"
 
 using namespace velmora;
-
-static RenderCounts last_counts = {};
 
 const char* velmora_kernels() {
     return kernel_level_name(kernel_level());
@@ -15,9 +14,5 @@ void velmora_draw_plainly(bool plainly) {
 }
 
 void velmora_last_counts(RenderCounts* counts) {
-    *counts = last_counts;
-}
-
-void velmora::note_counts(const RenderCounts& counts) {
-    last_counts = counts;
+    *counts = VelmoraNK::last_counts;
 }

@@ -20,10 +20,3 @@ VELMORA_DOOR void velmora_draw_plainly(bool plainly);
 // Of the opening that ended last, on any node; all 0 before the first.
 VELMORA_DOOR void velmora_last_counts(velmora::RenderCounts* counts);
 }
-
-namespace velmora {
-
-// For the node, when it has opened.
-void note_counts(const RenderCounts& counts);
-
-} // namespace velmora
