@@ -68,15 +68,32 @@ TEST(Poll, WaitsOnBehindASignalOtherwise) {
     }
 }
 
+// A smaller limit on descriptors while it lives. Sanitizers need some to look at an exception, so it
+// must be gone by then.
+class FewDescriptors {
+public:
+    explicit FewDescriptors(rlim_t most) {
+        getrlimit(RLIMIT_NOFILE, &before);
+        const rlimit few = {most, before.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &few);
+    }
+    FewDescriptors(const FewDescriptors&) = delete;
+    FewDescriptors& operator=(const FewDescriptors&) = delete;
+    ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &before); }
+
+private:
+    rlimit before;
+};
+
 // More descriptors than a process may have.
 TEST(Poll, ThrowsTheSystemsReason) {
     EXPECT_EQ(status_of_child([] {
-                  const rlimit few = {5, 5};
-                  setrlimit(RLIMIT_NOFILE, &few);
                   OSAPI::pollfd fds[6] = {};
-                  return message_without_line_of([&] { OSAPI::poll(fds, 6, 0, true); }) ==
-                         "poll: Invalid argument" +
-                             in("int OSAPI::poll(pollfd*, unsigned int, int, bool)");
+                  return message_without_line_of([&] {
+                             const FewDescriptors few(5);
+                             OSAPI::poll(fds, 6, 0, true);
+                         }) == "poll: Invalid argument" +
+                                   in("int OSAPI::poll(pollfd*, unsigned int, int, bool)");
               }),
               0);
 }
