@@ -223,6 +223,7 @@ struct Rewound {
 } // namespace
 
 void VelmoraNK::_open() {
+    last_counts = {};
     auto fresh = std::make_unique<Kess::Image>(
         Kess::ImageSpec(format().width(), format().height(), Kess::ImageSpec::BGRA_FLOAT));
     delete image;

@@ -20,8 +20,7 @@ namespace {
 
 // A node with its place among the outputs.
 struct Rendering {
-    std::string
-        where; // what stands before a message about the node; nothing when it is the only one
+    std::string where; // before messages about a script's node: "<node>: "
     std::unique_ptr<NodeRenderer> renderer;
     std::unique_ptr<Outputs> outputs;
 };

@@ -13,11 +13,11 @@ namespace velmora {
 // The class of our node.
 extern const char* const star_node_class;
 
-// The format of renders that name none.
-extern const DD::Image::Format default_format;
-
 // Its camera input.
 const int star_camera_input = 1;
+
+// The format of renders that name none.
+extern const DD::Image::Format default_format;
 
 // The folder plugin beside the program's bin folder.
 PluginPath plugin_path();

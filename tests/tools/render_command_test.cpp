@@ -266,6 +266,20 @@ TEST_F(Render, SaysWhatAFrameTook) {
     EXPECT_LE(std::stoi(match[1]), 49);
 }
 
+// Nothing is opened for the second node's frame, so nothing of the first one's may be told of it.
+TEST_F(Render, CountsNothingForAFrameWithoutAStarFile) {
+    folder.write("two.nk", "Root {\n format \"8 8\"\n}\n"
+                           "VelmoraNK {\n inputs 0\n name A\n starfile sky.velmora\n}\n"
+                           "VelmoraNK {\n inputs 0\n name B\n}\n");
+    const Ran ran = run("render two.nk -F 1 --stats --raw {node}.raw");
+    EXPECT_EQ(ran.status, 0);
+    EXPECT_NE(ran.err.find("stats: A: frame 1: 1 stars read, 1 kept, "), std::string::npos)
+        << ran.err;
+    EXPECT_NE(ran.err.find("stats: B: frame 1: 0 stars read, 0 kept, 0 drawn, 0 pixels written; "),
+              std::string::npos)
+        << ran.err;
+}
+
 TEST_F(Render, DrawsTheSameLightByThePlainReading) {
     const std::string more = "--knob blur_segs=2 --knob shutter=1 --rotate 0.5,0.25,10 --raw ";
     ASSERT_EQ(run(small(more + "fast.raw")).status, 0);
