@@ -11,7 +11,8 @@ protected:
 
     // What CMake says of the folder as one line, ROOT for the folder; empty when it is taken.
     std::string said_of(const std::string& root, const std::string& options) const {
-        const std::string command = CMAKE " -S " VELMORA_SOURCE "/tests/packaging/nuke_root -B '" +
+        const std::string command = CMAKE " -G Ninja -S " VELMORA_SOURCE
+                                          "/tests/packaging/nuke_root -B '" +
                                     folder.file("build") + "' -DNUKE_ROOT='" + root + "' " +
                                     options + " >/dev/null 2>'" + folder.file("said") + "'";
         const int status = std::system(command.c_str());
