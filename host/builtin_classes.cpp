@@ -6,7 +6,6 @@
 
 namespace velmora {
 
-using DD::Image::Node;
 using DD::Image::Op;
 
 namespace {

@@ -4,8 +4,6 @@
 
 namespace velmora {
 
-using DD::Image::Node;
-
 Graph::Graph(const PluginPath& plugins) : path(plugins) {}
 
 Graph::~Graph() {}

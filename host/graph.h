@@ -32,19 +32,19 @@ public:
 
     // A new node. Without a name it is called by its class and a number that makes it differ. Of
     // nodes that are given one name, find() knows the last.
-    DD::Image::Node& create(const std::string& class_name, const std::string& name = "");
-    void remove(DD::Image::Node& node); // disconnected first
+    Node& create(const std::string& class_name, const std::string& name = "");
+    void remove(Node& node); // disconnected first
 
-    DD::Image::Node* find(const std::string& name) const;
-    const std::vector<std::unique_ptr<DD::Image::Node>>& nodes() const { return all; }
+    Node* find(const std::string& name) const;
+    const std::vector<std::unique_ptr<Node>>& nodes() const { return all; }
 
     const PluginPath& plugins() const { return path; }
 
 private:
     PluginPath path;
     Project project;
-    std::vector<std::unique_ptr<DD::Image::Node>> all;
-    std::map<std::string, DD::Image::Node*> by_name;
+    std::vector<std::unique_ptr<Node>> all;
+    std::map<std::string, Node*> by_name;
     std::map<std::string, int> last_numbers; // given to nodes without a name, by what stands before
 
     std::string free_name(const std::string& class_name);

@@ -8,7 +8,7 @@
 namespace velmora {
 
 std::vector<std::unique_ptr<HostKnob>> make_knobs(const DD::Image::KnobSpec& spec,
-                                                  const DD::Image::Node& node) {
+                                                  const Node& node) {
     std::vector<std::unique_ptr<HostKnob>> knobs;
     switch (spec.type) {
     case DD::Image::STRING_KNOB:

@@ -11,6 +11,6 @@ namespace velmora {
 // The knob that `spec` declares, with the value that the op has behind the pointer, and behind it
 // the knobs that are its parts.
 std::vector<std::unique_ptr<HostKnob>> make_knobs(const DD::Image::KnobSpec& spec,
-                                                  const DD::Image::Node& node);
+                                                  const Node& node);
 
 } // namespace velmora

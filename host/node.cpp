@@ -6,7 +6,13 @@
 #include <algorithm>
 #include <set>
 
-namespace DD::Image {
+using DD::Image::Hash;
+using DD::Image::Knob;
+using DD::Image::Knob_Closure;
+using DD::Image::KnobSpec;
+using DD::Image::Op;
+
+namespace velmora {
 
 // The first pass over an op's knobs: makes them with the op's own values.
 class KnobMaker : public Knob_Closure {
@@ -18,7 +24,7 @@ public:
     Knob* made_last() override { return node.declared.empty() ? nullptr : node.declared.back(); }
 
     Knob* declare(const KnobSpec& spec) override {
-        for (std::unique_ptr<velmora::HostKnob>& knob : velmora::make_knobs(spec, node)) {
+        for (std::unique_ptr<HostKnob>& knob : make_knobs(spec, node)) {
             if (knob->declared())
                 node.declared.push_back(knob.get());
             node.knobs_.push_back(std::move(knob));
@@ -41,7 +47,7 @@ public:
     Knob* made_last() override { return nullptr; }
 
     Knob* declare(const KnobSpec& spec) override {
-        velmora::HostKnob& knob = declared(spec);
+        HostKnob& knob = declared(spec);
         if (early && !knob.flag(Knob::EARLY_STORE))
             return &knob;
         Hash ignored;
@@ -58,24 +64,26 @@ private:
     std::size_t next = 0;
 
     // Anything else than the first time would be written behind the pointer of another knob.
-    velmora::HostKnob& declared(const KnobSpec& spec) {
+    HostKnob& declared(const KnobSpec& spec) {
         const std::string name = spec.name ? spec.name : "";
         if (next == node.declared.size() || node.declared[next]->name() != name)
-            throw velmora::PluginMisuse(
-                op, "knob '" + name + "' is declared where it was not when the knobs were made");
-        velmora::HostKnob& knob = *node.declared[next++];
+            throw PluginMisuse(op, "knob '" + name +
+                                       "' is declared where it was not when the knobs were made");
+        HostKnob& knob = *node.declared[next++];
         if (!knob.is_declared_as(spec))
-            throw velmora::PluginMisuse(
-                op, "knob '" + name + "' is declared as another kind than when it was made");
+            throw PluginMisuse(op, "knob '" + name +
+                                       "' is declared as another kind than when it was made");
         return knob;
     }
 };
+
+} // namespace velmora
 
 Node::Node(const Op::Description& description, const std::string& name,
            const velmora::Project& project)
     : description_(description), name_(name), project_(project) {
     prototype_ = make_op();
-    KnobMaker maker(*this);
+    velmora::KnobMaker maker(*this);
     prototype_->knobs(maker);
 }
 
@@ -133,13 +141,11 @@ bool Node::set_input(int n, Node* node) {
 
 void Node::store_early(Op& op) const {
     Hash ignored;
-    KnobStorer storer(*this, op, true, ignored);
+    velmora::KnobStorer storer(*this, op, true, ignored);
     op.knobs(storer);
 }
 
 void Node::store_all(Op& op, Hash& hash) const {
-    KnobStorer storer(*this, op, false, hash);
+    velmora::KnobStorer storer(*this, op, false, hash);
     op.knobs(storer);
 }
-
-} // namespace DD::Image

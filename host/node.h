@@ -14,12 +14,15 @@
 #include <string>
 #include <vector>
 
-namespace DD::Image {
+namespace velmora {
+class KnobMaker;
+class KnobStorer;
+} // namespace velmora
 
 class DDImage_API Node {
 public:
     // The project must outlive the node. Throws PluginError for a class that makes no op.
-    Node(const Op::Description& description, const std::string& name,
+    Node(const DD::Image::Op::Description& description, const std::string& name,
          const velmora::Project& project);
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
@@ -27,10 +30,10 @@ public:
 
     const std::string& name() const { return name_; }
     const char* class_name() const { return description_.name; }
-    const Op::Description& description() const { return description_; }
+    const DD::Image::Op::Description& description() const { return description_; }
     const velmora::Project& project() const { return project_; }
-    const Format& script_format() const { return project_.format(); }
-    Op& prototype() const { return *prototype_; }
+    const DD::Image::Format& script_format() const { return project_.format(); }
+    DD::Image::Op& prototype() const { return *prototype_; }
 
     // In the order of the panel, with the parts of an axis behind it.
     const std::vector<std::unique_ptr<velmora::HostKnob>>& knobs() const { return knobs_; }
@@ -48,25 +51,24 @@ public:
 
     // Stores the EARLY_STORE knobs, or all of them, into `op`, which is of this node, for the
     // moment of its context, and adds them to `hash`.
-    void store_early(Op& op) const;
-    void store_all(Op& op, Hash& hash) const;
+    void store_early(DD::Image::Op& op) const;
+    void store_all(DD::Image::Op& op, DD::Image::Hash& hash) const;
 
     // A new op of this node's class.
-    std::unique_ptr<Op> make_op();
+    std::unique_ptr<DD::Image::Op> make_op();
 
 private:
-    friend class KnobMaker;
-    friend class KnobStorer;
+    friend class velmora::KnobMaker;
+    friend class velmora::KnobStorer;
 
-    const Op::Description& description_;
+    const DD::Image::Op::Description& description_;
     std::string name_;
     const velmora::Project& project_;
-    std::unique_ptr<Op> prototype_;
+    std::unique_ptr<DD::Image::Op> prototype_;
     std::vector<std::unique_ptr<velmora::HostKnob>> knobs_;
     std::vector<velmora::HostKnob*> declared; // those that the op itself declares
     std::vector<Node*> inputs_;
 
-    bool feeds(const Node* other) const; // or is it
+    // Whether `other` is this node or depends on it.
+    bool feeds(const Node* other) const;
 };
-
-} // namespace DD::Image

@@ -5,7 +5,6 @@
 namespace velmora {
 
 using DD::Image::Hash;
-using DD::Image::Node;
 using DD::Image::Op;
 using DD::Image::OutputContext;
 

@@ -21,7 +21,7 @@ namespace velmora {
 
 class DDImage_API OpTree {
 public:
-    explicit OpTree(DD::Image::Node& root);
+    explicit OpTree(Node& root);
     OpTree(const OpTree&) = delete;
     OpTree& operator=(const OpTree&) = delete;
     ~OpTree();
@@ -32,7 +32,7 @@ public:
     DD::Image::Op& at(double frame);
 
     // The ops of a node that the tree has at the moment, by growing time.
-    std::vector<DD::Image::Op*> ops_of(const DD::Image::Node& node) const;
+    std::vector<DD::Image::Op*> ops_of(const Node& node) const;
 
     // What Op::aborted() tells: raised by abort() until the tree is brought to a moment again.
     void abort() { abort_switch = true; }
@@ -43,15 +43,15 @@ private:
         bool in_use;
         bool anew; // since the tree was last brought to a moment, or fed by such a one
     };
-    typedef std::multimap<const DD::Image::Node*, Entry> Pool;
+    typedef std::multimap<const Node*, Entry> Pool;
 
-    DD::Image::Node& root;
+    Node& root;
     std::atomic<bool> abort_switch{false};
     Pool pool;
 
-    Entry& build(DD::Image::Node& node, const DD::Image::OutputContext& context);
-    Entry& take(DD::Image::Node& node, const DD::Image::OutputContext& context);
-    bool wire(DD::Image::Node& node, DD::Image::Op& op, DD::Image::Hash& hash);
+    Entry& build(Node& node, const DD::Image::OutputContext& context);
+    Entry& take(Node& node, const DD::Image::OutputContext& context);
+    bool wire(Node& node, DD::Image::Op& op, DD::Image::Hash& hash);
     void close_all();
 };
 

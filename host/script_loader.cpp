@@ -8,8 +8,6 @@
 
 namespace velmora {
 
-using DD::Image::Node;
-
 // Ops validate and open what feeds them, each within the other.
 static const int longest_chain = 1000;
 

@@ -16,7 +16,7 @@
 namespace velmora {
 
 struct LoadedScript {
-    std::vector<DD::Image::Node*> nodes;      // of the class asked for, in the script's order
+    std::vector<Node*> nodes;                 // of the class asked for, in the script's order
     std::vector<std::string> disabled;        // names of those that are off, which are not loaded
     std::vector<std::string> skipped_classes; // of nodes that feed none of them, each once, sorted
 };

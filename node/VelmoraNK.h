@@ -29,7 +29,7 @@ public:
     // What the opening that ended last took, on any node; all 0 before the first.
     static velmora::RenderCounts last_counts;
 
-    explicit VelmoraNK(DD::Image::Node* node);
+    explicit VelmoraNK(Node* node);
     ~VelmoraNK() override;
 
     const char* Class() const override;
@@ -89,4 +89,4 @@ private:
 };
 
 // A new node's op, in the host's wrapper without mix and mask.
-DD::Image::Op* VelmoraNKCreate(DD::Image::Node* node);
+DD::Image::Op* VelmoraNKCreate(Node* node);

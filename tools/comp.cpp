@@ -13,8 +13,6 @@
 
 namespace velmora {
 
-using DD::Image::Node;
-
 Comp::Comp() : graph(plugin_path()) {}
 
 // ---- knobs of the command line -----------------------------------------------------------------

@@ -24,9 +24,9 @@ struct CompOptions {
 
 struct Comp {
     Graph graph;
-    std::vector<DD::Image::Node*> stars; // the nodes to render
-    std::vector<std::string> inputs;     // the files that rendering them reads
-    std::vector<std::string> notes;      // what the user should hear
+    std::vector<Node*> stars;        // the nodes to render
+    std::vector<std::string> inputs; // the files that rendering them reads
+    std::vector<std::string> notes;  // what the user should hear
 
     Comp();
 };

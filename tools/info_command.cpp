@@ -18,7 +18,7 @@ static void print_info() {
     printf("CLI11      " CLI11_VERSION "\n");
     Graph graph(plugin_path());
     graph.set_format(default_format);
-    const DD::Image::Node& node = create_star_node(graph);
+    const Node& node = create_star_node(graph);
     printf("kernels    %s\n", PluginDoors(node.description()).kernels().c_str());
     printf("star file  %s\n", default_star_file().c_str());
 

@@ -14,7 +14,6 @@
 namespace velmora {
 
 using DD::Image::Format;
-using DD::Image::Node;
 
 // Far beyond use, and it keeps a slip of the finger from asking for gigabytes of cameras.
 static const int most_blur_segs = 10000;

@@ -12,13 +12,13 @@
 namespace velmora {
 
 // The knobs that the node's class declares itself, in the order of its panel.
-std::vector<HostKnob*> own_knobs(const DD::Image::Node& node);
+std::vector<HostKnob*> own_knobs(const Node& node);
 
 // The forms of text that set_knob takes for it.
 std::string takes_of(const HostKnob& knob);
 
 // Sets the knob from the text that a user gave.
-void set_knob(DD::Image::Node& node, const std::string& name, const std::string& text);
+void set_knob(Node& node, const std::string& name, const std::string& text);
 
 // Numbers as they are at a frame; a matrix as its rows.
 typedef std::variant<double, int, bool, std::string, std::vector<double>> KnobValue;
@@ -33,6 +33,6 @@ DD::Image::Format parse_format(const std::string& text);
 // Throws for a format of whose image the bytes, 16 per pixel, would reach 4 GiB, and for more
 // motion blur segments than anybody uses: either would take the machine's memory. `where` names the
 // node of a script, which is then at fault rather than the arguments.
-void check_sizes(const DD::Image::Node& node, double frame, const std::string& where);
+void check_sizes(const Node& node, double frame, const std::string& where);
 
 } // namespace velmora

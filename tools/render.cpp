@@ -14,8 +14,6 @@
 
 namespace velmora {
 
-using DD::Image::Node;
-
 namespace {
 
 // A node with its place among the outputs.

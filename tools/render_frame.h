@@ -22,7 +22,7 @@ struct FrameTimes {
 };
 
 struct RenderedFrame {
-    const DD::Image::Node& node;
+    const Node& node;
     double frame;
     View view;
     std::vector<float> pixels;
@@ -35,14 +35,14 @@ struct RenderedFrame {
 class NodeRenderer {
 public:
     // `where`, "" or "<node>: ", stands before what is wrong with the node's knobs.
-    explicit NodeRenderer(DD::Image::Node& node, const std::string& where = "")
+    explicit NodeRenderer(Node& node, const std::string& where = "")
         : node(node), where(where), tree(node) {}
 
     // Every row comes through the node's engine. The star database stays open from frame to frame.
     std::unique_ptr<RenderedFrame> render(double frame);
 
 private:
-    DD::Image::Node& node;
+    Node& node;
     std::string where;
     OpTree tree;
     std::string failed_file; // the star database that could not be opened, of which the node tells

@@ -14,8 +14,6 @@
 
 namespace velmora {
 
-using DD::Image::Node;
-
 // ---- what does not go together -----------------------------------------------------------------
 
 bool CameraOptions::given() const {

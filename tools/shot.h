@@ -37,6 +37,6 @@ std::shared_ptr<const Chan> read_chan(const std::string& path);
 
 // Makes the camera and connects it to `stars`, whose projection a field of view needs to be the
 // perspective one. Without a camera the view, if one is given, goes into the node's transform.
-void add_camera(Graph& graph, DD::Image::Node& stars, const CameraOptions& options);
+void add_camera(Graph& graph, Node& stars, const CameraOptions& options);
 
 } // namespace velmora

@@ -13,8 +13,6 @@
 
 namespace velmora {
 
-using DD::Image::Node;
-
 static ScriptNode node_of(const Node& node) {
     ScriptNode written;
     written.class_name = node.class_name();

@@ -25,8 +25,8 @@ void working_in_host(const std::function<void()>& work) {
     }
 }
 
-DD::Image::Node& create_star_node(Graph& graph, const std::string& name) {
-    DD::Image::Node* node = nullptr;
+Node& create_star_node(Graph& graph, const std::string& name) {
+    Node* node = nullptr;
     working_in_host([&] { node = &graph.create(star_node_class, name); });
     return *node;
 }

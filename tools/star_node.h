@@ -26,6 +26,6 @@ PluginPath plugin_path();
 void working_in_host(const std::function<void()>& work);
 
 // A new node of ours in `graph`.
-DD::Image::Node& create_star_node(Graph& graph, const std::string& name = "");
+Node& create_star_node(Graph& graph, const std::string& name = "");
 
 } // namespace velmora

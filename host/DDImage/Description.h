@@ -4,10 +4,11 @@
 #include <DDImage/DDImage_API.h>
 #include <DDImage/ddImageVersionNumbers.h>
 
+class Node; // the host's own, which ops are only handed
+
 namespace DD::Image {
 
 class License;
-class Node;
 
 class DDImage_API Description {
 public:

@@ -12,9 +12,10 @@
 
 #include <string>
 
+class Node;
+
 namespace DD::Image {
 
-class Node;
 class Op;
 
 enum KnobType {

@@ -8,7 +8,6 @@ namespace velmora {
 
 using DD::Image::Format;
 using DD::Image::Knob;
-using DD::Image::Node;
 
 static std::string slider_of(const Knob& knob) {
     if (!knob.has_range())

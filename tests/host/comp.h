@@ -41,17 +41,17 @@ protected:
     Watch watch;
     velmora::Graph graph{test_plugins()};
 
-    DD::Image::Node& create(const char* class_name, const char* name = "") {
+    Node& create(const char* class_name, const char* name = "") {
         return graph.create(class_name, name);
     }
 };
 
-inline void set(DD::Image::Node& node, const char* knob, double value) {
+inline void set(Node& node, const char* knob, double value) {
     ASSERT_TRUE(node.knob(knob)) << knob;
     ASSERT_TRUE(node.knob(knob)->set_value(value)) << knob;
 }
 
-inline void set_text(DD::Image::Node& node, const char* knob, const char* text) {
+inline void set_text(Node& node, const char* knob, const char* text) {
     ASSERT_TRUE(node.knob(knob)) << knob;
     ASSERT_TRUE(node.knob(knob)->set_text(text)) << knob;
 }

@@ -4,7 +4,6 @@
 
 using namespace velmora;
 using DD::Image::Format;
-using DD::Image::Node;
 
 TEST(Graph, HasTheHostsFormatAndRangeAtFirst) {
     const Graph graph{PluginPath()};

@@ -5,7 +5,6 @@
 
 using namespace velmora;
 using DD::Image::Knob;
-using DD::Image::Node;
 
 class NodeTest : public CompTest {};
 

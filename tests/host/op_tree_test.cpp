@@ -11,7 +11,6 @@ using namespace velmora;
 using DD::Image::Chan_Alpha;
 using DD::Image::Chan_Green;
 using DD::Image::Chan_Red;
-using DD::Image::Node;
 using DD::Image::Op;
 
 typedef std::vector<std::string> Calls;

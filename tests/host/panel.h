@@ -26,7 +26,7 @@ public:
     DD::Image::Matrix4 transform = DD::Image::Matrix4::identity();
     DD::Image::Matrix4 second = DD::Image::Matrix4::identity();
 
-    explicit Panel(DD::Image::Node* node) : Op(node) { second.translation(1, 2, 3); }
+    explicit Panel(Node* node) : Op(node) { second.translation(1, 2, 3); }
     const char* Class() const override { return "Panel"; }
     const char* node_help() const override { return "Has knobs."; }
 
@@ -58,7 +58,7 @@ class PanelTest : public testing::Test {
 protected:
     velmora::Project project;
     const DD::Image::Op::Description description{"Panel", &make};
-    DD::Image::Node node{description, "P", project};
+    Node node{description, "P", project};
 
     velmora::HostKnob& knob(const char* name) { return *node.knob(name); }
 
@@ -93,5 +93,5 @@ protected:
     }
 
 private:
-    static DD::Image::Op* make(DD::Image::Node* node) { return new Panel(node); }
+    static DD::Image::Op* make(Node* node) { return new Panel(node); }
 };

@@ -125,18 +125,18 @@ TEST(PluginPathDeathTest, EndsTheProcessWhenAPluginThrowsAsItIsLoaded) {
 namespace {
 
 struct Plain : Op {
-    explicit Plain(DD::Image::Node* node) : Op(node) {}
+    explicit Plain(Node* node) : Op(node) {}
     const char* Class() const override { return "Plain"; }
     const char* node_help() const override { return ""; }
 };
 
 } // namespace
 
-static Op* make_plain(DD::Image::Node* node) {
+static Op* make_plain(Node* node) {
     return new Plain(node);
 }
 
-static Op* make_none(DD::Image::Node*) {
+static Op* make_none(Node*) {
     return nullptr;
 }
 

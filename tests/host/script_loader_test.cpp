@@ -5,7 +5,6 @@
 #include <DDImage/CameraOp.h>
 
 using namespace velmora;
-using DD::Image::Node;
 
 typedef std::vector<std::string> Names;
 

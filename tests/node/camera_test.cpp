@@ -5,7 +5,6 @@
 
 using namespace node_test;
 using DD::Image::CameraOp;
-using DD::Image::Node;
 using DD::Image::Op;
 
 namespace {

@@ -25,7 +25,7 @@ inline const VelmoraNK& inside(DD::Image::Op& op) {
 }
 
 // Sets a knob to what a saved script would have behind its name.
-inline void set(DD::Image::Node& node, const std::string& knob, const std::string& value) {
+inline void set(Node& node, const std::string& knob, const std::string& value) {
     velmora::HostKnob* const known = node.knob(knob);
     ASSERT_NE(known, nullptr) << knob;
     ASSERT_TRUE(known->from_script(value.c_str())) << knob << " " << value;
@@ -89,7 +89,7 @@ inline Pixels pulled(DD::Image::Iop& iop, const velmora::Pulling& pulling = {}) 
 class Comp {
 public:
     velmora::Graph graph{plugin_path()};
-    DD::Image::Node& stars = graph.create("VelmoraNK");
+    Node& stars = graph.create("VelmoraNK");
     velmora::OpTree tree{stars};
 
     Comp() { graph.set_format(DD::Image::Format(24, 16)); }
@@ -101,8 +101,8 @@ public:
     void set_star_file(const std::string& path) { stars.knob("starfile")->set_text(path.c_str()); }
 
     // A node of the class, connected to the camera input.
-    DD::Image::Node& connect_camera(const std::string& class_name = "Camera2") {
-        DD::Image::Node& camera = graph.create(class_name);
+    Node& connect_camera(const std::string& class_name = "Camera2") {
+        Node& camera = graph.create(class_name);
         EXPECT_TRUE(stars.set_input(1, &camera));
         return camera;
     }

@@ -90,7 +90,7 @@ TEST(NodeHash, IsOneForAllFramesOfAStillComp) {
 TEST(NodeHash, ChangesWithTheCamera) {
     Comp comp;
     const Hash alone = hash_of(comp);
-    DD::Image::Node& camera = comp.connect_camera();
+    Node& camera = comp.connect_camera();
     const Hash connected = hash_of(comp);
     EXPECT_NE(connected, alone);
     set(camera, "focal", "35");

@@ -12,9 +12,9 @@ namespace {
 class NodeInputs : public testing::Test {
 protected:
     Comp comp;
-    DD::Image::Node& camera = comp.graph.create("Camera2");
-    DD::Image::Node& axis = comp.graph.create("Axis2");
-    DD::Image::Node& image = comp.graph.create("VelmoraNK");
+    Node& camera = comp.graph.create("Camera2");
+    Node& axis = comp.graph.create("Axis2");
+    Node& image = comp.graph.create("VelmoraNK");
 
     Op& op(double frame = 1) { return comp.tree.at(frame); }
 

@@ -126,7 +126,7 @@ TEST_F(NodeParameters, LeaveThePictureAloneWhereNothingReadsThem) {
     EXPECT_TRUE(inside(comp.validated()).anamorphic_dof);
     EXPECT_TRUE(same_bits(comp.picture(), plain));
 
-    DD::Image::Node& parent = comp.graph.create("Axis2");
+    Node& parent = comp.graph.create("Axis2");
     set(parent, "rotate", "10 20 30");
     ASSERT_TRUE(comp.stars.set_input(0, &parent));
     EXPECT_TRUE(same_bits(comp.picture(), plain)) << "the parent input";

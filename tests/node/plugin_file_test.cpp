@@ -47,6 +47,17 @@ TEST(NodePlugin, AsksTheHostForItsInterface) {
     EXPECT_GT(of_host, 20);
 }
 
+// What an op is made with is a class of the global namespace in every version of the host.
+TEST(NodePlugin, IsHandedTheHostsGlobalNode) {
+    std::set<std::string> constructors;
+    for (const std::string& line : lines_of("LC_ALL=C nm -D -C --undefined-only " + plugin))
+        if (line.find(" DD::Image::Iop::Iop(") != std::string::npos ||
+            line.find(" DD::Image::Op::Description::Description(") != std::string::npos)
+            constructors.insert(line.substr(line.find("DD::")));
+    EXPECT_EQ(constructors.count("DD::Image::Iop::Iop(Node*)"), 1u)
+        << testing::PrintToString(constructors);
+}
+
 TEST(NodePlugin, NeedsTheHostAndTheLanguagesLibraries) {
     std::set<std::string> needed;
     for (const std::string& line : lines_of("LC_ALL=C readelf -d " + plugin)) {

@@ -10,7 +10,6 @@
 
 using namespace node_test;
 using DD::Image::Iop;
-using DD::Image::Node;
 using DD::Image::Op;
 using stars_test::Dice;
 

@@ -24,7 +24,7 @@ struct Shot {
     const char* parent = nullptr;                // of the camera
 };
 
-void set_all(DD::Image::Node& node, const char* knobs) {
+void set_all(Node& node, const char* knobs) {
     std::istringstream settings(knobs);
     for (std::string setting; std::getline(settings, setting, ';');) {
         const std::size_t name = setting.find_first_not_of(' ');
@@ -117,7 +117,7 @@ StarRendererData data_by_default() {
 }
 
 // The axis of a node at a time, as its knobs have it.
-HostMatrix4 placed(DD::Image::Node& node, double time) {
+HostMatrix4 placed(Node& node, double time) {
     const auto three = [&](const char* knob) {
         std::array<double, 3> values;
         for (int i = 0; i < 3; i++)
@@ -132,7 +132,7 @@ HostMatrix4 placed(DD::Image::Node& node, double time) {
 }
 
 // The same shot by the renderer alone, into an image of its own.
-void draw(const Shot& shot, Comp& comp, DD::Image::Node* camera_node, DD::Image::Node* parent,
+void draw(const Shot& shot, Comp& comp, Node* camera_node, Node* parent,
           const std::string& star_file, Kess::Image& image) {
     StarRendererData data = data_by_default();
     if (shot.same)
@@ -186,10 +186,10 @@ TEST(NodePictures, AreTheRenderersBitForBit) {
         comp.graph.set_format(shot.format);
         comp.set_star_file(star_file);
         set_all(comp.stars, shot.knobs);
-        DD::Image::Node* const camera = shot.camera ? &comp.connect_camera() : nullptr;
+        Node* const camera = shot.camera ? &comp.connect_camera() : nullptr;
         if (camera)
             set_all(*camera, shot.camera);
-        DD::Image::Node* const parent = shot.parent ? &comp.graph.create("Axis2") : nullptr;
+        Node* const parent = shot.parent ? &comp.graph.create("Axis2") : nullptr;
         if (parent) {
             set_all(*parent, shot.parent);
             ASSERT_TRUE(camera->set_input(0, parent));

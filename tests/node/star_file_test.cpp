@@ -322,7 +322,7 @@ TEST_F(NodeStarFile, IsDrawnUpToItsLastWholeRecord) {
 }
 
 TEST_F(NodeStarFile, HasDistancesInItsSecondVersionOnly) {
-    DD::Image::Node& camera = comp.connect_camera();
+    Node& camera = comp.connect_camera();
     set(camera, "translate", "0.05 0 0");
     comp.set("parallax", "0");
     comp.set_star_file(folder.write("one", sky(30, 1, "VELMORA1")));

@@ -12,7 +12,7 @@ using namespace velmora;
 class Knobs : public testing::Test {
 protected:
     Graph graph{plugin_path()};
-    DD::Image::Node& node = create_star_node(graph);
+    Node& node = create_star_node(graph);
 
     Knobs() { graph.set_format(default_format); }
 

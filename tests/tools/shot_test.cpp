@@ -18,7 +18,7 @@ using DD::Image::CameraOp;
 class Shot : public testing::Test {
 protected:
     Graph graph{plugin_path()};
-    DD::Image::Node& stars = create_star_node(graph);
+    Node& stars = create_star_node(graph);
     OpTree tree{stars};
 
     Shot() { graph.set_format(default_format); }
