@@ -30,7 +30,16 @@ AtomicFileWrite::~AtomicFileWrite() noexcept(false) {
 AtomicFileWrite* AtomicFileWrite::exclusive(const char* path) {
     const String temp_path = temporary_name(path);
     const fd_t fd = open_can_fail(temp_path.str, OPEN_WRITE | OPEN_EXCL);
-    return fd == -1 ? nullptr : new AtomicFileWrite(path, temp_path, fd);
+    if (fd == -1)
+        return nullptr;
+    try {
+        return new AtomicFileWrite(path, temp_path, fd);
+    } catch (...) {
+        // A mark without a writer would keep every other exclusive writer out.
+        unlink(temp_path.str);
+        ::close(fd);
+        throw;
+    }
 }
 
 void AtomicFileWrite::complete() {

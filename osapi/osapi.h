@@ -378,7 +378,7 @@ public:
     ~AtomicFileWrite() noexcept(false);
 
     // A write of `path`, owned by the caller, or null with errno set when another writer's
-    // temporary file is there or it cannot be made.
+    // temporary file is there or it cannot be made. Throws std::bad_alloc, and leaves no file.
     static AtomicFileWrite* exclusive(const char* path);
 
     void complete();        // sync, then complete_nosync
