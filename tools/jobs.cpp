@@ -1,5 +1,6 @@
 #include "tools/jobs.h"
 
+#include "osapi/osapi.h"
 #include "tools/failure.h"
 
 #include <cerrno>
@@ -56,6 +57,8 @@ std::size_t run_jobs(std::size_t count, int jobs, const std::function<void(std::
     if (jobs <= 1)
         return run_in_turn(count, work, done);
 
+    // A caller may have left SIGCHLD ignored: the system would then drop the statuses of children.
+    const OSAPI::SignalDefault statuses_kept(SIGCHLD);
     std::map<pid_t, std::size_t> running;
     std::size_t next = 0, failed = 0;
     while (next < count || !running.empty()) {

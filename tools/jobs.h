@@ -10,7 +10,8 @@ namespace velmora {
 
 // Runs work(0) to work(count - 1), `jobs` at a time, and returns how many of them failed. Work that
 // throws has its failure said; work that dies is named with name(i); neither takes any other with
-// it. done() is called, in this process, after each piece.
+// it. done() is called, in this process, after each piece. With several jobs SIGCHLD has its default
+// disposition until the last one is done.
 std::size_t run_jobs(std::size_t count, int jobs, const std::function<void(std::size_t)>& work,
                      const std::function<std::string(std::size_t)>& name,
                      const std::function<void()>& done);

@@ -80,3 +80,27 @@ TEST(Jobs, SurviveOneThatDies) {
     EXPECT_EQ(failed, 1u);
     EXPECT_EQ(shared.counts[0] + shared.counts[1] + shared.counts[3], 3);
 }
+
+// A caller that ignores SIGCHLD hands that on, and the system then keeps no status of a child.
+TEST(Jobs, AreCountedUnderACallerThatIgnoresItsChildren) {
+    const sighandler_t before = signal(SIGCHLD, SIG_IGN);
+    int done = 0;
+    testing::internal::CaptureStderr();
+    std::string ended;
+    try {
+        const std::size_t failed = run_jobs(
+            4, 2,
+            [](std::size_t i) {
+                if (i == 2)
+                    throw WorkFailure("2.exr", "No space left on device");
+            },
+            frame_name, [&] { done++; });
+        ended = std::to_string(failed) + " failed";
+    } catch (const WorkFailure& failure) {
+        ended = failure.what();
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "velmora: 2.exr: No space left on device\n");
+    EXPECT_EQ(ended, "1 failed");
+    EXPECT_EQ(done, 4);
+    EXPECT_EQ(signal(SIGCHLD, before), SIG_IGN) << "the disposition is the caller's again";
+}
