@@ -175,6 +175,7 @@ public:
     };
 
     // Whether each entry's key has an equal value in `other`; stops at the first that has not.
+    // Once false, `result` stays false, also when the functor is called again.
     class Equaler : public ForEachFunc {
     public:
         bool result;
@@ -182,8 +183,10 @@ public:
         explicit Equaler(const PtrMap& other) : result(true), other(other) {}
         int operator()(Entry* entry) override {
             const Entry* found = other.lookup(entry->key);
-            result = found && found->value == entry->value;
-            return !result;
+            if (found && found->value == entry->value)
+                return 0;
+            result = false;
+            return 1;
         }
 
     private:

@@ -259,6 +259,8 @@ TEST(PtrMapEqualer, TellsTheFirstEntryThatTheOtherMapLacks) {
     EXPECT_TRUE(equaler.result);
     EXPECT_EQ(equaler(&unequal), 1);
     EXPECT_FALSE(equaler.result);
+    EXPECT_EQ(equaler(&equal), 0);
+    EXPECT_FALSE(equaler.result) << "an equal entry makes up for no other";
 
     Map::Equaler another(other);
     EXPECT_EQ(another(&missing), 1);
