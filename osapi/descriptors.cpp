@@ -133,25 +133,25 @@ sword read_short(int fd, char* buf, uword n) {
 
 sword write(int fd, const char* buf, uword n) {
     uword written = 0;
-    do {
+    while (written < n) {
         const ssize_t count = ::write(fd, buf + written, n - written);
         if (count >= 0)
             written += uword(count);
         else if (!worth_another_try(errno))
             XTHROW("write: %s", strerror(errno));
-    } while (written < n);
+    }
     return sword(written);
 }
 
 sword pwrite(int fd, const char* buf, uword n, u64 offset) {
     uword written = 0;
-    do {
+    while (written < n) {
         const ssize_t count = ::pwrite(fd, buf + written, n - written, off_t(offset + written));
         if (count >= 0)
             written += uword(count);
         else if (!worth_another_try(errno))
             XTHROW("write: %s", strerror(errno));
-    } while (written < n);
+    }
     return sword(written);
 }
 

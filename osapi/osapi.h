@@ -136,8 +136,8 @@ sword pread(int fd, char* buf, uword n, u64 offset);
 // on a descriptor that does not wait. Retries on EINTR. Throws "read: …".
 sword read_short(int fd, char* buf, uword n);
 
-// Writes all `n` bytes, retrying on EINTR and EAGAIN as read does, and returns `n`. Makes a call
-// even for none. Throws "write: …".
+// Writes all `n` bytes and returns `n`; makes no call for none. Retries at once on EINTR and EAGAIN,
+// as read does, and also when the system takes no byte. Throws "write: …".
 sword write(int fd, const char* buf, uword n);
 sword pwrite(int fd, const char* buf, uword n, u64 offset);
 

@@ -210,11 +210,12 @@ TEST(Write, WritesEveryByteWhereTheDescriptorStands) {
     EXPECT_TRUE((std::is_same<decltype(OSAPI::write(0, "", 0)), sword>::value));
 }
 
-TEST(Write, OfNothingIsZero) {
+TEST(Write, OfNothingTouchesNothing) {
     const ScratchFolder folder;
     const FileDescriptor fd(OSAPI::open(folder.file("file").c_str(), OPEN_WRITE));
     EXPECT_EQ(OSAPI::write(fd.fd, "abc", 0), 0);
     EXPECT_EQ(OSAPI::getsize(fd.fd), 0u);
+    EXPECT_EQ(OSAPI::write(never_open, nullptr, 0), 0);
 }
 
 // The pipe holds 64 KiB and does not block: the rest goes through as the reader makes room.

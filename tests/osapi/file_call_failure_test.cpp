@@ -169,6 +169,8 @@ TEST(FileCalls, AreNotMadeForNothing) {
     OSAPI::dup2(7, 7);
     OSAPI::read(7, &byte, 0);
     OSAPI::pread(7, &byte, 0, 0);
+    OSAPI::write(7, &byte, 0);
+    OSAPI::pwrite(7, &byte, 0, 0);
     OSAPI::basename("a/b");
     OSAPI::dirname("a/b");
     OSAPI::extension("a.b");

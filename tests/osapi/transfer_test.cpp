@@ -172,6 +172,10 @@ TEST_F(Pwrite, WritesWhereItWasAskedTo) {
     EXPECT_EQ(::lseek(fd, 0, SEEK_CUR), 0) << "the descriptor stays where it stands";
 }
 
+TEST_F(Pwrite, OfNothingTouchesNothing) {
+    EXPECT_EQ(OSAPI::pwrite(never_open, nullptr, 0, 0), 0);
+}
+
 TEST_F(Pwrite, ReachesBeyond32Bits) {
     EXPECT_EQ(OSAPI::pwrite(fd, "far", 3, 5000000000), 3);
     EXPECT_EQ(OSAPI::getsize(fd), 5000000003u);
