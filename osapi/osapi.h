@@ -575,7 +575,8 @@ public:
     // `interruptible`, and wait on otherwise. Throws "accept: …".
     fd_t accept(bool interruptible);
 
-    // Closes and removes the socket's file, if open. Throws as close and rm_ifexist do.
+    // Closes and removes the socket's file, if open; both are tried, and the object is closed
+    // afterwards in any case. Throws as close and rm_ifexist do, the first failure of the two.
     void close();
 };
 

@@ -12,6 +12,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
+#include <utility>
 
 namespace OSAPI {
 
@@ -124,11 +125,17 @@ void UNIXServerSocket::close() {
     if (fd == -1)
         return;
     const fd_t closing = fd;
-    const String removed = path;
+    String removed;
+    std::swap(removed.str, path.str);
+    const char* const file = removed.str ? removed.str : "";
     fd = -1;
-    path.clear();
-    OSAPI::close(closing);
-    rm_ifexist(removed.str ? removed.str : "");
+    try {
+        OSAPI::close(closing);
+    } catch (...) {
+        unlink(file); // the failed close is what to report, whatever comes of this
+        throw;
+    }
+    rm_ifexist(file);
 }
 
 // ---- TCPServerSocket -------------------------------------------------------------------------

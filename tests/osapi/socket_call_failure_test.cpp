@@ -160,11 +160,24 @@ TEST(UNIXServerSocket, IsClosedEvenWhenClosingThrows) {
         SystemCalls calls;
         calls.fail("close", EIO);
         EXPECT_EQ(message_without_place_of([&] { server.close(); }), "close: Input/output error");
-        EXPECT_EQ(calls.names(), "close ");
+        EXPECT_EQ(calls.names(), "close unlink ");
     }
     EXPECT_EQ(server.fd, -1);
     EXPECT_EQ(server.path.str, nullptr);
     EXPECT_EQ(open_descriptors(), before);
+    EXPECT_EQ(folder.names(), Calls());
+}
+
+TEST(UNIXServerSocket, TellsOfTheFirstFailureWhenItsFileStaysToo) {
+    const ScratchFolder folder;
+    const std::string path = folder.file("socket");
+    UNIXServerSocket server(path.c_str());
+    SystemCalls calls;
+    calls.fail("close", EIO);
+    calls.fail("unlink", EBUSY);
+    EXPECT_EQ(message_without_place_of([&] { server.close(); }), "close: Input/output error");
+    EXPECT_EQ(calls.names(), "close unlink ");
+    EXPECT_EQ(folder.names(), Calls({"socket"}));
 }
 
 // ---- What the calls get ----------------------------------------------------------------------
