@@ -71,9 +71,9 @@ String basename(const char* path);
 // last slash is not dropped first. "." without a slash, and nothing of nothing.
 String dirname(const char* path);
 
-// What stands behind the last dot, wherever that is: "d/file" for "dir.d/file". A path that ends in
-// ".inprogress", in any case, gives the extension before that, but only if it is longer than 14
-// characters: "ab.c.inprogress" gives "c", and "a.b.inprogress" gives "inprogress".
+// What follows the last dot, wherever that is: "d/file" for "dir.d/file". A path that ends in
+// ".inprogress" (upper or lower case, in any locale) gives the extension before that, but only if
+// it is longer than 14 characters: "ab.c.inprogress" gives "c", "a.b.inprogress" "inprogress".
 String extension(const char* path);
 
 // ---- Time ------------------------------------------------------------------------------------

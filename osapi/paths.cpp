@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utime.h>
@@ -30,6 +29,15 @@ String dirname(const char* path) {
     return slash == path ? String("/") : String(path, unsigned(slash - path));
 }
 
+// Whether the texts are equal but for the case of the letters A to Z. strcasecmp would ask the
+// process's locale, in some of which the small form of I is not i.
+static bool equal_ignoring_case(const char* a, const char* b) {
+    const auto small = [](char ch) { return ch >= 'A' && ch <= 'Z' ? char(ch - 'A' + 'a') : ch; };
+    while (*a && small(*a) == small(*b))
+        a++, b++;
+    return small(*a) == small(*b);
+}
+
 static const char temporary_suffix[] = ".inprogress";
 static const uword suffix_length = sizeof temporary_suffix - 1;
 
@@ -41,7 +49,7 @@ String extension(const char* path) {
     if (!dot)
         return "";
     const uword length = strlen(path);
-    if (strcasecmp(dot, temporary_suffix) != 0 || length <= longest_unstripped)
+    if (!equal_ignoring_case(dot, temporary_suffix) || length <= longest_unstripped)
         return dot + 1;
     const String shortened(path, unsigned(length - suffix_length));
     const char* const inner = strrchr(shortened.str, '.');

@@ -1,7 +1,12 @@
 #include "osapi/osapi.h"
 
-#include <gtest/gtest.h>
+#include "tests/scratch_folder.h"
 
+#include <gtest/gtest.h>
+#include <strings.h>
+
+#include <clocale>
+#include <cstdlib>
 #include <string>
 #include <type_traits>
 
@@ -76,6 +81,51 @@ TEST(Extension, LooksThroughItInLongPathsOnly) {
         {"ab.c.inprogress", "c"},         {"abcd.inprogress", ""},
         {".a.INPROGRESS", "INPROGRESS"},  {"....inprogress", "inprogress"},
         {".....inprogress", ""},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(text(OSAPI::extension(row.path)), row.result) << row.path;
+}
+
+// A locale like Turkish, in which the small form of I is not i, made for this test.
+class LocaleWithoutSmallI {
+public:
+    LocaleWithoutSmallI() : before(std::setlocale(LC_CTYPE, nullptr)) {
+        folder.write("charmap", "<code_set_name> ANSI_X3.4-1968\n<escape_char> /\n"
+                                "CHARMAP\n<U0000>..<U007F> /x00\nEND CHARMAP\n");
+        folder.write("source", "escape_char /\nLC_CTYPE\n"
+                               "upper <U0041>..<U005A>\nlower <U0061>..<U007A>\n"
+                               "tolower (<U0041>,<U0061>)\nEND LC_CTYPE\n");
+        const std::string in = folder.path() + "/";
+        // Its status is that of its warnings about the categories that are missing.
+        if (std::system(("localedef -c -f " + in + "charmap -i " + in + "source " + in +
+                         "odd >/dev/null 2>&1")
+                            .c_str()) == -1)
+            return;
+        setenv("LOCPATH", folder.path().c_str(), 1);
+        set = std::setlocale(LC_CTYPE, "odd");
+        unsetenv("LOCPATH");
+    }
+    ~LocaleWithoutSmallI() { std::setlocale(LC_CTYPE, before.c_str()); }
+
+    bool set = false;
+
+private:
+    const ScratchFolder folder;
+    const std::string before;
+};
+
+TEST(Extension, IgnoresCaseWithoutTheLocale) {
+    const LocaleWithoutSmallI locale;
+    ASSERT_TRUE(locale.set);
+    ASSERT_NE(strcasecmp("I", "i"), 0);
+    const Row rows[] = {
+        {"abc.txt.INPROGRESS", "txt"},
+        {"abc.txt.inprogress", "txt"},
+        {"abc.txt.Inprogress", "txt"},
+        {"abc.txt.iNPROGRESS", "txt"},
+        // Neither is a letter, but each is one bit away from one of the suffix.
+        {"abc.txt.inprogres\x13", "inprogres\x13"},
+        {"abc.txt\x0einprogress", "txt\x0einprogress"},
     };
     for (const Row& row : rows)
         EXPECT_EQ(text(OSAPI::extension(row.path)), row.result) << row.path;
