@@ -65,7 +65,16 @@ enum {
 // These look at the text alone.
 
 // What stands behind the last slash, which is nothing when the path ends in one.
+//
+// <libgen.h>, included before this or after it, makes `basename` a macro for another function's name.
+// That name leads to this function too, so OSAPI::basename means the same either way.
+#pragma push_macro("basename")
+#undef basename
 String basename(const char* path);
+inline String __xpg_basename(const char* path) {
+    return basename(path);
+}
+#pragma pop_macro("basename")
 
 // What stands before the last slash: "a" for "a/b" and "/" for "/a", but "a/b" for "a/b/", whose
 // last slash is not dropped first. "." without a slash, and nothing of nothing.
