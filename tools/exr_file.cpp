@@ -1,7 +1,10 @@
 #include "tools/exr_file.h"
 
+#include "tools/failure.h"
+
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <Imath/ImathBox.h>
 #include <Imath/ImathMatrix.h>
 #include <Imath/ImathVec.h>
@@ -9,6 +12,7 @@
 #include <OpenEXR/ImfDoubleAttribute.h>
 #include <OpenEXR/ImfFrameBuffer.h>
 #include <OpenEXR/ImfHeader.h>
+#include <OpenEXR/ImfInputFile.h>
 #include <OpenEXR/ImfIntAttribute.h>
 #include <OpenEXR/ImfIO.h>
 #include <OpenEXR/ImfOutputFile.h>
@@ -43,6 +47,26 @@ public:
     void seekp(std::uint64_t to) override { position = to; }
 
 private:
+    std::size_t position = 0;
+};
+
+// The same to be read from.
+class BytesInput : public Imf::IStream {
+public:
+    explicit BytesInput(const std::string& bytes) : Imf::IStream("picture"), bytes(bytes) {}
+
+    bool read(char* to, int n) override {
+        if (position > bytes.size() || bytes.size() - position < std::size_t(n))
+            throw WorkFailure("EXR picture", "ends too early");
+        std::memcpy(to, bytes.data() + position, std::size_t(n));
+        position += std::size_t(n);
+        return position < bytes.size();
+    }
+    std::uint64_t tellg() override { return position; }
+    void seekg(std::uint64_t to) override { position = to; }
+
+private:
+    const std::string& bytes;
     std::size_t position = 0;
 };
 
@@ -124,6 +148,14 @@ static void write_halves(Imf::OutputFile& file, const FloatPicture& picture, u64
     }
 }
 
+// The library throws nothing where its compressor or its table of places finds no memory: the rows
+// are then missing. Its count of rows misses the last ones, so the file's own table is asked.
+static void check_complete(const std::string& bytes) {
+    BytesInput input(bytes);
+    if (!Imf::InputFile(input, 0).isComplete())
+        throw WorkFailure("EXR picture", "rows are missing: the compressor may lack memory");
+}
+
 std::string encode_exr(const FloatPicture& picture, const ExrMetadata& metadata, bool as_half,
                        u64& clamped) {
     clamped = 0;
@@ -139,6 +171,7 @@ std::string encode_exr(const FloatPicture& picture, const ExrMetadata& metadata,
             file.writePixels(picture.height);
         }
     }
+    check_complete(stream.bytes);
     return std::move(stream.bytes);
 }
 

@@ -3,7 +3,8 @@
 // Shapes:    matrices are 16 floats, row by row, for row vectors (p' = p · M), which in memory is
 //            the same as the host's, column by column, for column vectors.
 // Errors:    std::exception, for attributes that the format cannot hold: an empty name, or a name
-//            that it gives a meaning of its own.
+//            that it gives a meaning of its own. Without memory std::bad_alloc, the library's
+//            exceptions or WorkFailure("EXR picture", …): never a file with rows missing.
 // Threads:   no state; the same input gives the same bytes, with no time or place in them.
 #pragma once
 
