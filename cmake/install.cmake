@@ -21,7 +21,6 @@ if(NUKE_ROOT)
     return()
 endif()
 
-set_target_properties(velmora_cli VelmoraNK PROPERTIES INSTALL_RPATH "$ORIGIN/../lib")
 install(TARGETS velmora_cli RUNTIME DESTINATION bin)
 install(TARGETS DDImage LIBRARY DESTINATION lib)
 install(TARGETS VelmoraNK LIBRARY DESTINATION plugin)
