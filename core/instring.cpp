@@ -1,6 +1,7 @@
 #include "core/instring.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <new>
 #include <utility>
 
@@ -30,38 +31,74 @@ static const char* text_of(const String& text) {
 
 namespace {
 
-// A list of intern nodes. At the process's end its nodes are freed; the texts stay, since code that
-// runs later still may hold them.
-struct InternList : ListLink {
-    constexpr InternList() : ListLink{this, this} {}
-    ~InternList() {
-        for (ListLink* link = next; link != this;) {
-            InternNode* node = static_cast<InternNode*>(link);
-            link = link->next;
-            ::operator delete(node);
-        }
-        unlink_all(*this);
+const u32 bucket_count = 256;
+
+// Filled by the compiler rather than by an initialiser, so that the table is there before any code
+// runs; without a destructor, so that it takes names until the last exit handler has run.
+struct InternTable {
+    ListLink buckets[bucket_count];
+    ListLink gensyms;
+
+    constexpr InternTable() : buckets(), gensyms{&gensyms, &gensyms} {
+        for (ListLink& head : buckets)
+            head.next = head.prev = &head;
     }
 };
 
-const u32 bucket_count = 256;
-
-// Both stand before any initialiser of default priority runs, whatever the order of linking, and
-// their exit handlers run after everything that those made is gone: first the gensyms', which was
-// made last, then the buckets', from the last bucket to the first.
-[[gnu::init_priority(101)]] InternList buckets[bucket_count];
-[[gnu::init_priority(101)]] InternList gensyms;
+InternTable table;
 
 unsigned gensym_count = 0;
 
 } // namespace
 
-static InternList& bucket_of(u32 hash) {
-    return buckets[hash & (bucket_count - 1)];
+static ListLink& bucket_of(u32 hash) {
+    return table.buckets[hash & (bucket_count - 1)];
+}
+
+// ---- The end of the process ------------------------------------------------------------------
+
+// Frees the nodes and not the texts, which code that runs later may still hold. The list is empty
+// afterwards, for a host that calls in from an exit handler of its own.
+static void free_nodes(ListLink& list) {
+    for (ListLink* link = list.next; link != &list;) {
+        InternNode* const node = static_cast<InternNode*>(link);
+        link = link->next;
+        ::operator delete(node);
+    }
+    unlink_all(list);
+}
+
+static void free_gensyms() {
+    free_nodes(table.gensyms);
+}
+
+static void free_buckets() {
+    for (u32 i = bucket_count; i-- > 0;)
+        free_nodes(table.buckets[i]);
+}
+
+// Registers the exit handlers, once: with the first name, when a static object interns one before
+// the library's own initialiser runs, so that they run after that object's destructor. Those
+// registered last run first: the gensyms' and then the buckets'. What could not be registered is
+// left to the system.
+[[gnu::constructor(101)]] static void free_table_at_exit() {
+    static bool registered = false;
+    if (registered)
+        return;
+    registered = true;
+    (void)std::atexit(free_buckets);
+    (void)std::atexit(free_gensyms);
+}
+
+// ---- Records ---------------------------------------------------------------------------------
+
+static void keep(ListLink& list, InternNode* node) {
+    free_table_at_exit();
+    append_link(list, node);
 }
 
 static InternRecord* find_record(const String& text, u32 hash) {
-    const InternList& bucket = bucket_of(hash);
+    const ListLink& bucket = bucket_of(hash);
     for (ListLink* link = bucket.next; link != &bucket; link = link->next) {
         InternRecord* record = static_cast<InternNode*>(link)->data;
         if (record->text == text)
@@ -79,7 +116,7 @@ static InternRecord* new_record(const String& text, u32 hash) {
     return record;
 }
 
-static void free_records(InternList& list) {
+static void free_records(ListLink& list) {
     for (ListLink* link = list.next; link != &list;) {
         InternRecord* record = static_cast<InternNode*>(link)->data;
         link = link->next;
@@ -98,7 +135,7 @@ InString InString::intern(const String& text) {
     InternRecord* record = find_record(text, hash);
     if (!record) {
         record = new_record(text, hash);
-        append_link(bucket_of(hash), record);
+        keep(bucket_of(hash), record);
     }
     return InString(record);
 }
@@ -110,23 +147,24 @@ InString InString::intern(const char* text) {
 InString InString::gensym() {
     const String text = String::fmt("G%d", int(gensym_count++));
     InternRecord* record = new_record(text, text.hash());
-    append_link(gensyms, record);
+    keep(table.gensyms, record);
     return InString(record);
 }
 
 void InString::dump() {
     for (u32 i = 0; i < bucket_count; i++) {
         printf("chain %u: ", i);
-        for (const ListLink* link = buckets[i].next; link != &buckets[i]; link = link->next)
+        const ListLink& bucket = table.buckets[i];
+        for (const ListLink* link = bucket.next; link != &bucket; link = link->next)
             printf(" %s", text_of(static_cast<const InternNode*>(link)->data->text));
         printf("\n");
     }
 }
 
 void InString::cleanup() {
-    for (InternList& bucket : buckets)
+    for (ListLink& bucket : table.buckets)
         free_records(bucket);
-    free_records(gensyms);
+    free_records(table.gensyms);
 }
 
 TempInString::TempInString(const String& text) {
@@ -146,7 +184,7 @@ InString TempInString::make_permanent() {
     if (owned) {
         InternNode* node = new InternNode;
         node->data = record;
-        append_link(bucket_of(record->hash), node);
+        keep(bucket_of(record->hash), node);
         owned = false;
     }
     return InString(record);

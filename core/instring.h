@@ -8,8 +8,10 @@
 //                ...                                `data` of a record is the record itself
 //                [255] head <-> node <-> head       node: | next | prev | data -> record |
 //
-// Ownership: interned records live until cleanup() or the process's end; map entries belong to the
-//            map's user, and in a PtrMap to the map.
+// Ownership: interned records live until cleanup() or the process's end, when they are freed after
+//            every static object that interned one is destroyed; their texts stay. What interns
+//            after that starts from an empty table. Map entries belong to the map's user, and in a
+//            PtrMap to the map.
 // Errors:    std::bad_alloc, and StrXception "out of memory" from gensym. Texts are copied as
 //            String copies them, unchecked.
 // Threads:   interning is unguarded process-wide state; a map belongs to one thread at a time.

@@ -10,9 +10,12 @@
 
 namespace {
 
-// What the program writes to standard output, and its exit status when it is not 0.
+// What the program writes to standard output, and its exit status when it is not 0. Freed memory is
+// overwritten, so that reading it shows; the texts stay on purpose, which is no leak to report.
 std::string output_of(const std::string& name) {
-    FILE* pipe = popen((INSTRING_EXIT_FOLDER "/" + name + " 2>/dev/null").c_str(), "r");
+    const std::string command =
+        "MALLOC_PERTURB_=85 ASAN_OPTIONS=detect_leaks=0 " INSTRING_EXIT_FOLDER "/" + name;
+    FILE* pipe = popen((command + " 2>/dev/null").c_str(), "r");
     if (!pipe)
         return "(cannot be run)";
     std::string output;
@@ -59,6 +62,27 @@ const std::string with_second_source_first = main_part +
                                              "early object of the second source reads aa\n" +
                                              table_part;
 
+// e is in bucket 178: 17842 modulo 256.
+const std::string with_earliest = main_part + "earliest object reads e\n"
+                                              "freed first gensym\n"
+                                              "freed second gensym\n"
+                                              "freed e\n"
+                                              "freed b\n"
+                                              "freed the node of c\n"
+                                              "freed p\n";
+
+// The chains that InString::dump prints when a is in bucket 242 and c in 82.
+std::string dump_of_a_and_c() {
+    std::string dump;
+    for (int i = 0; i < 256; i++)
+        dump += "chain " + std::to_string(i) + ": " +
+                (i == 242  ? " a"
+                 : i == 82 ? " c"
+                           : "") +
+                "\n";
+    return dump;
+}
+
 } // namespace
 
 TEST(InStringLifecycle, StandsBeforeStaticObjectsAndGoesBehindThem) {
@@ -71,4 +95,17 @@ TEST(InStringLifecycle, DoesNotDependOnTheOrderOfLinking) {
 
 TEST(InStringLifecycle, DoesNotDependOnTheLibrarysPlaceInTheLink) {
     EXPECT_EQ(output_of("instring_exit_library_first"), with_first_source_first);
+}
+
+TEST(InStringLifecycle, IsThereBeforeOtherInitialisersOfItsPriority) {
+    EXPECT_EQ(output_of("instring_exit_earliest"), with_earliest);
+}
+
+// After the plug-in's exit handlers the table is empty and takes names again.
+TEST(InStringLifecycle, SurvivesCallsFromAHostThatEndsAfterIt) {
+    for (const std::string plugin : INSTRING_LATE_PLUGINS) {
+        SCOPED_TRACE(plugin);
+        EXPECT_EQ(output_of("instring_late_host " INSTRING_EXIT_FOLDER "/" + plugin),
+                  dump_of_a_and_c() + "exit\n" + dump_of_a_and_c());
+    }
 }
