@@ -7,7 +7,9 @@
 
 #include <cctype>
 #include <cstring>
+#include <functional>
 #include <limits>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -417,6 +419,34 @@ TEST(BufferedInput, ForgetsWhatWasPushedBackWhenItSeeks) {
     EXPECT_EQ(input.seek_from_curpos(-1), 2);
     EXPECT_NO_THROW(input.unread('Y'));
     EXPECT_EQ(take(input, 2), "Yc");
+}
+
+// What was buffered is gone before the source is asked, and stays gone when that fails.
+TEST(BufferedInput, ForgetsBeforeASeekThatFails) {
+    class Unseekable : public MemoryInput {
+    public:
+        using MemoryInput::MemoryInput;
+        s64 seek_from_start(s64) override { throw std::runtime_error("no seeking"); }
+    };
+    const std::function<void(Input&)> seeks[] = {
+        [](Input& input) { input.seek_from_start(9); },
+        [](Input& input) { input.seek_from_curpos(7); },
+    };
+    for (const auto& seek : seeks) {
+        Unseekable source("abcdef");
+        BufferedInput input(source, 4);
+        EXPECT_EQ(take(input, 3), "abc");
+        input.unread('X');
+        EXPECT_THROW(seek(input), std::runtime_error);
+        EXPECT_EQ(input.curpos(), 2);
+        EXPECT_EQ(take(input, 2), "ef") << "neither X nor the buffered d";
+
+        EXPECT_EQ(take(input, 1), ""); // the end is forgotten, too
+        source.data += "g";
+        EXPECT_EQ(take(input, 1), "");
+        EXPECT_THROW(seek(input), std::runtime_error);
+        EXPECT_EQ(take(input, 1), "g");
+    }
 }
 
 TEST(BufferedInput, StandsWhereItsSourceSaysItIs) {

@@ -263,6 +263,21 @@ TYPED_TEST(MatrixOf, WarnsBelowTenToTheMinusTen) {
     }
 }
 
+// Not a number is not below the limit.
+TYPED_TEST(MatrixOf, InvertsADeterminantThatIsNoNumberWithoutAWarning) {
+    typedef TypeParam real;
+    const real not_a_number = std::numeric_limits<real>::quiet_NaN();
+    const real infinite = std::numeric_limits<real>::infinity();
+    for (const real element : {not_a_number, infinite, -infinite}) {
+        const auto m = diagonal<real>(element, 1, 1, 1); // infinite times 0 is not a number
+        ASSERT_TRUE(std::isnan(m.determinant()));
+        Matrix4<real> inverse;
+        EXPECT_EQ(stderr_of_inverse(m, inverse), "");
+        for (const real e : inverse.e)
+            EXPECT_TRUE(std::isnan(e)) << element;
+    }
+}
+
 TYPED_TEST(MatrixOf, SmallElementsAloneMakeASmallDeterminant) {
     // A well-shaped matrix that happens to be small: its determinant, 1e-12, is what counts.
     const auto m =

@@ -254,6 +254,14 @@ TEST(String, FindsTheFirstAndTheLastCharacter) {
     EXPECT_TRUE((std::is_same<decltype(String().findr('a')), u32>::value));
 }
 
+// The terminator is not a character of the text.
+TEST(String, NeverFindsANul) {
+    for (const String& text : {String(), String("abc"), String('\0'), String("ab", 9)}) {
+        EXPECT_EQ(text.find('\0'), 4294967295u);
+        EXPECT_EQ(text.findr('\0'), 4294967295u);
+    }
+}
+
 TEST(String, FindsTheFirstOccurrenceOfAText) {
     const u32 none = 4294967295u;
     struct {

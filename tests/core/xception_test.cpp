@@ -8,6 +8,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -56,6 +57,28 @@ TEST(Xception, IsAnAbstractBaseWithoutData) {
     EXPECT_TRUE((std::is_base_of<Xception, AssertXception>::value));
     EXPECT_TRUE((std::is_base_of<Xception, StrXception>::value));
     EXPECT_FALSE((std::is_base_of<AssertXception, StrXception>::value));
+}
+
+// Both destructors, then print.
+TEST(Xception, VirtualTableHoldsTheDestructorThenPrint) {
+    class Told : public Xception {
+    public:
+        explicit Told(std::string& calls) : calls(calls) {}
+        ~Told() override { calls += " destroyed"; }
+        void print() const override { calls += "printed"; }
+
+    private:
+        std::string& calls;
+    };
+    std::string calls;
+    const Xception* x = new Told(calls);
+    void* const* slots;
+    std::memcpy(&slots, static_cast<const void*>(x), sizeof slots);
+    typedef void (*Print)(const Xception*);
+    reinterpret_cast<Print>(slots[2])(x);
+    EXPECT_EQ(calls, "printed");
+    reinterpret_cast<Print>(slots[1])(x); // destroys and frees
+    EXPECT_EQ(calls, "printed destroyed");
 }
 
 TEST(AssertXception, KeepsItsFourValuesInOrder) {
