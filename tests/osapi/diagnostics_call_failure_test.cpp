@@ -9,8 +9,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 using OSAPI::Profiler;
@@ -47,6 +49,34 @@ TEST(Profiler, TellsMillisecondsWithFourDigits) {
                       const Profiler profiler("name");
                   }),
                   std::string("PROFILE: name\nname = ") + c.text + " ms\n");
+}
+
+// Writing the lines is not part of what is measured.
+TEST(Profiler, StartsItsClockAfterItsFirstLineAndStopsItBeforeItsLast) {
+    struct Watched {
+        SystemCalls calls;
+        std::vector<std::pair<std::string, int>> written; // and the clock's calls so far
+
+        static ssize_t write(void* cookie, const char* text, std::size_t n) {
+            auto& watched = *static_cast<Watched*>(cookie);
+            watched.written.push_back({std::string(text, n), watched.calls.count("gettimeofday")});
+            return ssize_t(n);
+        }
+    } watched;
+    set_clock(watched.calls, {{0, 0}, {0, 2000}});
+    cookie_io_functions_t functions = {};
+    functions.write = Watched::write;
+    FILE* const stream = fopencookie(&watched, "w", functions);
+    ASSERT_NE(stream, nullptr);
+    setvbuf(stream, nullptr, _IOLBF, BUFSIZ);
+    FILE* const real_stdout = stdout;
+    stdout = stream;
+    { const Profiler profiler("name"); }
+    stdout = real_stdout;
+    std::fclose(stream);
+    const std::vector<std::pair<std::string, int>> expected = {{"PROFILE: name\n", 0},
+                                                               {"name = 2.0000 ms\n", 2}};
+    EXPECT_EQ(watched.written, expected);
 }
 
 TEST(Profiler, IndentsWhatIsInside) {
