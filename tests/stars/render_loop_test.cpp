@@ -308,3 +308,24 @@ TEST(RenderLoop, LetsAnUnknownProjectionThrough) {
     data.lum_threshold = 2; // a star that is left out is never projected
     EXPECT_NO_THROW(render(data, {star_ahead()}, picture));
 }
+
+// The record is taken, but does not count: the renderer goes on until as many stars as there are
+// have been drawn.
+TEST(RenderLoop, CountsNoStarWhoseDrawingThrows) {
+    StarRendererData data = plain_data(16);
+    data.projection = static_cast<op_stars_projection>(9);
+    CountingInput input({star_ahead(), star_ahead(), star_ahead(), star_ahead()});
+    input.count = 3; // two stars
+    const Array<camera> cams = cameras({make_camera()});
+    Picture picture(16, 16);
+    StarRenderer renderer(data, picture.fb, input, cams);
+    bool drew = false;
+    EXPECT_THROW(renderer.render_star(drew), StrXception);
+    EXPECT_THROW(renderer.render_star(drew), StrXception);
+    EXPECT_FALSE(drew);
+    data.projection = OP_STARS_HEMISPHERICAL;
+    EXPECT_TRUE(renderer.render_star(drew));
+    EXPECT_FALSE(renderer.render_star(drew));
+    EXPECT_TRUE(drew);
+    EXPECT_EQ(input.taken, 1 + 4);
+}

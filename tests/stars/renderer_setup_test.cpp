@@ -314,6 +314,22 @@ TEST(RendererSetup, GivesThePerspectiveItsFocalLengthAndNearPlane) {
     }
 }
 
+TEST(RendererSetup, GivesThePerspectiveItsFarPlane) {
+    // A far plane nearer than the near one turns depth around: what lies ahead gets a negative one
+    // and is dropped. Beyond the near plane, or not above 0, the far plane drops nothing.
+    StarRendererData data = plain_data(32);
+    data.projection = OP_STARS_PERSPECTIVE;
+    const struct {
+        double far;
+        float peak;
+    } cases[] = {{-1, 4}, {0, 4}, {1e-3, 0}, {0.099, 0}, {0.101, 4}, {50, 4}};
+    for (const auto& c : cases) {
+        camera cam = make_camera();
+        cam.far = c.far;
+        EXPECT_NEAR(peak(data, {cam}), c.peak, 1e-5) << c.far; // a few last bits of 4
+    }
+}
+
 TEST(RendererSetup, TakesANegativeFocalLengthForNoPerspective) {
     // P is the identity then: W is w = 0 for stars without distance, and 1 / W infinite.
     StarRendererData data = plain_data(32);

@@ -2,6 +2,7 @@
 #include "tests/stars/picture.h"
 #include "tests/stars/sky.h"
 
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -78,6 +79,34 @@ TEST(StarFile, KeepsCountAndVersionBehindTheTableOfOperations) {
     EXPECT_EQ(reinterpret_cast<const char*>(&base.count) - start, 8);
     EXPECT_EQ(reinterpret_cast<const char*>(&base.version2) - start, 12);
     static_assert(sizeof(base.count) == 4 && sizeof(base.version2) == 1, "widths");
+}
+
+// The functions of the table: both destructors, then next and reset.
+TEST(StarFile, HoldsItsOperationsInOrder) {
+    class Told : public CountingInput {
+    public:
+        explicit Told(bool& gone) : CountingInput({star_ahead()}), gone(gone) {}
+        ~Told() override { gone = true; }
+
+    private:
+        bool& gone;
+    };
+    bool gone = false;
+    auto* counting = new Told(gone);
+    StarInput* input = counting;
+    void* const* slots;
+    std::memcpy(&slots, static_cast<const void*>(input), sizeof slots);
+    typedef const star* (*Next)(StarInput*);
+    typedef void (*Action)(StarInput*);
+    const star* const header = reinterpret_cast<Next>(slots[2])(input);
+    EXPECT_EQ(counting->taken, 1);
+    EXPECT_EQ(reinterpret_cast<Next>(slots[2])(input), header + 1);
+    reinterpret_cast<Action>(slots[3])(input);
+    EXPECT_EQ(counting->resets, 1);
+    EXPECT_EQ(input->next(), header);
+    EXPECT_FALSE(gone);
+    reinterpret_cast<Action>(slots[1])(input); // destroys and frees
+    EXPECT_TRUE(gone);
 }
 
 TEST(StarFile, StartsWithoutRecordsAndInVersionOne) {
