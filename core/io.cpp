@@ -113,6 +113,20 @@ static bool is_pair(char first, char second) {
     return (first == '\r' && second == '\n') || (first == '\n' && second == '\r');
 }
 
+// Makes a text of the characters by taking their block over, which both free in the same way. The
+// constructor from a count would copy them, and no more than 32 bits count.
+static String text_from(Array<char>& characters) {
+    String text;
+    if (characters.length == 0)
+        return text;
+    characters.append('\0');
+    characters.trim();
+    text.str = characters.data;
+    characters.data = nullptr;
+    characters.capacity = characters.length = 0;
+    return text;
+}
+
 String BufferedInput::readline() {
     Array<char> line;
     char ch;
@@ -121,7 +135,7 @@ String BufferedInput::readline() {
         if (count < 0)
             XTHROW("read error");
         if (count == 0)
-            return String(line.data, unsigned(line.len()));
+            return text_from(line);
         if (ch)
             line.append(ch);
     } while (ch != '\r' && ch != '\n');
@@ -133,7 +147,7 @@ String BufferedInput::readline() {
         else
             unread(next);
     }
-    return String(line.data, unsigned(line.len()));
+    return text_from(line);
 }
 
 // ---- Output ----------------------------------------------------------------------------------

@@ -74,7 +74,7 @@ public:
     // The next line with its end, which is LF, CR, CR LF or LF CR; without one when the data end
     // first; empty at the end of the data. A NUL byte is left out, as a String cannot hold it, and
     // so is a byte 0xFF that starts a line, since looking for the second half of the end before it
-    // pushes it back. Throws "read error".
+    // pushes it back. A line may be of any length that memory holds. Throws "read error".
     String readline();
 
 private:
