@@ -193,6 +193,20 @@ TEST(ByteArray, AssignmentIsDeep) {
     EXPECT_EQ(text_of(target), "abc");
 }
 
+// As a copy is: what the target had allocated is not what it has now.
+TEST(ByteArray, AssignmentIsExactInSize) {
+    for (const uword allocated : {0, 2, 64}) {
+        ByteArray array, target;
+        fill(array, 100, "abc");
+        if (allocated)
+            fill(target, allocated, "x");
+        target = array;
+        EXPECT_EQ(target.capacity, 3u) << allocated;
+        EXPECT_EQ(target.length, 3u) << allocated;
+        EXPECT_EQ(array.capacity, 100u) << allocated;
+    }
+}
+
 TEST(ByteArray, MayBeAssignedToItself) {
     ByteArray array;
     fill(array, 10, "abc");
