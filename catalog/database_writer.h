@@ -2,8 +2,8 @@
 //
 // Units:     see stars/starfile.h.
 // Errors:    throws CatalogError for stars that make no database, StrXception when the system
-//            refuses. The file at `path` is then what it was before, and nothing lies beside it.
-// Threads:   two writers of one path must not run at once.
+//            refuses; see osapi/whole_file.h, also for what is then at `path`.
+// Threads:   of several writers of one path, one goes on and the others fail.
 #pragma once
 
 #include "core/types.h"

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -135,6 +136,32 @@ TEST(KilledWriter, LeavesItsMarkToExclusiveWriters) {
     EXPECT_EQ(bytes_of(path), new_bytes);
     EXPECT_EQ(folder.names(), std::vector<std::string>({"out"}));
     EXPECT_NO_THROW(writers[2].write(path.c_str()));
+}
+
+// Also where the file that is replaced, and so what is left of its successor, forbids its owner to
+// write: as a user whom that binds.
+TEST(KilledWriter, OfAWholeFileLeavesTheWayFreeForTheNext) {
+    const Writer& whole = writers[4];
+    for (const mode_t mode : {0644, 0444})
+        EXPECT_TRUE(holds_unprivileged([&] {
+            const ScratchFolder folder;
+            const std::string path = folder.file("out");
+            int kills = 0, left = 0;
+            for (bool done = false; !done; kills += !done) {
+                unlink(path.c_str());
+                folder.write("out", old_bytes);
+                chmod(path.c_str(), mode);
+                done = !killed(whole, path, kills + 1);
+                left += folder.names().size() == 2;
+                whole.write(path.c_str());
+                struct stat status = {};
+                stat(path.c_str(), &status);
+                if (bytes_of(path) != new_bytes || folder.names().size() != 1 ||
+                    (status.st_mode & 07777) != mode)
+                    return false;
+            }
+            return kills > 20 && left > 15;
+        })) << mode;
 }
 
 } // namespace

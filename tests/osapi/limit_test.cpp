@@ -205,11 +205,11 @@ TEST(NoMoreRoom, IsToldAndLeavesTheOldFileAndNothingElse) {
             << writer.name;
 }
 
-// The temporary name leads to a device that is always full.
+// The temporary name leads to a device that is always full. A whole file follows no link there.
 TEST(NoMoreRoom, OnADeviceIsToldToo) {
     const ScratchFolder folder;
     const std::string path = folder.write("out", "the old bytes");
-    for (const auto& writer : writers) {
+    for (const auto& writer : {writers[0], writers[1]}) {
         ASSERT_EQ(symlink("/dev/full", (path + ".inprogress").c_str()), 0);
         EXPECT_EQ(message_without_place_of([&] { writer.write(path); }),
                   "write: No space left on device")

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <glob.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -16,6 +17,8 @@
 
 WRAPPED(int, access, (const char* path, int mode), (path, mode), "%s, %d", path, mode)
 WRAPPED_OUT(int, stat, (const char* path, struct stat* status), (path, status), status,
+            sizeof *status, "%s", path)
+WRAPPED_OUT(int, lstat, (const char* path, struct stat* status), (path, status), status,
             sizeof *status, "%s", path)
 WRAPPED(int, mkdir, (const char* path, mode_t mode), (path, mode), "%s, %#o", path, mode)
 WRAPPED(int, mknod, (const char* path, mode_t mode, dev_t device), (path, mode, device),
@@ -62,6 +65,8 @@ WRAPPED(off_t, lseek, (int fd, off_t offset, int whence), (fd, offset, whence), 
         whence)
 WRAPPED_OUT(int, fstat, (int fd, struct stat* status), (fd, status), status, sizeof *status, "%s",
             "")
+WRAPPED(int, fchmod, (int fd, mode_t mode), (fd, mode), "%#o", mode)
+WRAPPED(int, flock, (int fd, int operation), (fd, operation), "%d", operation)
 WRAPPED(int, ftruncate, (int fd, off_t length), (fd, length), "%ld", length)
 WRAPPED(int, fsync, (int fd), (fd), "%s", "")
 WRAPPED(int, fdatasync, (int fd), (fd), "%s", "")
