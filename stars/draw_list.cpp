@@ -9,23 +9,47 @@ namespace velmora {
 static const s32 tile_width = 512;
 static const s32 tile_height = 64;
 static const s64 tile_floats = s64(tile_width) * tile_height * 4;
+static const s64 tile_limit = 65536;
 
 static s32 tiles_for(s32 pixels, s32 tile) {
     return pixels / tile + (pixels % tile != 0);
 }
 
+template <class T>
+static void make_room(Array<T>& array, uword count) {
+    if (array.capacity < count * sizeof(T))
+        array.realloc(count * sizeof(T));
+}
+
 void DrawList::start(const Brush& b) {
+    static_assert(most_reached >= tile_limit, "an empty list has room for every star");
     brush = b;
     tiles_across = tiles_for(b.dst.width, tile_width);
     tiles_down = tiles_for(b.dst.height, tile_height);
     const s64 tiles = s64(tiles_across) * tiles_down;
-    worth_it = s64(b.dst.width) * b.dst.height * 4 > 4 * tile_floats && tiles < 65536;
-    if (worth_it && stars.capacity == 0)
-        stars.realloc(most_stars * sizeof(Entry));
+    worth_it = s64(b.dst.width) * b.dst.height * 4 > 4 * tile_floats && tiles < tile_limit;
+    if (!worth_it)
+        return;
+    make_room(stars, most_stars);
+    make_room(reached, most_reached);
+    make_room(order, most_reached);
+    make_room(starts, uword(tiles) + 2);
 }
 
-void DrawList::append(const PlacedStar& star, u32 owner) {
-    stars.append({star, owner, false, false});
+bool DrawList::append(const PlacedStar& star, u32 owner) {
+    const uword before = reached.len();
+    bool has_room = stars.len() < most_stars;
+    if (has_room)
+        for_each_tile(star, [&](u32 tile) {
+            has_room = has_room && reached.len() < most_reached;
+            if (has_room)
+                reached.append(tile);
+        });
+    if (has_room)
+        stars.append({star, owner, u32(reached.len() - before), false});
+    else
+        reached.length = before * sizeof(u32);
+    return has_room;
 }
 
 Window DrawList::window_of(s32 across, s32 down) const {
@@ -66,57 +90,53 @@ void DrawList::for_each_tile(const PlacedStar& star, const Visit& visit) const {
         if (low > high)
             continue;
         for (s32 across = low / tile_width; across <= high / tile_width; across++)
-            visit(uword(down) * uword(tiles_across) + uword(across));
+            visit(u32(down) * u32(tiles_across) + u32(across));
     }
 }
 
 void DrawList::sort_into_tiles() {
     const uword tiles = uword(tiles_across) * uword(tiles_down);
     starts.clear();
-    for (uword tile = 0; tile <= tiles + 1; tile++)
+    for (uword tile = 0; tile < tiles + 2; tile++)
         starts.append(0);
 
     // Count each tile's stars two places ahead, add up, and let filling move the starts by one.
-    for (uword i = 0; i < stars.len(); i++)
-        for_each_tile(stars[i].star, [&](uword tile) { starts[tile + 2]++; });
-    for (uword tile = 2; tile <= tiles + 1; tile++)
+    for (uword i = 0; i < reached.len(); i++)
+        starts[reached[i] + 2]++;
+    for (uword tile = 2; tile < tiles + 2; tile++)
         starts[tile] += starts[tile - 1];
-    while (order.len() < starts[tiles + 1])
-        order.append(0);
+    order.length = reached.length;
+    const u32* tile = &reached[0];
     for (uword i = 0; i < stars.len(); i++)
-        for_each_tile(stars[i].star, [&](uword tile) { order[starts[tile + 1]++] = u32(i); });
+        for (u32 n = stars[i].tiles; n > 0; n--)
+            order[starts[*tile++ + 1]++] = u32(i);
 }
 
-void DrawList::draw(u64& owners, u64& pixels) {
+void DrawList::draw_tile(uword tile, const Window& window, u64& pixels) {
+    for (u32 i = starts[tile]; i < starts[tile + 1]; i++) {
+        // The list itself is too long for the nearest caches.
+        const char* ahead =
+            reinterpret_cast<const char*>(&stars[order[std::min<uword>(i + 4, order.len() - 1)]]);
+        __builtin_prefetch(ahead);
+        __builtin_prefetch(ahead + 64);
+        Entry& entry = stars[order[i]];
+        const Drawn drawn = draw_placed(brush, entry.star, window);
+        entry.lit |= drawn.lit;
+        pixels += u64(drawn.pixels);
+    }
+}
+
+void DrawList::draw(LitOwners& lit, u64& pixels) {
     sort_into_tiles();
     uword tile = 0;
     for (s32 down = 0; down < tiles_down; down++)
-        for (s32 across = 0; across < tiles_across; across++, tile++) {
-            const Window window = window_of(across, down);
-            for (u32 i = starts[tile]; i < starts[tile + 1]; i++) {
-                // The list itself is too long for the nearest caches.
-                const char* ahead = reinterpret_cast<const char*>(
-                    &stars[order[std::min<uword>(i + 4, order.len() - 1)]]);
-                __builtin_prefetch(ahead);
-                __builtin_prefetch(ahead + 64);
-                Entry& entry = stars[order[i]];
-                const Drawn drawn = draw_placed(brush, entry.star, window);
-                entry.lit |= drawn.lit;
-                entry.faint |= drawn.faint;
-                pixels += u64(drawn.pixels);
-            }
-        }
-
-    // An owner counts once, whichever of its segments is lit.
-    s64 last = -1;
-    for (uword i = 0; i < stars.len(); i++) {
-        Entry& entry = stars[i];
-        if (s64(entry.owner) == last || !(entry.lit || (entry.faint && is_lit(brush, entry.star))))
-            continue;
-        last = s64(entry.owner);
-        owners++;
-    }
+        for (s32 across = 0; across < tiles_across; across++, tile++)
+            draw_tile(tile, window_of(across, down), pixels);
+    for (uword i = 0; i < stars.len(); i++)
+        if (stars[i].lit)
+            lit.add(stars[i].owner);
     stars.clear();
+    reached.clear();
 }
 
 } // namespace velmora

@@ -212,11 +212,11 @@ static Drawn draw_spot_rows(const Brush& brush, const PlacedStar& star, const Wi
                             s32 y_lo, s32 y_end, float Y) {
     const Span span = row_span(star.path, star.rows, star.box, Y);
     if (span.ix == INT_MIN)
-        return {false, false, 0};
+        return {false, 0};
     const s32 skip = std::max(0, window.x_lo - span.ix);
     const s32 last = std::min(columns_of(span, brush.dst.width - span.ix), window.x_end - span.ix);
     if (skip >= last)
-        return {false, false, 0};
+        return {false, 0};
     return brush.kernels->spot({target_of(brush, star), star.amplitude, brush.size_x, brush.size_y,
                                 span.ix, skip, last - skip, y_lo, y_end, counted_up(span.X, skip),
                                 Y, brush.lines});
@@ -225,7 +225,7 @@ static Drawn draw_spot_rows(const Brush& brush, const PlacedStar& star, const Wi
 static Drawn draw_spot(const Brush& brush, const PlacedStar& star, const Window& window) {
     const s32 y_lo = std::max(star.box.y_lo, window.y_lo);
     const s32 y_end = std::min(star.box.y_hi + 1, window.y_end);
-    Drawn drawn = {false, false, 0};
+    Drawn drawn = {false, 0};
     if (y_lo >= y_end)
         return drawn;
     float Y = counted_up(float(star.box.y_lo) - star.path.mid[1], y_lo - star.box.y_lo);
@@ -251,7 +251,6 @@ static StreakWork streak_work(const Brush& brush, const PlacedStar& star) {
     work.t = s / (size_x * size_y);
     work.width = half_sqrt_pi * size_x * size_y * s;
     work.light = star.amplitude / path.length;
-    work.look_only = false;
     return work;
 }
 
@@ -259,7 +258,7 @@ static Drawn draw_streak(const Brush& brush, const PlacedStar& star, const Strea
                          const Window& window) {
     const Reach reach(work);
     StreakRows rows(brush, star, window);
-    Drawn drawn = {false, false, 0};
+    Drawn drawn = {false, 0};
     StreakRow batch[row_batch];
     while (const int taken = rows.take(batch)) {
         int kept = 0;
@@ -283,12 +282,10 @@ static const fitted::Rule* rule_for(double half) {
     return nullptr;
 }
 
-static Drawn draw_short_streak(const Brush& brush, const PlacedStar& star, const StreakWork& closed,
-                               const fitted::Rule& rule, const Window& window) {
-    // The plain reading's difference of two error functions is other than 0 from this weight on.
-    const float certain = star.amplitude * 2e-7f * closed.width / star.path.length;
+static Drawn draw_short_streak(const Brush& brush, const PlacedStar& star, const fitted::Rule& rule,
+                               const Window& window) {
     const double half = 0.5 * double(star.path.length);
-    QuadratureWork work = {closed.target,
+    QuadratureWork work = {target_of(brush, star),
                            star.amplitude * 0.5f,
                            star.path.mid[0],
                            star.path.mid[1],
@@ -298,10 +295,9 @@ static Drawn draw_short_streak(const Brush& brush, const PlacedStar& star, const
                            brush.size_y,
                            0,
                            0,
-                           certain,
                            &rule};
     StreakRows rows(brush, star, window);
-    Drawn drawn = {false, false, 0};
+    Drawn drawn = {false, 0};
     StreakRow batch[row_batch];
     while (const int taken = rows.take(batch)) {
         int kept = 0;
@@ -318,7 +314,6 @@ static Drawn draw_short_streak(const Brush& brush, const PlacedStar& star, const
         if (kept > 0)
             drawn += brush.kernels->quadrature(work, batch, kept);
     }
-    drawn.faint = !drawn.lit && drawn.pixels > 0;
     return drawn;
 }
 
@@ -374,15 +369,8 @@ Drawn draw_placed(const Brush& brush, const PlacedStar& star, const Window& wind
         return draw_spot(brush, star, window);
     const StreakWork work = streak_work(brush, star);
     const fitted::Rule* rule = rule_for(double(work.half_path) * work.t);
-    return rule ? draw_short_streak(brush, star, work, *rule, window)
+    return rule ? draw_short_streak(brush, star, *rule, window)
                 : draw_streak(brush, star, work, window);
-}
-
-bool is_lit(const Brush& brush, const PlacedStar& star) {
-    // Lit where the closed form is above 0.
-    StreakWork look = streak_work(brush, star);
-    look.look_only = true;
-    return draw_streak(brush, star, look, {0, 0, brush.dst.width, brush.dst.height}).lit;
 }
 
 Drawn draw_star_streak(const StarCall& call) {
@@ -392,11 +380,8 @@ Drawn draw_star_streak(const StarCall& call) {
     if (fit == Fit::left_to_plain)
         return plain_star_streak(call);
     if (fit == Fit::outside)
-        return {false, false, 0};
-    Drawn drawn = draw_placed(brush, star, {0, 0, call.dst.width, call.dst.height});
-    if (drawn.faint)
-        drawn.lit = is_lit(brush, star);
-    return drawn;
+        return {false, 0};
+    return draw_placed(brush, star, {0, 0, call.dst.width, call.dst.height});
 }
 
 } // namespace velmora

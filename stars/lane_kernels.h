@@ -14,12 +14,10 @@ namespace velmora {
 // What a call left behind.
 struct Drawn {
     bool lit;   // whether any pixel got a weight above zero
-    bool faint; // `lit` left that open: there are weights, all of them next to nothing
     s64 pixels; // that were written
 
     Drawn& operator+=(const Drawn& more) {
         lit |= more.lit;
-        faint |= more.faint;
         pixels += more.pixels;
         return *this;
     }
@@ -50,9 +48,8 @@ struct StreakWork {
     float Q;
     float half_path; // 0.5 * length * Q
     float t;
-    float width;    // what e * g is multiplied by: sqrt(pi) / 2 * size_x * size_y * s
-    float light;    // amplitude / length
-    bool look_only; // tells whether any pixel would get a weight above zero, and writes none
+    float width; // what e * g is multiplied by: sqrt(pi) / 2 * size_x * size_y * s
+    float light; // amplitude / length
 };
 
 // The `count` columns of row iy from ix + skip on, the first at offset (X, Y) from the path's
@@ -74,7 +71,6 @@ struct QuadratureWork {
     double half_x, half_y; // from there to its end
     float size_x, size_y;
     s32 x_first, x_end; // the rows' columns lie in [x_first, x_end)
-    float certain;      // the weight above which a pixel counts as lit
     const fitted::Rule* rule;
 };
 

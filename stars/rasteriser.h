@@ -71,12 +71,8 @@ enum class Fit {
 // Finds where a call draws, if the fast kernels are to draw it.
 Fit place_star(const StarCall& call, PlacedStar& star);
 
-// Draws what lies in the window. Windows that lie side by side add up to the same bits as one
-// around them. `lit` is sure when it is true; with `faint` it has to be asked for.
+// Draws what lies in the window. Windows side by side add up to the same bits, and report the same,
+// as one around them.
 Drawn draw_placed(const Brush& brush, const PlacedStar& star, const Window& window);
-
-// Whether any pixel gets a weight above zero, for stars of which nothing but faint surroundings is
-// in the image. Writes nothing.
-bool is_lit(const Brush& brush, const PlacedStar& star);
 
 } // namespace velmora

@@ -30,9 +30,9 @@ struct StarRenderer::Private {
     RenderCounts counts;
     std::unique_ptr<StarBlock> block; // for the fast kernels
     DrawList list;
-    bool listing;  // whether stars go into the list instead of being drawn at once
-    bool list_lit; // whether the list has got light into a pixel
-    u32 owner;     // of what goes onto the list: a number for each star
+    bool listing; // whether stars go into the list instead of being drawn at once
+    u32 owner;    // a number for each star
+    LitOwners lit;
 
     StarBlock::View view(const StarRendererData& parameters) const;
 
@@ -40,8 +40,9 @@ struct StarRenderer::Private {
     bool draw(const StarRendererData& parameters, float luminance, const Color3& color,
               const Project& project);
     void fill_block(float faintest);
-    void finish_list(bool& drew);
+    void finish_list();
     bool draw_segment(const StarCall& call);
+    bool put_on_list(const StarCall& call);
     void draw_list();
 };
 
@@ -63,7 +64,7 @@ static void widen_to_pixel(float& size, float& intensity_scale) {
 StarRenderer::StarRenderer(const StarRendererData& parameters, const StarFramebuffer& fb,
                            StarInput& input, const Array<camera>& cams)
     : data(&parameters),
-      priv(new Private{&fb, &input, &cams, {}, 0, 0, 0, 0, {}, nullptr, {}, false, false, 0}) {
+      priv(new Private{&fb, &input, &cams, {}, 0, 0, 0, 0, {}, nullptr, {}, false, 0, {}}) {
     XASSERT_AT(cams.len() > 0, "priv->cams.len() > 0", __PRETTY_FUNCTION__, 464);
 
     for (uword i = 0; i < cams.len(); i++)
@@ -141,18 +142,23 @@ void StarRenderer::render_all(bool& drew) {
     const float faintest = faintest_kept(data->lum_threshold);
     p.list.start({lane_kernels(), *p.fb, p.spot_w, p.spot_h, data->lines});
     p.listing = p.list.is_worth_it();
-    try {
-        while (p.next_star < p.input->count) {
-            p.block->clear();
+    const u64 drawn_before = p.counts.drawn;
+    const auto finish = [&] {
+        p.finish_list();
+        drew |= p.counts.drawn > drawn_before;
+    };
+    while (p.next_star < p.input->count) {
+        p.block->clear();
+        try {
             p.fill_block(faintest);
-            draw_block(drew);
+        } catch (...) {
+            draw_block(drew); // what came before is drawn
+            finish();
+            throw;
         }
-    } catch (...) {
-        draw_block(drew); // what came before is drawn
-        p.finish_list(drew);
-        throw;
+        draw_block(drew);
     }
-    p.finish_list(drew);
+    finish();
 }
 
 // Takes records until as many are kept as the block holds.
@@ -244,29 +250,34 @@ static bool draw_segments(uword samples, const Project& project, const Draw& dra
 }
 
 void StarRenderer::Private::draw_list() {
-    const u64 before = counts.drawn;
-    list.draw(counts.drawn, counts.pixels);
-    list_lit |= counts.drawn > before;
+    list.draw(lit, counts.pixels);
+    counts.drawn = lit.count();
 }
 
-void StarRenderer::Private::finish_list(bool& drew) {
+void StarRenderer::Private::finish_list() {
     if (!listing)
         return;
     draw_list();
-    drew |= list_lit;
-    listing = list_lit = false;
+    listing = false;
+}
+
+// False when the list does not take such segments.
+bool StarRenderer::Private::put_on_list(const StarCall& call) {
+    PlacedStar star;
+    const Fit fit = place_star(call, star);
+    if (fit == Fit::inside && !list.append(star, owner)) {
+        draw_list();
+        list.append(star, owner);
+    }
+    return fit != Fit::left_to_plain;
 }
 
 // Draws a segment, or puts it on the list.
 bool StarRenderer::Private::draw_segment(const StarCall& call) {
     if (listing) {
-        PlacedStar star;
-        const Fit fit = place_star(call, star);
-        if (fit == Fit::inside)
-            list.append(star, owner);
-        if (fit != Fit::left_to_plain)
-            return false; // the list will tell
-        draw_list();
+        if (put_on_list(call))
+            return false; // known when the list is drawn
+        draw_list();      // what came before it goes first
     }
     const Drawn drawn = draw_star_streak(call);
     counts.pixels += u64(drawn.pixels);
@@ -280,12 +291,12 @@ bool StarRenderer::Private::draw(const StarRendererData& parameters, float lumin
         return draw_segment(
             {*fb, from, to, luminance * intensity_scale, color, spot_w, spot_h, parameters.lines});
     };
-    if (listing && !list.has_room_for(matrices.len()))
-        draw_list();
     owner++;
-    const bool lit = draw_segments(matrices.len(), project, draw_between);
-    counts.drawn += lit;
-    return lit;
+    const bool drew = draw_segments(matrices.len(), project, draw_between);
+    if (drew)
+        lit.add(owner);
+    counts.drawn = lit.count();
+    return drew;
 }
 
 bool StarRenderer::draw_plainly(const star* s) {

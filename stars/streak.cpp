@@ -82,7 +82,7 @@ static void add_row(const StarFramebuffer& dst, s32 iy, const Span& span, float 
 template <class Profile>
 static Drawn add_rows(const StarCall& call, const Path& path, const RowGeometry& rows,
                       const Box& box, const Profile& profile) {
-    Drawn drawn = {false, false, 0};
+    Drawn drawn = {false, 0};
     float Y = float(box.y_lo) - path.mid[1];
     for (s32 iy = box.y_lo; iy <= box.y_hi; iy++, Y += 1.0f) {
         XASSERT_AT(iy >= 0 && iy < call.dst.height, "iy >= 0 && iy < dst.height", streak_signature,
@@ -101,7 +101,7 @@ Drawn velmora::plain_star_streak(const StarCall& call) {
     // Segment.
     const Path path(call.from, call.to);
     if (!path.is_somewhere())
-        return {false, false, 0};
+        return {false, 0};
 
     // Reach. Below 1/6250 the root is not a number, the box comes out invalid and nothing is drawn.
     const float k = sqrtf(logf(call.amplitude * reach_intensity));
@@ -111,7 +111,7 @@ Drawn velmora::plain_star_streak(const StarCall& call) {
     // Bounding box.
     Box box;
     if (!clip_box(path, rx, ry, call.dst.width, call.dst.height, box))
-        return {false, false, 0};
+        return {false, 0};
 
     // Row geometry.
     const RowGeometry rows = row_geometry(path, rx, call.size_x, call.size_y);

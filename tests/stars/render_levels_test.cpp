@@ -144,7 +144,9 @@ void expect_like(const Rendered& plain, const Rendered& fast, const std::string&
     EXPECT_EQ(plain.drew, fast.drew) << name;
     EXPECT_EQ(plain.counts.read, fast.counts.read) << name;
     EXPECT_EQ(plain.counts.kept, fast.counts.kept) << name;
-    EXPECT_EQ(plain.counts.drawn, fast.counts.drawn) << name;
+    // Each counts what it added itself: beside short streaks of wide spots the plain reading's two
+    // error functions can cancel where the sum of spots does not.
+    EXPECT_NEAR(double(plain.counts.drawn), double(fast.counts.drawn), 1) << name;
     double brightest = 0, worst = 0;
     for (int y = 0; y < plain.picture->fb.height; y++)
         for (int x = 0; x < plain.picture->fb.width; x++)
@@ -210,6 +212,69 @@ TEST(RenderLevels, DrawManyStarsAsStarByStar) {
                                         float(dice.between(1e-4, 1e-3)), 255, 200, 100));
     expect_same(render_at(best_kernel_level(), scene), render_at(best_kernel_level(), scene, true),
                 "many");
+}
+
+// Every star on a black picture of its own; wide spots that move by little are what readings
+// differ over.
+TEST(RenderLevels, CountTheStarsThatAddedLight) {
+    Dice dice(5);
+    Scene scene = some_scene(1);
+    scene.width = 530;
+    scene.height = 260;
+    scene.layout = INTERLEAVED;
+    scene.covered = false;
+    scene.data = plain_data(scene.width, 60);
+    scene.data.left = scene.data.bottom = -0.1;
+    scene.data.right = scene.data.top = 0.1;
+    scene.cameras = {make_camera(), make_camera(turn_about_y(1e-6))};
+    scene.stars.clear();
+    for (int i = 0; i < 60; i++)
+        scene.stars.push_back(make_star(dice.between(60, 120), dice.between(-20, 20),
+                                        float(dice.log_between(1e-4, 1e4))));
+    for (KernelLevel level : {KernelLevel::plain, best_kernel_level()}) {
+        u64 lit = 0;
+        for (const star& s : scene.stars) {
+            Scene alone = scene;
+            alone.stars = {s};
+            const Rendered one = render_at(level, alone, true);
+            const bool has_light = !one.picture->is_black();
+            EXPECT_EQ(one.drew, has_light);
+            EXPECT_EQ(one.counts.drawn, u64(has_light));
+            lit += has_light;
+        }
+        EXPECT_GT(lit, 6u);
+        EXPECT_LT(lit, 54u);
+        EXPECT_EQ(render_at(level, scene).counts.drawn, lit);
+        EXPECT_EQ(render_at(level, scene, true).counts.drawn, lit);
+    }
+}
+
+// In the third sample the star is so far beside the camera that its path is longer than 1e18 pixels:
+// the list leaves that to the plain reading, between paths that it takes.
+TEST(RenderLevels, CountAStarOnceThatIsDrawnBothWays) {
+    Scene scene = some_scene(1);
+    scene.width = 530;
+    scene.height = 260;
+    scene.layout = INTERLEAVED;
+    scene.covered = false;
+    scene.version2 = false;
+    scene.data = plain_data(scene.width, 3);
+    scene.data.projection = OP_STARS_PERSPECTIVE;
+    scene.cameras.clear();
+    for (double turn : {0.0, 1.0, 0.0, 2.0, 3.0})
+        scene.cameras.push_back(make_camera(turn_about_y(turn)));
+    // x' = -1, z' = 1e-13: a focal length of 1000 makes that 265 * 1e16 pixels.
+    const double x = std::cos(double(90 * 0.017453292f)), z = std::sin(double(90 * 0.017453292f));
+    DblMatrix4 beside = identity();
+    beside(0, 0) = 0;
+    beside(2, 0) = -1 / z;
+    beside(0, 2) = 1;
+    beside(2, 2) = (1e-13 - x) / z;
+    scene.cameras[2] = make_camera(beside, 1000);
+    scene.stars = {star_ahead(), star_ahead(2)};
+    const Rendered listed = render_at(best_kernel_level(), scene);
+    EXPECT_EQ(listed.counts.drawn, 2u);
+    expect_same(listed, render_at(best_kernel_level(), scene, true), "star by star");
 }
 
 namespace {

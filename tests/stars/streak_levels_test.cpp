@@ -58,6 +58,15 @@ std::string name_of(const StarCall& call) {
     return text;
 }
 
+// Whether a white star put light into the picture, which was black and is not covered.
+bool has_light(const Picture& picture) {
+    for (int y = 0; y < picture.fb.height; y++)
+        for (int x = 0; x < picture.fb.width; x++)
+            if (picture.red(x, y) > 0)
+                return true;
+    return false;
+}
+
 } // namespace
 
 TEST(StreakLevels, DrawTheSameBytesIntoEveryLayout) {
@@ -93,7 +102,6 @@ TEST(StreakLevels, DrawTheSameBytesIntoEveryLayout) {
 // two error functions lose of their difference before it is divided by the length.
 TEST(StreakLevels, StayByThePlainReading) {
     Dice dice(7);
-    int told_otherwise = 0;
     for (unsigned i = 0; i < 1500; i++) {
         const int width = 1 + dice.below(50), height = 1 + dice.below(40);
         StarCall call = some_call(dice, width, height);
@@ -105,7 +113,8 @@ TEST(StreakLevels, StayByThePlainReading) {
         const WithKernels kernels(KernelLevel::sse2);
         const Drawn drawn = draw_star_streak(call);
         EXPECT_LE(drawn.pixels, expected.pixels) << "zeros may be left out: " << name_of(call);
-        told_otherwise += drawn.lit != expected.lit;
+        EXPECT_EQ(expected.lit, has_light(plain)) << name_of(call);
+        EXPECT_EQ(drawn.lit, has_light(fast)) << name_of(call);
 
         const double length = std::hypot(double(call.to[0]) - double(call.from[0]),
                                          double(call.to[1]) - double(call.from[1]));
@@ -121,5 +130,36 @@ TEST(StreakLevels, StayByThePlainReading) {
                 worst = std::max(worst, std::fabs(double(plain.red(x, y)) - fast.red(x, y)));
         EXPECT_LE(worst, allowed) << name_of(call);
     }
-    EXPECT_LE(told_otherwise, 3);
+}
+
+// A small picture beside a wide spot that hardly moves: the closed form's two error functions often
+// round to the same float there, while the sum of spots does not. Either way the result is what the
+// picture says, and a list counts by it.
+TEST(StreakLevels, TellWhatTheReadingThatDrewAdded) {
+    Dice dice(9);
+    int cancelled = 0;
+    for (unsigned i = 0; i < 600; i++) {
+        const float size = float(dice.log_between(1, 300));
+        const double far = dice.between(0.5, 6) * size, angle = dice.between(0, 6.2831853);
+        const double x = far * std::cos(angle), y = far * std::sin(angle);
+        const double dx = dice.log_between(1e-5, 1e-3) * size, dy = dice.between(-1, 1) * dx;
+        StarCall call = {
+            {},   at(float(x), float(y)), at(float(x + dx), float(y + dy)), 1, white, size,
+            size, OP_STARS_LINES_ALL};
+        Picture plain(4, 3);
+        call.dst = plain.fb;
+        const Drawn expected = plain_star_streak(call);
+        EXPECT_EQ(expected.lit, has_light(plain)) << name_of(call);
+        for (KernelLevel level : fast_levels()) {
+            const WithKernels kernels(level);
+            Picture fast(4, 3);
+            call.dst = fast.fb;
+            const bool lit = op_star_streak(fast.fb, call.from, call.to, call.amplitude, call.color,
+                                            size, size, call.lines);
+            EXPECT_EQ(lit, has_light(fast))
+                << kernel_level_name(level) << ": " << fast.red(0, 0) << " by " << name_of(call);
+            cancelled += has_light(fast) && !has_light(plain);
+        }
+    }
+    EXPECT_GT(cancelled, 10);
 }
