@@ -59,24 +59,30 @@ Window DrawList::window_of(s32 across, s32 down) const {
 }
 
 // Columns [low, high] that a star's rows from y_lo to y_hi can touch, or a few more.
-static void columns_between(const PlacedStar& star, s32 y_lo, s32 y_hi, s32& low, s32& high) {
+static void columns_between(const PlacedStar& star, const StarFramebuffer& fb, s32 y_lo, s32 y_hi,
+                            s32& low, s32& high) {
+    const Path& path = star.path;
+    const double mid_x = path.mid[0], mid_y = path.mid[1];
+    // Where offsets stop growing, rows run on to the right edge, and their centres stay in place.
+    const bool columns_count = std::fabs(mid_x) + fb.width < double(counting_limit);
+    const bool rows_count = std::fabs(mid_y) + fb.height < double(counting_limit);
     low = star.box.x_lo;
-    high = star.box.x_hi;
-    if (star.rows.is_flat() || !(std::fabs(star.rows.slope) < 1e4f))
+    high = columns_count ? star.box.x_hi : fb.width - 1;
+    if (star.rows.is_flat() || !rows_count || !(std::fabs(star.rows.slope) < 1e4f))
         return;
-    const double slope = star.rows.slope;
-    const double first = star.path.from[0] + (double(y_lo) - double(star.path.from[1])) * slope;
-    const double last = star.path.from[0] + (double(y_hi) - double(star.path.from[1])) * slope;
-    // Rounded far away, rows stand off their line by some of the last bits of its ends.
-    const double margin =
-        3 + double(star.rows.half_width) +
-        1e-6 * (std::fabs(first) + std::fabs(last) + std::fabs(double(star.path.from[0])) +
-                std::fabs(double(star.path.from[1]) * slope) +
-                std::fabs(double(star.path.mid[1]) * slope));
+
+    const double slope = star.rows.slope, from_x = path.from[0], from_y = path.from[1];
+    const double first = from_x + (y_lo - from_y) * slope;
+    const double last = from_x + (y_hi - from_y) * slope;
+    // Row centres are rounded to floats: they are off the line by some of the last bits of what
+    // they are worked out from.
+    const double rounding = 1e-6 * (std::fabs(first) + std::fabs(last) + std::fabs(from_x) +
+                                    std::fabs(from_y * slope) + std::fabs(mid_y * slope));
+    const double margin = 3 + double(star.rows.half_width) + rounding;
     const double left = std::min(first, last) - margin, right = std::max(first, last) + margin;
     if (left > low)
-        low = left < high ? s32(left) : high + 1;
-    if (right < high)
+        low = left < fb.width ? s32(left) : fb.width;
+    if (columns_count && right < high)
         high = right > low ? s32(right) : low - 1;
 }
 
@@ -85,7 +91,7 @@ void DrawList::for_each_tile(const PlacedStar& star, const Visit& visit) const {
     for (s32 down = star.box.y_lo / tile_height; down <= star.box.y_hi / tile_height; down++) {
         const s32 y = down * tile_height;
         s32 low, high;
-        columns_between(star, std::max(y, star.box.y_lo),
+        columns_between(star, brush.dst, std::max(y, star.box.y_lo),
                         std::min(y + tile_height - 1, star.box.y_hi), low, high);
         if (low > high)
             continue;

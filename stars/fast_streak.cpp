@@ -189,7 +189,14 @@ private:
     // Whether a row surely has no pixel in the window.
     bool is_beside(const Span& span) const {
         return span.ix >= window.x_end ||
-               span.ix + (double(span.X_end) - double(span.X)) + 2 < window.x_lo;
+               (columns_count(span) &&
+                span.ix + (double(span.X_end) - double(span.X)) + 2 < window.x_lo);
+    }
+
+    // Whether every step of the row's offset moves it. A row in which one does not runs on to the
+    // image's right edge.
+    static bool columns_count(const Span& span) {
+        return fabsf(span.X) < counting_limit && fabsf(span.X_end) < counting_limit;
     }
 };
 

@@ -47,6 +47,9 @@ struct Span {
     float X, X_end;
 };
 
+// Offsets below this grow when 1.0 is added; beyond it the sum can round back to where it was.
+constexpr float counting_limit = 16777216;
+
 // The footprint ends where the profile of unit intensity has fallen to 1 / this.
 constexpr float reach_intensity = 6250;
 
