@@ -13,14 +13,20 @@ PROJECT = {
     "CMakeLists.txt": """
         cmake_minimum_required(VERSION 3.25)
         project(small LANGUAGES CXX)
-        if(VELMORA_SANITIZE)
-            add_compile_options(-fsanitize=${VELMORA_SANITIZE})
-            add_link_options(-fsanitize=${VELMORA_SANITIZE})
-        endif()
         function(velmora_test_program name)
             add_executable(${name} ${ARGN})
         endfunction()
         add_subdirectory(tests/small)
+        """,
+    "CMakePresets.json": """
+        {
+            "version": 5,
+            "configurePresets": [
+                {"name": "release", "generator": "Ninja", "binaryDir": "${sourceDir}/build/release"},
+                {"name": "asan", "inherits": "release", "binaryDir": "${sourceDir}/build/asan",
+                 "cacheVariables": {"CMAKE_CXX_FLAGS": "-fsanitize=address"}}
+            ]
+        }
         """,
     "tests/small/CMakeLists.txt": """
 velmora_test_program(small_tests limit_test.cpp ../../small/limit.cpp)
