@@ -345,6 +345,17 @@ TEST(BufferedInput, KnowsWhereItsLinesStart) {
     EXPECT_EQ(input.curpos(), 14);
 }
 
+// Nothing is pushed back when the end of a line is the end of the data.
+TEST(BufferedInput, StaysAtTheEndAfterItsLastLine) {
+    for (const std::string end : {"\n", "\r", "\r\n", "\n\r"}) {
+        MemoryInput source("ab" + end);
+        BufferedInput input(source, 16);
+        EXPECT_EQ(line_of(input), "ab" + end);
+        EXPECT_EQ(input.curpos(), s64(2 + end.size()));
+        EXPECT_EQ(take(input, 4), "");
+    }
+}
+
 // A byte at a time is as much as a buffer of one byte, or none, holds: errors show.
 TEST(BufferedInput, ThrowsForAnErrorInALineWhereItSeesOne) {
     for (int bufsize : {0, 1}) {

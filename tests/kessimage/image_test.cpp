@@ -280,6 +280,15 @@ TEST(Image, MayBeFreedAndAllocatedAgain) {
     EXPECT_EQ(remainder_of(image).allocated_size, 160u);
 }
 
+TEST(Image, HoldsNothingOnceFreed) {
+    Image image(Spec(4, 2, Spec::BGRA_FLOAT));
+    image.free();
+    EXPECT_EQ(image.data, nullptr);
+    EXPECT_EQ(remainder_of(image).allocation, nullptr);
+    EXPECT_EQ(remainder_of(image).allocated_size, 0u);
+    EXPECT_EQ(trace_of([&] { image.free(); }), "libkessimage: free_pixels((nil), 0)\n");
+}
+
 TEST(Image, DumpsSizePlaceAndSpec) {
     Spec spec(4, 2, 20, Spec::BGRA_U8);
     spec.set_meta("string", "label", String("two words"));
