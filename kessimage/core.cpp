@@ -1,11 +1,10 @@
 #define XSOURCE "core"
 
 #include "kessimage/core.h"
+#include "osapi/osapi.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <sys/mman.h>
 
 namespace Kess {
 
@@ -26,19 +25,6 @@ static const char* const error_texts[] = {
     "unimplemented image format translation",
 };
 
-// Asks for large pages under a large block: a picture's first writing costs less in their hundreds
-// than in small ones' ten thousands. Advice only; where it is not taken nothing changes.
-static void prefer_large_pages(char* block, uword size) {
-    const uword large_page = uword(2) << 20;
-    const uword first = (reinterpret_cast<uword>(block) + large_page - 1) & ~(large_page - 1);
-    const uword end = (reinterpret_cast<uword>(block) + size) & ~(large_page - 1);
-    if (end <= first)
-        return;
-    const int before = errno;
-    madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
-    errno = before;
-}
-
 char* malloc_pixels(uword size) {
     if (TRACE_ALLOCATIONS)
         fprintf(stderr, "libkessimage: malloc_pixels(%lu)", size);
@@ -47,7 +33,8 @@ char* malloc_pixels(uword size) {
         XTHROW("out of memory");
     if (TRACE_ALLOCATIONS)
         fprintf(stderr, " = %p\n", block);
-    prefer_large_pages(static_cast<char*>(block), size);
+    // A picture's first writing costs less in hundreds of large pages than in ten thousands.
+    OSAPI::gather_into_large_pages(block, size);
     return static_cast<char*>(block);
 }
 

@@ -63,4 +63,23 @@ LockMemory::~LockMemory() {
     munlock(addr, len);
 }
 
+void gather_into_large_pages(void* addr, uword len) {
+    const uword large_page = uword(2) << 20;
+    const int collapse = 25; // MADV_COLLAPSE, which C libraries of before 2022 have no name for
+    const uword start = reinterpret_cast<uword>(addr);
+    const uword first = (start + large_page - 1) / large_page * large_page;
+    const uword end = (start + len) / large_page * large_page;
+    if (end <= first)
+        return;
+
+    // Only large pages of which at least one small page is there are gathered.
+    for (uword page = first; page < end; page += large_page) {
+        volatile char* byte = reinterpret_cast<volatile char*>(page);
+        *byte = *byte;
+    }
+    const int before = errno;
+    madvise(reinterpret_cast<void*>(first), end - first, collapse);
+    errno = before;
+}
+
 } // namespace OSAPI

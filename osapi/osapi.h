@@ -8,7 +8,7 @@
 //     The working directory, listings    chdir, getcwd, ScopedChdir, lsdir, Glob
 //     Open files and streams over them   DiskFile, FileInput, FileOutput, BufferedFileOutput
 //     Files that appear whole            AtomicFileWrite
-//     Memory mappings                    AnonMapping, FileMapping, LockMemory
+//     Memory mappings                    AnonMapping, FileMapping, LockMemory, large pages
 //     Processes                          fork, exec, kill, wait_until_dead, ChildProcess
 //     Signals                            SignalIgnore, SignalDefault, SignalHandler
 //     Sockets                            gethostname, connect_tcp, UNIXServerSocket,
@@ -450,6 +450,12 @@ public:
     LockMemory& operator=(const LockMemory&) = delete;
     ~LockMemory();
 };
+
+// Moves what lies in [addr, addr + len) of writable private memory, contents kept, into large pages
+// (2 MiB), as far as whole ones fit and the system has them; Linux before 6.1 has not. It is done
+// at once and leaves no advice on the range, so the memory may go back to any heap. Only speed
+// depends on it: it never fails, and keeps errno.
+void gather_into_large_pages(void* addr, uword len);
 
 // ---- Processes -------------------------------------------------------------------------------
 

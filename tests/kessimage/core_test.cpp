@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <string>
 #include <type_traits>
 
@@ -81,6 +82,35 @@ TEST(PixelMemory, AnyFlagButZeroTraces) {
         EXPECT_NE(stderr_of([&] { block = Kess::malloc_pixels(1); }), "");
         Kess::TRACE_ALLOCATIONS = 0;
         Kess::free_pixels(block, 1);
+    }
+}
+
+// The flags that the system keeps for the mapping that holds `address`, each between blanks.
+static std::string mapping_flags(const char* address) {
+    std::ifstream maps("/proc/self/smaps");
+    const unsigned long wanted = reinterpret_cast<unsigned long>(address);
+    bool is_here = false;
+    for (std::string line; std::getline(maps, line);) {
+        unsigned long first, end;
+        if (std::sscanf(line.c_str(), "%lx-%lx ", &first, &end) == 2)
+            is_here = first <= wanted && wanted < end;
+        else if (is_here && line.rfind("VmFlags:", 0) == 0)
+            return line.substr(8) + " ";
+    }
+    return "";
+}
+
+// Freed memory belongs to the host: nothing that was asked of the system for pixels may hold for
+// what the host puts there ("hg": advised to take large pages, "nh": not to).
+TEST(PixelMemory, CarriesNoAdviceThatOutlivesIt) {
+    for (unsigned long size : {9ul << 20, 80ul << 20}) {
+        char* const block = Kess::malloc_pixels(size);
+        const std::string flags = mapping_flags(block + (4 << 20));
+        Kess::free_pixels(block, size);
+        if (flags.empty())
+            GTEST_SKIP() << "no flags in /proc/self/smaps";
+        EXPECT_EQ(flags.find(" hg "), std::string::npos) << size << flags;
+        EXPECT_EQ(flags.find(" nh "), std::string::npos) << size << flags;
     }
 }
 

@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -372,6 +373,29 @@ TEST(FileMapping, HoldsNothingAfterAFailedMap) {
     const FileDescriptor fd(::open(path.c_str(), O_RDONLY));
     mapping.map(fd.fd, 5, OPEN_READ);
     EXPECT_EQ(text_of(mapping), "bytes");
+}
+
+TEST(LargePages, KeepContentsAndErrno) {
+    const uword size = uword(7) << 20; // whatever its alignment, it holds whole large pages
+    const AnonMapping memory(size, false);
+    const auto byte_at = [](uword i) { return char(i * 31 + (i >> 16)); };
+    for (uword i = 0; i < size; i++)
+        chars(memory)[i] = byte_at(i);
+    errno = EDOM;
+    OSAPI::gather_into_large_pages(chars(memory) + 1, size - 2);
+    EXPECT_EQ(errno, EDOM);
+    uword changed = 0;
+    for (uword i = 0; i < size; i++)
+        changed += chars(memory)[i] != byte_at(i);
+    EXPECT_EQ(changed, 0u);
+}
+
+TEST(LargePages, LeaveARangeAloneThatHoldsNone) {
+    const AnonMapping memory(page, false);
+    ASSERT_EQ(mprotect(memory.data, page, PROT_NONE), 0); // touching it would end the process
+    OSAPI::gather_into_large_pages(memory.data, page);
+    OSAPI::gather_into_large_pages(memory.data, 0);
+    OSAPI::gather_into_large_pages(nullptr, 0);
 }
 
 } // namespace
