@@ -147,6 +147,15 @@ TEST(AllocationFailure, OfEveryDoublingThrows) {
     }
 }
 
+// The longest text that printf gives a length for; one byte more is beyond an int.
+TEST(AllocationFailure, OfTheBufferForTheLongestResultNamesItsSize) {
+    Allocator allocator;
+    allocator.misprint(1, 2147483647);
+    allocator.refuse_above(1000000);
+    expect_formatting_failure(message_without_line_of([] { String::fmt("%d", 1); }));
+    EXPECT_EQ(allocator.reallocs.front(), 2147483648u);
+}
+
 TEST(AllocationFailure, EndsAFormatThatNeverFits) {
     Allocator allocator;
     allocator.misprint(9); // 100 bytes doubled to 51200, then refused

@@ -19,7 +19,7 @@ Allocator* active = nullptr;
 // The lists have room from the start, so that writing a call down makes none.
 Allocator::Allocator()
     : prints(0), refused_call(0), refused_for_good(false), largest(SIZE_MAX),
-      largest_real(SIZE_MAX), calls(0), misprinted(0), left_behind(nullptr) {
+      largest_real(SIZE_MAX), calls(0), misprinted(0), misprint_result(-1), left_behind(nullptr) {
     mallocs.reserve(1000);
     reallocs.reserve(1000);
     active = this;
@@ -44,8 +44,9 @@ void Allocator::pretend_above(std::size_t bytes) {
     largest_real = bytes;
 }
 
-void Allocator::misprint(int n) {
+void Allocator::misprint(int n, int result) {
     misprinted = n;
+    misprint_result = result;
 }
 
 void* Allocator::answer(void* block, std::size_t bytes, bool reallocating) {
@@ -64,8 +65,9 @@ void* Allocator::answer(void* block, std::size_t bytes, bool reallocating) {
     return nullptr;
 }
 
-bool Allocator::misprints() {
+bool Allocator::misprints(int& result) {
     ++prints;
+    result = misprint_result;
     return misprinted > 0 && misprinted-- > 0;
 }
 
@@ -91,8 +93,9 @@ void __wrap_free(void* block) {
 }
 
 int __wrap_vsnprintf(char* buffer, std::size_t bytes, const char* format, va_list args) {
-    if (active && active->misprints())
-        return -1;
+    int result;
+    if (active && active->misprints(result))
+        return result;
     return __real_vsnprintf(buffer, bytes, format, args);
 }
 }

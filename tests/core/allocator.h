@@ -23,15 +23,16 @@ public:
     // nothing may be written behind what was there.
     void pretend_above(std::size_t bytes);
 
-    // The next `n` calls of vsnprintf report -1, as old ones did for a text that does not fit.
-    void misprint(int n);
+    // The next `n` calls of vsnprintf report `result`: -1, as old ones did for a text that does not
+    // fit, or a length that no test has time to print.
+    void misprint(int n, int result = -1);
 
     std::vector<std::size_t> mallocs;  // sizes asked for
     std::vector<std::size_t> reallocs; // sizes asked for
     int prints;                        // calls of vsnprintf
 
     void* answer(void* block, std::size_t bytes, bool reallocating);
-    bool misprints();
+    bool misprints(int& result);
     void freed(void* block);
 
 private:
@@ -41,5 +42,6 @@ private:
     std::size_t largest_real;
     int calls;
     int misprinted;
+    int misprint_result;
     void* left_behind;
 };

@@ -49,18 +49,22 @@ int limited(int value) {
 
 # No value tells the first from what was there; the test leaves out 8, which tells the second.
 EQUIVALENT = """\
+      free(block);
     - if (value > 7)
     + if (value >= 7)
 """
 UNTESTED = """\
+      free(block);
     - if (value > 7)
     + if (value > 8)
 """
 SIZE = """\
+      int limited(int value) {
     - void* volatile block = malloc(9);
     + void* volatile block = malloc(10);
 """
 LEAK = """\
+      void* volatile block = malloc(9);
     - free(block);
     + ;
 """
@@ -110,7 +114,7 @@ class Mutate(unittest.TestCase):
                    PROJECT["tests/small/limit_test.cpp"].replace("&&", "&& limited(8) == 7 &&"))
         self.write("scripts/mutate.accepted", "# The limit itself is no matter.\n"
                                               f"small/limit.cpp\n{EQUIVALENT}    = gives 7\n"
-                                              f"{SIZE}    = the block\n      is not used\n")
+                                              f"{SIZE}    = not used\n")
         status, text, errors = self.mutate("small/limit.cpp")
         self.assertEqual(text, "4 planted: 4 killed, 0 not built, 0 survived; 2 accepted\n"
                                "no survivors\n", errors)
@@ -122,6 +126,17 @@ class Mutate(unittest.TestCase):
         self.assertEqual(self.mutate("small"), (
             2, "", "mutate: mutate.accepted: small/limit.cpp has no such change any more:\n"
                    + change))
+
+    def test_refuses_tests_that_fail_without_a_change(self):
+        self.write("tests/small/limit_test.cpp", """
+            #include <cstdio>
+            int limited(int) { return 0; }
+            int main() { return puts("seven is missing") < 0 || true; }
+            """)
+        self.write("tests/small/CMakeLists.txt", "velmora_test_program(small_tests limit_test.cpp)\n")
+        status, text, errors = self.mutate("small")
+        self.assertEqual((status, text), (2, ""))
+        self.assertRegex(errors, "^mutate: .*small_tests.*\nseven is missing\n$")
 
     def test_refuses_what_is_not_in_the_tree(self):
         for name in ("none", "..", "/"):
