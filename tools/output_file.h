@@ -10,13 +10,14 @@
 
 namespace velmora {
 
-// Finds out what would make writing `path` fail: no folder for it, a folder, device or pipe in its
-// place, or that it is one of the `inputs`.
+// Finds out what would make writing `path` fail: no folder for it or one that may not be used, a
+// folder, device or pipe in its place, a name too long for the suffix of the temporary file,
+// something in that file's place, or that one of the `inputs` has either name.
 void check_output(const std::string& path, const std::vector<std::string>& inputs);
 
-// Writes `bytes` beside `path`, waits until they are on the medium, and renames. A symbolic link is
-// replaced, not followed; a device, pipe or folder is refused. On failure the file that stood there
-// before still does, and nothing else is left behind.
+// Writes `bytes` as write_whole_file does. A symbolic link is replaced, not followed; a device, pipe
+// or folder is refused. Where nothing may be written, or another process is writing `path`, the file
+// that was there is unchanged.
 void write_file(const std::string& path, const std::string& bytes);
 
 // While it lives, the signals by which users end a program wait: a file that is being written is

@@ -1,11 +1,13 @@
 #include "tools/outputs.h"
 
+#include "osapi/temporary_file.h"
 #include "tools/failure.h"
 #include "tools/frame_attributes.h"
 #include "tools/output_file.h"
 #include "tools/png_file.h"
 
 #include <algorithm>
+#include <filesystem>
 
 namespace velmora {
 
@@ -67,6 +69,34 @@ OutputOptions outputs_of_node(const OutputOptions& options, const std::string& n
     return named;
 }
 
+// Where a file of that name goes. A link there is replaced, so only its folder's links are followed.
+static fs::path place_of(const std::string& name) {
+    std::error_code error;
+    const fs::path path = fs::absolute(name, error);
+    const fs::path folder = error ? path : fs::canonical(path.parent_path(), error);
+    if (error)
+        throw WorkFailure(name, error.message());
+    return folder / path.filename();
+}
+
+// Adds the place of `name` to those `taken`, which neither it nor its temporary file may be.
+static void take_place(const std::string& name, OutputPlaces& taken) {
+    const auto refuse_temporary = [](const std::string& output) {
+        throw UsageFailure(quoted(output), "is written to " + temporary_name_of(output) +
+                                               " first, which is another output");
+    };
+    const std::string place = place_of(name).string();
+    if (taken.count(place))
+        throw UsageFailure(quoted(name), "is named twice");
+    if (taken.count(temporary_name_of(place)))
+        refuse_temporary(name);
+    const std::size_t suffix = temporary_name_of("").size();
+    const auto other = taken.find(place.substr(0, place.size() - std::min(place.size(), suffix)));
+    if (other != taken.end() && temporary_name_of(other->first) == place)
+        refuse_temporary(other->second);
+    taken[place] = name;
+}
+
 Outputs::Outputs(const OutputOptions& options, const std::vector<int>& frames,
                  const std::vector<std::string>& inputs, OutputPlaces& taken)
     : options(options) {
@@ -81,13 +111,11 @@ Outputs::Outputs(const OutputOptions& options, const std::vector<int>& frames,
     if (options.exposure && !has(Kind::png))
         throw UsageFailure("--exposure", "is for PNG, and no .png output is named");
 
-    std::error_code ignored;
     for (const int frame : frames) {
         for (const Output& output : outputs) {
             const std::string name = output.name.at(frame);
             check_output(name, inputs);
-            if (!taken.insert(fs::weakly_canonical(fs::absolute(name), ignored)).second)
-                throw UsageFailure(quoted(name), "is named twice");
+            take_place(name, taken);
         }
     }
 }

@@ -7,9 +7,8 @@
 #include "tools/frame_name.h"
 #include "tools/render_frame.h"
 
-#include <filesystem>
+#include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -23,8 +22,8 @@ struct OutputOptions {
     std::optional<double> fps;         // as EXR says; the comp's own when not given
 };
 
-// The places that outputs are going to take up.
-typedef std::set<std::filesystem::path> OutputPlaces;
+// The places that outputs are going to take up, with the name that each was given.
+typedef std::map<std::string, std::string> OutputPlaces;
 
 // The options for one of several nodes: {node} in names becomes the node's name, and must be there.
 OutputOptions outputs_of_node(const OutputOptions& options, const std::string& node, bool several);
