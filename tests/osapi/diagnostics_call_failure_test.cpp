@@ -225,7 +225,7 @@ TEST(PrintStatistics, ReadsOnceAndTellsWhatFails) {
 TEST(ScopedFILE, LeavesADescriptorThatItCannotTakeToItsCaller) {
     expect_told({{"fdopen", 1, ENOMEM,
                   [] {
-                      const OSAPI::FileDescriptor fd(::dup(0));
+                      const OSAPI::FileDescriptor fd(some_descriptor());
                       OSAPI::ScopedFILE stream(fd.fd, "name", "r");
                   },
                   "fdopen(\"name\", \"r\")" +

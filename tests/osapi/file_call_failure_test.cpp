@@ -36,6 +36,7 @@ TEST(FileCallFailure, IsToldWholeAndLeavesNothingBehind) {
     char bytes[8];
     struct stat status;
     Array<String> listed;
+    const FileDescriptor held(some_descriptor());
     expect_told({
         // By descriptor.
         {"read", 1, EIO, [&] { OSAPI::read(0, bytes, 4); },
@@ -56,18 +57,18 @@ TEST(FileCallFailure, IsToldWholeAndLeavesNothingBehind) {
          "dup: Too many open files" + in("OSAPI::fd_t OSAPI::dup(fd_t)")},
         {"dup2", 1, EBUSY, [] { OSAPI::dup2(0, 1); },
          "dup2: Device or resource busy" + in("void OSAPI::dup2(fd_t, fd_t)")},
-        {"fcntl", 1, EIO, [] { OSAPI::set_blocking(0, false); },
+        {"fcntl", 1, EIO, [&] { OSAPI::set_blocking(held.fd, false); },
          "fcntl: Input/output error" + in("void OSAPI::set_blocking(fd_t, bool)")},
-        {"fcntl", 2, EPERM, [] { OSAPI::set_blocking(0, true); },
+        {"fcntl", 2, EPERM, [&] { OSAPI::set_blocking(held.fd, true); },
          "fcntl: Operation not permitted" + in("void OSAPI::set_blocking(fd_t, bool)")},
         {"poll", 1, ENOMEM, [&] { OSAPI::poll(&polled, 1, 0, true); },
          "poll: Cannot allocate memory" + in("int OSAPI::poll(pollfd*, unsigned int, int, bool)")},
-        {"ioctl", 1, ENOTTY, [&] { FileDescriptor(::dup(0)).ioctl(FIONREAD, bytes); },
+        {"ioctl", 1, ENOTTY, [&] { FileDescriptor(some_descriptor()).ioctl(FIONREAD, bytes); },
          "ioctl: Inappropriate ioctl for device" +
              in("int OSAPI::FileDescriptor::ioctl(int, char*)")},
         {"pipe", 1, EMFILE, [] { OSAPI::Pipe().open(); },
          "pipe: Too many open files" + in("void OSAPI::Pipe::open()")},
-        {"fstat", 1, EIO, [&] { OSAPI::DiskFile(::dup(0)).stat(&status); },
+        {"fstat", 1, EIO, [&] { OSAPI::DiskFile(some_descriptor()).stat(&status); },
          "fstat: Input/output error" + in("void OSAPI::DiskFile::stat(stat*) const")},
 
         // By path.

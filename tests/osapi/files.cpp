@@ -30,6 +30,16 @@ int open_descriptors() {
     return int(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
 }
 
+int some_descriptor() {
+    return open("/dev/null", O_RDWR);
+}
+
+int next_descriptor() {
+    const int next = some_descriptor();
+    close(next);
+    return next;
+}
+
 std::string permissions_at(const void* address) {
     std::ifstream maps("/proc/self/maps");
     for (std::string line; std::getline(maps, line);) {

@@ -15,6 +15,12 @@ bool exists(const std::string& path);
 // How many descriptors this process holds.
 int open_descriptors();
 
+// A descriptor to use up: of nothing much, and open even when those of the process are not.
+int some_descriptor();
+
+// What the next descriptor to be opened will be.
+int next_descriptor();
+
 // The permissions ("r--s") of the mapping that starts at `address`, "" when none does.
 std::string permissions_at(const void* address);
 

@@ -37,8 +37,7 @@ typedef std::vector<std::string> Names;
 class NoMoreDescriptors {
 public:
     NoMoreDescriptors() {
-        const int next = ::dup(0);
-        ::close(next);
+        const int next = next_descriptor();
         getrlimit(RLIMIT_NOFILE, &before);
         const rlimit limit = {rlim_t(next), before.rlim_max};
         setrlimit(RLIMIT_NOFILE, &limit);
@@ -55,6 +54,7 @@ TEST(NoMoreDescriptors, IsToldByWhateverNeedsOne) {
     const ScratchFolder folder;
     const std::string path = folder.write("file", "bytes"), out = folder.file("out");
     const std::string dir = folder.path();
+    const FileDescriptor held(some_descriptor());
     const struct {
         std::function<void()> action;
         std::string text;
@@ -64,7 +64,7 @@ TEST(NoMoreDescriptors, IsToldByWhateverNeedsOne) {
          "opening file \"" + path + "\""},
         {[&] { AtomicFileWrite write(out.c_str(), OPEN_WRITE); },
          "opening file \"" + out + ".inprogress\""},
-        {[] { OSAPI::dup(0); }, "dup"},
+        {[&] { OSAPI::dup(held.fd); }, "dup"},
         {[] { OSAPI::Pipe().open(); }, "pipe"},
         {[&] {
              Array<String> listed;

@@ -37,8 +37,13 @@ public:
 
 class KilledChild : public Child {
 public:
-    explicit KilledChild(int signum) : Child(wait_for_ever) {
-        ::kill(pid, signum);
+    // The signal's disposition is the default: under nohup or in a shell's background this process
+    // ignores some, and its children would, too.
+    explicit KilledChild(int signum)
+        : Child([signum] {
+              ::signal(signum, SIG_DFL);
+              return ::raise(signum);
+          }) {
         wait_for_its_end();
     }
 };
@@ -334,8 +339,8 @@ TEST(RunningAsRoot, LooksAtTheEffectiveUser) {
 
 TEST(Consoles, AreTerminals) {
     EXPECT_EQ(status_of_child([] {
-                  const int null = ::open("/dev/null", O_RDWR);
-                  const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+                  const int null = fcntl(some_descriptor(), F_DUPFD, 3);
+                  const int terminal = fcntl(posix_openpt(O_RDWR | O_NOCTTY), F_DUPFD, 3);
                   for (const int console : {0, 1, 2}) {
                       for (const int fd : {0, 1, 2})
                           dup2(fd == console ? terminal : null, fd);

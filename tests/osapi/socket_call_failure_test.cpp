@@ -123,8 +123,7 @@ TEST(SocketCallFailure, IsToldWholeAndLeavesNothingBehindButForAConnection) {
     };
     for (const Row& row : rows) {
         const int before = open_descriptors();
-        const int next = ::dup(0); // what a new descriptor will be
-        ::close(next);
+        const int next = next_descriptor();
         {
             SystemCalls calls;
             for (const Answer& answer : row.answers)
@@ -259,7 +258,7 @@ TYPED_TEST(AcceptCalls, TakeInterruptionsAsTheyAreTold) {
     const std::string call = tcp ? "accept(16)" : "accept(110)";
     for (const bool interruptible : {false, true}) {
         TypeParam server;
-        const int connection = ::dup(0);
+        const int connection = some_descriptor();
         FileDescriptor owner(connection);
         SystemCalls calls;
         calls.fail("accept", EINTR, 1);
@@ -286,7 +285,7 @@ TYPED_TEST(AcceptCalls, CloseAConnectionThatCannotBeMarked) {
     const int before = open_descriptors();
     for (const int nth : {1, 2}) {
         TypeParam server;
-        const int connection = ::dup(0);
+        const int connection = some_descriptor();
         SystemCalls calls;
         calls.answer("accept", 1, connection, 0);
         calls.fail("fcntl", EIO, nth);

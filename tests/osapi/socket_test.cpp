@@ -173,8 +173,7 @@ TEST(TCPServerSocket, AsksForAPort) {
 TEST(ConnectTcp, LeaksItsSocketWhenItIsRefused) {
     const int before = open_descriptors();
     const int port = free_port();
-    const fd_t next = ::dup(0); // what a new descriptor will be
-    ::close(next);
+    const fd_t next = next_descriptor();
     EXPECT_EQ(message_without_line_of([&] { OSAPI::connect_tcp("127.0.0.1", port); }),
               "connect(\"127.0.0.1:" + std::to_string(port) + "\"): Connection refused" +
                   in_connect);
