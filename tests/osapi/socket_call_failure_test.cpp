@@ -221,6 +221,28 @@ TEST(ConnectTcp, AsksForAnAddressThatItKnows) {
     EXPECT_EQ(open_descriptors(), before);
 }
 
+// The host has two addresses, and a server listens at each.
+TEST(ConnectTcp, TakesTheFirstAddress) {
+    sockaddr_in address = {}, peer = {};
+    address.sin_family = AF_INET;
+    socklen_t size = sizeof address;
+    const FileDescriptor first(socket(AF_INET, SOCK_STREAM, 0));
+    const FileDescriptor second(socket(AF_INET, SOCK_STREAM, 0));
+    address.sin_addr.s_addr = htonl(0x7f000001);
+    ASSERT_EQ(bind(first.fd, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(getsockname(first.fd, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    address.sin_addr.s_addr = htonl(0x7f000002);
+    ASSERT_EQ(bind(second.fd, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(listen(first.fd, 1), 0);
+    ASSERT_EQ(listen(second.fd, 1), 0);
+
+    SystemCalls calls;
+    calls.answer("gethostbyname", 1, AF_INET, 0);
+    const FileDescriptor fd(OSAPI::connect_tcp("host", ntohs(address.sin_port)));
+    ASSERT_EQ(getpeername(fd.fd, reinterpret_cast<sockaddr*>(&peer), &size), 0);
+    EXPECT_EQ(ntohl(peer.sin_addr.s_addr), 0x7f000001u);
+}
+
 TEST(ConnectTcp, DoesNotLookForAHostBehindAnImpossiblePort) {
     SystemCalls calls;
     for (const int impossible : {0, 65536, -1})

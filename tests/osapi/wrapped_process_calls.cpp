@@ -105,8 +105,8 @@ extern "C" hostent* __wrap_gethostbyname(const char* name) {
         h_errno = errno;
         return nullptr;
     }
-    static char address[16] = {127, 0, 0, 1};
-    static char* addresses[] = {address, nullptr};
+    static char address[16] = {127, 0, 0, 1}, another[16] = {127, 0, 0, 2};
+    static char* addresses[] = {address, another, nullptr};
     static hostent host = {};
     host.h_addrtype = int(result);
     host.h_length = result == AF_INET ? 4 : 16;
