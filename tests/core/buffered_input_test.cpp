@@ -502,4 +502,18 @@ TEST(BufferedInput, CutsLinesThroughItsOwnRead) {
     EXPECT_EQ(line_of(input), "TWO");
 }
 
+// 2^32 leaves nothing in 32 bits, as a position and as a way.
+TEST(BufferedInput, SeeksBeyond32Bits) {
+    const s64 wrap = s64(1) << 32;
+    MemoryInput source("abcdef");
+    BufferedInput input(source, 8);
+    EXPECT_EQ(input.seek_from_start(wrap), wrap);
+    EXPECT_EQ(input.curpos(), wrap);
+    EXPECT_EQ(input.seek_from_curpos(wrap), 2 * wrap);
+    EXPECT_EQ(input.seek_from_curpos(-wrap), wrap);
+    EXPECT_EQ(input.seek_from_start(0), 0);
+    EXPECT_EQ(source.calls, std::vector<std::string>({"start 4294967296", "start 8589934592",
+                                                      "start 4294967296", "start 0"}));
+}
+
 } // namespace

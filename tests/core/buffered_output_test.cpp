@@ -191,6 +191,25 @@ TEST(BufferedOutput, FlushesBeforeItSeeksTheTargetFromItsStart) {
     EXPECT_EQ(target.data, "aBcd..gh");
 }
 
+// 2^32 leaves nothing in 32 bits, as a position and as a way.
+TEST(BufferedOutput, SeeksBeyond32Bits) {
+    class Endless : public MemoryOutput {
+    public:
+        int write(const char*, int n) override { return n; }
+    };
+    const s64 wrap = s64(1) << 32;
+    Endless target;
+    BufferedOutput output(target, 8);
+    EXPECT_EQ(output.seek_from_start(wrap), wrap);
+    put(output, "ab");
+    EXPECT_EQ(output.curpos(), wrap + 2);
+    EXPECT_EQ(output.seek_from_curpos(wrap), 2 * wrap + 2);
+    EXPECT_EQ(output.seek_from_curpos(-wrap - 2), wrap);
+    EXPECT_EQ(output.seek_from_start(0), 0);
+    EXPECT_EQ(target.calls,
+              Calls({"start 4294967296", "start 8589934594", "start 4294967296", "start 0"}));
+}
+
 TEST(BufferedOutput, DoesNotFlushWhenASeekLeadsToWhereItStands) {
     MemoryOutput target;
     BufferedOutput output(target, 8);

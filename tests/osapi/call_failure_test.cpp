@@ -336,6 +336,17 @@ TEST(LockMemory, LocksItsRangeAndUnlocksItWhenItGoes) {
     EXPECT_EQ(calls.made, Calls({std::string("mlock") + range, std::string("munlock") + range}));
 }
 
+TEST(LockMemory, LocksMoreThan32BitsCount) {
+    SystemCalls calls;
+    calls.answer("mlock", 1, 0, 0);
+    calls.answer("munlock", 1, 0, 0);
+    {
+        const LockMemory lock(nullptr, 5000000000);
+        EXPECT_EQ(lock.len, 5000000000u);
+    }
+    EXPECT_EQ(calls.made, Calls({"mlock((nil), 5000000000)", "munlock((nil), 5000000000)"}));
+}
+
 TEST(LockMemory, IgnoresAFailedUnlock) {
     char memory[16];
     SystemCalls calls;

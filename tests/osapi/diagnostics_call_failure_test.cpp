@@ -6,6 +6,8 @@
 #include "tests/osapi/place.h"
 
 #include <fcntl.h>
+#include <stdlib.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -239,6 +241,28 @@ TEST(ScopedFILE, IgnoresAFailedClose) {
     EXPECT_NO_THROW(OSAPI::ScopedFILE(::open("/dev/null", O_WRONLY), "null", "w"));
     EXPECT_EQ(calls.count("fclose"), 1);
     EXPECT_EQ(open_descriptors(), before);
+}
+
+// ---- Clocks ----------------------------------------------------------------------------------
+
+TEST(Microsecs, AreWholeAfter2106) {
+    const timeval now = {5000000000, 7};
+    SystemCalls calls;
+    calls.answer("gettimeofday", 1, 0, 0,
+                 std::string(reinterpret_cast<const char*>(&now), sizeof now));
+    EXPECT_EQ(OSAPI::microsecs(), 5000000000000007u);
+}
+
+// 5,000,000,000 seconds after 1970 began it is 08:53 of this day in Greenwich.
+TEST(GetDate, KnowsTheDaysAfter2038) {
+    EXPECT_EQ(status_of_child([] {
+                  setenv("TZ", "UTC0", 1);
+                  SystemCalls calls;
+                  calls.answer("time", 1, 5000000000, 0);
+                  const OSAPI::Date date = OSAPI::get_date();
+                  return date.year == 2128 && date.month == 6 && date.day == 11;
+              }),
+              0);
 }
 
 } // namespace

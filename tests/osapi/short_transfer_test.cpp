@@ -146,6 +146,34 @@ TEST_F(ShortTransfer, MovesTheOffsetAlong) {
                      "pwrite(13, 5000000008)", "pwrite(5, 5000000016)"}));
 }
 
+// The system takes or gives no more than 2 GiB at once; nothing is touched, as it is only told so.
+TEST(LongTransfer, CountsBeyond32Bits) {
+    for (const Transfer& transfer : transfers) {
+        SystemCalls calls;
+        for (const int nth : {1, 2})
+            calls.answer(transfer.call, nth, 2147479552, 0);
+        calls.answer(transfer.call, 3, 705040897, 0);
+        EXPECT_EQ(transfer.move(-1, nullptr, 5000000001), 5000000001);
+        const std::string name = transfer.call;
+        Calls made;
+        for (const std::string& call : calls.made)
+            if (call.compare(0, name.size() + 1, name + '(') == 0)
+                made.push_back(call.substr(name.size()));
+        const bool positioned = name[0] == 'p';
+        EXPECT_EQ(made, positioned ? Calls({"(5000000001, 3)", "(2852520449, 2147479555)",
+                                            "(705040897, 4294959107)"})
+                                   : Calls({"(5000000001)", "(2852520449)", "(705040897)"}))
+            << name;
+    }
+}
+
+TEST(ReadShort, AsksForAndGivesMoreThan32Bits) {
+    SystemCalls calls;
+    calls.answer("read", 1, 5000000000, 0);
+    EXPECT_EQ(OSAPI::read_short(-1, nullptr, 5000000001), 5000000000);
+    EXPECT_EQ(calls.made, Calls({"read(5000000001)"}));
+}
+
 // ---- read_short ------------------------------------------------------------------------------
 
 TEST_F(ShortTransfer, IsWhatReadShortGives) {
