@@ -102,6 +102,20 @@ TEST(Projection, GivesInfinitiesForAPinholeDivideByZero) {
     EXPECT_EQ(pinhole(-1, 0, 0).x, -infinity);
 }
 
+// The depth's sign counts even where the divide makes it infinite.
+TEST(Projection, TakesTheDepthTimesAnInfiniteReciprocal) {
+    EXPECT_FALSE(project(OP_STARS_PERSPECTIVE, 0, 0, -1).visible);
+    EXPECT_TRUE(project(OP_STARS_PERSPECTIVE, 0, 0, 1).visible);
+}
+
+// A direction whose length is beyond a double is divided by infinity: no depth is below 0 then.
+TEST(Projection, SeesDirectionsTooLongToNormaliseInTheMiddle) {
+    DblMatrix4 m = identity();
+    for (int i = 0; i < 3; i++)
+        m(i, i) = 1e200;
+    expect({0.6, 0, -0.8, 0, true, 100, 50}, project(hemisphere, 0.6, 0, -0.8, 0, m));
+}
+
 TEST(Projection, CountsAWThatIsNoNumberAsVisible) {
     for (op_stars_projection p : {OP_STARS_PERSPECTIVE, hemisphere, azimuthal}) {
         DblMatrix4 m = identity();
