@@ -58,7 +58,7 @@ StarCall some_call(Dice& dice, int width, int height) {
     else if (kind == 1) // short against its size, wherever it is
         call.to[0] = std::nextafter(call.from[0], std::numeric_limits<float>::infinity());
     else if (kind < 5) { // through (x, y)
-        const double part = dice.log_between(0.01, 100);
+        const double part = dice.below(2) ? 1 : dice.log_between(0.01, 100);
         call.to = at(float(x - part * (double(call.from[0]) - x)),
                      float(y - part * (double(call.from[1]) - y)));
     }
@@ -152,6 +152,42 @@ TEST(Windows, OfADrawListAddUpToTheSameBits) {
             }
         }
         ASSERT_TRUE(same_bits(listed, whole));
+    }
+    EXPECT_GT(drawn_calls, 1000);
+}
+
+// Both readings count columns and rows in the same floats. Beside their exponentials' and error
+// functions' last bits they differ where the plain one rounds exponents, and along short paths,
+// where the fast one adds up spots: those it places exactly, the plain one by its counters, off by
+// up to the image's width and height where they do not move.
+TEST(Windows, AreThePlainReadingsFarOut) {
+    Dice dice(33);
+    int drawn_calls = 0;
+    for (int i = 0; i < 3000; i++) {
+        const int width = 1 + dice.below(i % 8 ? 60 : 600), height = 1 + dice.below(30);
+        StarCall call = some_call(dice, width, height);
+        call.color = white;
+        Picture plain(width, height), fast(width, height);
+        call.dst = plain.fb;
+        const Drawn expected = plain_star_streak(call);
+        call.dst = fast.fb;
+        const Drawn drawn = draw_star_streak(call);
+        ASSERT_LE(drawn.pixels, expected.pixels) << name_of(call);
+        drawn_calls += drawn.pixels > 0;
+
+        const Path path(call.from, call.to);
+        const double size = std::min(call.size_x, call.size_y);
+        const double length = path.is_streak() ? double(path.length) : 0;
+        const double far = std::fabs(double(path.mid[0])) + std::fabs(double(path.mid[1]));
+        const bool counts = far + width + height < 8388608;
+        const double off = (counts ? 0 : width + height) + 1.2e-7 * far;
+        const double lost = length > 0 ? std::max(call.size_x, call.size_y) / length : 0;
+        const double allowed = call.amplitude * (3e-6 + 1e-6 * lost + std::min(1.0, off / size));
+        double worst = 0;
+        for (int y = 0; y < height; y++)
+            for (int x = 0; x < width; x++)
+                worst = std::max(worst, std::fabs(double(plain.red(x, y)) - fast.red(x, y)));
+        EXPECT_LE(worst, allowed) << name_of(call);
     }
     EXPECT_GT(drawn_calls, 1000);
 }
