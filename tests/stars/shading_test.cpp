@@ -49,6 +49,18 @@ TEST(Shading, RaisesLuminanceToTheBiasExponent) {
     EXPECT_TRUE(std::isnan(shaded_luminance(-1, data)));
 }
 
+// Within the 4 last bits of EXPECT_FLOAT_EQ of the power in double; powf is good to one.
+TEST(Shading, RaisesTheFluxToAnyExponent) {
+    StarRendererData data = no_tint();
+    for (const double exponent : {0.25, 0.5, 0.9, 0.99, 1.0, 1.01, 1.1, 1.5, 2.0, 4.0})
+        for (const float flux : {0.25f, 0.5f, 3.0f}) {
+            data.bias_exponent = exponent;
+            EXPECT_FLOAT_EQ(shaded_luminance(flux, data),
+                            float(std::pow(double(flux), double(float(exponent)))))
+                << flux << " to the power " << exponent;
+        }
+}
+
 TEST(Shading, CapsTheBiasedLuminance) {
     StarRendererData data = no_tint();
     data.lum_max = 0.7;
