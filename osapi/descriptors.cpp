@@ -36,12 +36,15 @@ static int system_open_flags(int flags) {
         oflags |= O_DIRECT;
     if (flags & OPEN_EXCL)
         oflags |= O_EXCL;
+    if (flags & OPEN_NOWAIT)
+        oflags |= O_NONBLOCK;
     return oflags;
 }
 
 fd_t open_can_fail(const char* path, int flags) {
     const int oflags = system_open_flags(flags);
-    const fd_t fd = oflags == O_RDONLY ? ::open(path, oflags) : ::open(path, oflags, creation_mode);
+    const fd_t fd =
+        !(oflags & O_CREAT) ? ::open(path, oflags) : ::open(path, oflags, creation_mode);
     if (fd == -1)
         return -1;
     FileDescriptor owner(fd);

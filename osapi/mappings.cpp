@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <sys/mman.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace OSAPI {
@@ -52,6 +53,43 @@ void FileMapping::map(fd_t fd, uword len, int flags) {
     }
     data = range;
     size = len;
+}
+
+// ---- Memory that may be lost -------------------------------------------------------------------
+
+// The pipe takes as much at a time as it has room for.
+static uword copy_through_pipe(char* to, const char* from, uword n) {
+    Pipe pipe;
+    pipe.open();
+    close_on_exec(pipe.read_end.fd);
+    close_on_exec(pipe.write_end.fd);
+    set_blocking(pipe.write_end.fd, false);
+    uword copied = 0;
+    while (copied < n) {
+        const ssize_t count = ::write(pipe.write_end.fd, from + copied, n - copied);
+        if (count > 0)
+            copied += uword(read(pipe.read_end.fd, to + copied, uword(count)));
+        else if (errno == EFAULT)
+            break;
+        else if (errno != EINTR)
+            XTHROW("write: %s", strerror(errno));
+    }
+    pipe.read_end.close();
+    pipe.write_end.close();
+    return copied;
+}
+
+// The process's number is asked for each time: a child after fork() reads its own memory.
+uword copy_can_fail(void* to, const void* from, uword n) {
+    if (n == 0)
+        return 0;
+    const iovec target = {to, n}, source = {const_cast<void*>(from), n};
+    const ssize_t copied = process_vm_readv(::getpid(), &target, 1, &source, 1, 0);
+    if (copied >= 0)
+        return uword(copied);
+    if (errno == EFAULT)
+        return 0;
+    return copy_through_pipe(static_cast<char*>(to), static_cast<const char*>(from), n);
 }
 
 LockMemory::LockMemory(void* addr, uword len) : addr(addr), len(len) {

@@ -4,11 +4,12 @@
 //     Names of paths                     basename, dirname, extension
 //     Time                               microsecs, sleep, pause, yield, get_date
 //     Descriptors                        open, read, write, lseek, …, FileDescriptor, Pipe, poll
-//     Files and folders by path          file_exists, mkdir, get_mtime, rm, rename, …, Remover
+//     Files and folders by path          file_exists, mkdir, get_mtime, rm, get_stamp, …, Remover
 //     The working directory, listings    chdir, getcwd, ScopedChdir, lsdir, Glob
 //     Open files and streams over them   DiskFile, FileInput, FileOutput, BufferedFileOutput
 //     Files that appear whole            AtomicFileWrite
-//     Memory mappings                    AnonMapping, FileMapping, LockMemory, large pages
+//     Memory mappings                    AnonMapping, FileMapping, copy_can_fail, LockMemory,
+//                                        large pages
 //     Processes                          fork, exec, kill, wait_until_dead, ChildProcess
 //     Signals                            SignalIgnore, SignalDefault, SignalHandler
 //     Sockets                            gethostname, connect_tcp, UNIXServerSocket,
@@ -58,6 +59,7 @@ enum {
     OPEN_WRITE = 2,  // creates (mode 0664) and truncates
     OPEN_DIRECT = 4, // adds O_DIRECT
     OPEN_EXCL = 8,   // adds O_EXCL
+    OPEN_NOWAIT = 16 // adds O_NONBLOCK: opening a pipe or a device does not wait for the other end
 };
 
 // ---- Names of paths --------------------------------------------------------------------------
@@ -239,6 +241,31 @@ void rm_ifexist(const char* path);
 
 // Throws "rename(from,to): …".
 void rename(const char* from, const char* to);
+
+// Which file it is, and its contents as far as size and time identify them.
+struct FileStamp {
+    u64 device, inode; // together they name one file
+    u64 size;          // bytes
+    s64 seconds;       // of the last modification, since 1970 began, UTC
+    s64 nanoseconds;   // of that second
+    bool is_regular;   // neither a folder nor a pipe, device or socket
+
+    bool is_same_file(const FileStamp& other) const {
+        return device == other.device && inode == other.inode;
+    }
+    bool operator==(const FileStamp& other) const {
+        return is_same_file(other) && size == other.size && seconds == other.seconds &&
+               nanoseconds == other.nanoseconds && is_regular == other.is_regular;
+    }
+    bool operator!=(const FileStamp& other) const { return !(*this == other); }
+};
+
+// Throws "fstat: …".
+FileStamp get_stamp(fd_t fd);
+
+// The same of the file at `path`; false with errno set, and `stamp` unchanged, when the system
+// refuses.
+bool get_stamp_can_fail(const char* path, FileStamp& stamp);
 
 // Removes a file, if it is there, when it goes itself.
 class Remover {
@@ -438,6 +465,14 @@ public:
     // thrown.
     void map(fd_t fd, uword len, int flags);
 };
+
+// Copies `n` bytes from memory that may be lost at any moment, as a mapping's pages are when somebody
+// shortens the file. Reading them directly would end the process with SIGBUS; a system call that
+// meets a lost page only fails. Returns how many bytes were copied: fewer than `n` where memory is
+// lost, and then up to a page short of it. Needs no privilege: where process_vm_readv is forbidden, as in some sandboxes, the bytes go
+// through a pipe, at about twice the time. Throws "pipe: …", "fcntl: …", "write: …", "read: …" and
+// "close: …", all of the pipe.
+uword copy_can_fail(void* to, const void* from, uword n);
 
 // Keeps a range in physical memory while it lives. Throws "mlock: …".
 class LockMemory {

@@ -81,6 +81,26 @@ u64 getsize(const char* path) {
     return u64(status.st_size);
 }
 
+static FileStamp stamp_of(const struct stat& status) {
+    return {status.st_dev,         status.st_ino,          u64(status.st_size),
+            status.st_mtim.tv_sec, status.st_mtim.tv_nsec, S_ISREG(status.st_mode)};
+}
+
+FileStamp get_stamp(fd_t fd) {
+    struct stat status;
+    if (fstat(fd, &status) == -1)
+        XTHROW("fstat: %s", strerror(errno));
+    return stamp_of(status);
+}
+
+bool get_stamp_can_fail(const char* path, FileStamp& stamp) {
+    struct stat status;
+    if (stat(path, &status) == -1)
+        return false;
+    stamp = stamp_of(status);
+    return true;
+}
+
 FileTime get_mtime_ifexist(const char* path) {
     struct stat status;
     if (stat(path, &status) == 0)

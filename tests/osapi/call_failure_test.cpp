@@ -80,6 +80,9 @@ TEST(CallFailure, IsToldWholeAndLeavesNothingBehind) {
         {"write", 1, EFBIG, [=] { OSAPI::write(1, "abc", 3); }, "write: File too large" + in_write},
         {"fstat", 1, EOVERFLOW, [=] { OSAPI::getsize(0); },
          "fstat: Value too large for defined data type" + in_getsize},
+        {"fstat", 1, EIO, [=] { OSAPI::get_stamp(0); },
+         std::string("fstat: Input/output error in <OSAPI::FileStamp OSAPI::get_stamp(fd_t)") +
+             tail},
         {"fsync", 1, EIO, [=] { OSAPI::sync(0); }, "fsync: Input/output error" + in_sync},
         {"stat", 1, EACCES, [=] { OSAPI::is_directory(name); },
          "stat(" + path + "): Permission denied" + in_is_directory},
@@ -316,6 +319,84 @@ TEST(SystemCall, TheFirstFailureIsToldWhenClosingFailsToo) {
                   }),
                   0)
             << c.call;
+}
+
+// ---- Memory that may be lost -------------------------------------------------------------------
+
+// A mapping of a file of 40 pages that has been cut to `left` bytes since.
+struct Mapped {
+    const ScratchFolder folder;
+    const std::string path;
+    const FileMapping mapping;
+
+    explicit Mapped(off_t left)
+        : path(folder.write("file", std::string(40 * 4096, 'x'))),
+          mapping(path.c_str(), OPEN_READ) {
+        EXPECT_EQ(::truncate(path.c_str(), left), 0);
+    }
+};
+
+TEST(SystemCall, CopyingTakesOne) {
+    const Mapped file(40 * 4096);
+    std::string copy(8000, '#');
+    SystemCalls calls;
+    EXPECT_EQ(OSAPI::copy_can_fail(&copy[0], file.mapping.data, 8000), 8000u);
+    EXPECT_EQ(calls.made, Calls{"process_vm_readv(8000)"});
+}
+
+// A sandbox may refuse the call in any way; a pipe may take any number of bytes at a time.
+TEST(SystemCall, CopyingGoesThroughAPipeWhereItIsForbidden) {
+    const Mapped whole(40 * 4096), cut(20 * 4096), gone(0);
+    const struct {
+        const Mapped& file;
+        uword copied;
+    } cases[] = {{whole, 40 * 4096}, {cut, 20 * 4096}, {gone, 0}};
+    for (const int error : {EPERM, ENOSYS, EACCES, ENOMEM})
+        for (const auto& c : cases)
+            for (const std::size_t most : {std::size_t(1) << 20, std::size_t(1024)}) {
+                std::string copy(40 * 4096, '#');
+                const int before = open_descriptors();
+                SystemCalls calls;
+                calls.fail("process_vm_readv", error);
+                calls.fail("write", EINTR, 2);
+                calls.shorten("write", most);
+                calls.shorten("read", 700);
+                EXPECT_EQ(OSAPI::copy_can_fail(&copy[0], c.file.mapping.data, copy.size()),
+                          c.copied);
+                EXPECT_EQ(copy,
+                          std::string(c.copied, 'x') + std::string(copy.size() - c.copied, '#'));
+                EXPECT_EQ(open_descriptors(), before);
+            }
+}
+
+TEST(SystemCall, CopyingThroughAPipeThatFailsIsTold) {
+    const Mapped file(40 * 4096);
+    const std::string in_copy =
+        std::string(" in <uword OSAPI::copy_through_pipe(char*, const char*, uword)") + tail;
+    const struct {
+        const char* call;
+        int error;
+        std::string message;
+    } cases[] = {
+        {"pipe", EMFILE,
+         std::string("pipe: Too many open files in <void OSAPI::Pipe::open()") + tail},
+        {"fcntl", EIO, "fcntl: Input/output error" + in_close_on_exec},
+        {"write", EIO, "write: Input/output error" + in_copy},
+        {"read", EIO,
+         std::string("read: Input/output error in <sword OSAPI::read(int, char*, uword)") + tail},
+        {"close", EIO, "close: Input/output error" + in_close},
+    };
+    for (const auto& c : cases) {
+        const int before = open_descriptors();
+        char copy[100];
+        SystemCalls calls;
+        calls.fail("process_vm_readv", EPERM);
+        calls.fail(c.call, c.error);
+        EXPECT_EQ(message_without_line_of(
+                      [&] { OSAPI::copy_can_fail(copy, file.mapping.data, sizeof copy); }),
+                  c.message);
+        EXPECT_EQ(open_descriptors(), before) << c.call;
+    }
 }
 
 // ---- Locked memory ---------------------------------------------------------------------------

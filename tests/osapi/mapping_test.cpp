@@ -398,4 +398,70 @@ TEST(LargePages, LeaveARangeAloneThatHoldsNone) {
     OSAPI::gather_into_large_pages(nullptr, 0);
 }
 
+// ---- Memory that may be lost -------------------------------------------------------------------
+
+// A file of `pages` pages of which each byte holds its page's number, mapped, then cut to `left`.
+struct CutFile {
+    const ScratchFolder folder;
+    const std::string path;
+    const FileMapping mapping;
+
+    CutFile(uword pages, uword left)
+        : path(folder.write("file", bytes(pages))), mapping(path.c_str(), OPEN_READ) {
+        EXPECT_EQ(::truncate(path.c_str(), off_t(left)), 0);
+    }
+
+    static std::string bytes(uword pages) {
+        std::string all;
+        for (uword i = 0; i < pages; i++)
+            all += std::string(page, char('a' + i));
+        return all;
+    }
+};
+
+TEST(CopyCanFail, CopiesAllThatIsThere) {
+    const CutFile file(3, 3 * page);
+    for (uword from : {uword(0), uword(1), page - 1, 2 * page + 7})
+        for (uword n : {uword(0), uword(1), uword(17), page}) {
+            if (from + n > 3 * page)
+                continue;
+            std::string copy(n + 2, '#');
+            EXPECT_EQ(OSAPI::copy_can_fail(&copy[1], chars(file.mapping) + from, n), n);
+            EXPECT_TRUE(copy == "#" + CutFile::bytes(3).substr(from, n) + "#") << from << " " << n;
+        }
+}
+
+TEST(CopyCanFail, CopiesNothingOfALostPage) {
+    const CutFile file(2, 0);
+    std::string copy(page, '#');
+    EXPECT_EQ(OSAPI::copy_can_fail(&copy[0], file.mapping.data, page), 0u);
+    EXPECT_EQ(OSAPI::copy_can_fail(&copy[0], chars(file.mapping) + page + 9, 1), 0u);
+    EXPECT_TRUE(copy == std::string(page, '#'));
+}
+
+TEST(CopyCanFail, StopsAtTheFirstLostPage) {
+    const CutFile file(20, 2 * page);
+    std::string copy(20 * page, '#');
+    EXPECT_EQ(OSAPI::copy_can_fail(&copy[0], file.mapping.data, 20 * page), 2 * page);
+    EXPECT_TRUE(copy == CutFile::bytes(2) + std::string(18 * page, '#'));
+}
+
+// The end of a file cut within a page reads as zeros to the end of that page.
+TEST(CopyCanFail, CopiesZerosAfterACutWithinAPage) {
+    const CutFile file(2, page / 2);
+    std::string copy(page, '#');
+    EXPECT_EQ(OSAPI::copy_can_fail(&copy[0], file.mapping.data, page), page);
+    EXPECT_TRUE(copy == std::string(page / 2, 'a') + std::string(page / 2, '\0'));
+}
+
+TEST(CopyCanFail, CopiesInAChild) {
+    const CutFile file(1, page);
+    EXPECT_EQ(status_of_child([&] {
+                  std::string copy(page, '#');
+                  return OSAPI::copy_can_fail(&copy[0], file.mapping.data, page) == page &&
+                         copy == CutFile::bytes(1);
+              }),
+              0);
+}
+
 } // namespace

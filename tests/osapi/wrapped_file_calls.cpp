@@ -9,6 +9,7 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <sys/uio.h>
 #include <utime.h>
 
 #include <cerrno>
@@ -147,6 +148,11 @@ WRAPPED(int, mlock, (const void* address, size_t bytes), (address, bytes), "%p, 
         bytes)
 WRAPPED(int, munlock, (const void* address, size_t bytes), (address, bytes), "%p, %zu", address,
         bytes)
+
+WRAPPED(ssize_t, process_vm_readv,
+        (pid_t pid, const iovec* to, unsigned long targets, const iovec* from,
+         unsigned long sources, unsigned long flags),
+        (pid, to, targets, from, sources, flags), "%zu", from->iov_len)
 
 extern "C" void* __real_mmap(void*, size_t, int, int, int, off_t);
 extern "C" int __real_munmap(void*, size_t);
