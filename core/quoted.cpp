@@ -1,0 +1,98 @@
+#include "core/quoted.h"
+
+#include "core/types.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace velmora {
+
+static const std::size_t escape_length = 4; // \xHH
+
+struct CodePoints {
+    u32 first, last;
+};
+
+static const CodePoints hidden[] = {
+    {0x0000, 0x001f}, {0x007f, 0x009f}, {0x061c, 0x061c}, {0x200b, 0x200b}, {0x200e, 0x200f},
+    {0x2028, 0x202e}, {0x2060, 0x206f}, {0xfeff, 0xfeff}, {0xfff9, 0xfffb}, {0xe0000, 0xe007f},
+};
+
+static bool is_continuation(char ch) {
+    return (static_cast<unsigned char>(ch) & 0xc0) == 0x80;
+}
+
+// How many bytes a character has by its first one; 0 for a byte that begins none.
+static std::size_t length_by_first(unsigned char byte) {
+    if (byte < 0x80)
+        return 1;
+    if (byte < 0xc2 || byte > 0xf4)
+        return 0;
+    return byte < 0xe0 ? 2 : byte < 0xf0 ? 3 : 4;
+}
+
+// Decodes the character that `text` begins with; its length, or 0 when that is not UTF-8.
+static std::size_t decode(std::string_view text, u32& code) {
+    static const u32 least[] = {0, 0, 0x80, 0x800, 0x10000}; // by length; below is overlong
+    const auto first = static_cast<unsigned char>(text[0]);
+    const std::size_t length = length_by_first(first);
+    if (length == 0 || text.size() < length)
+        return 0;
+    code = length == 1 ? first : first & (0x7fu >> length);
+    for (std::size_t k = 1; k < length; k++) {
+        if (!is_continuation(text[k]))
+            return 0;
+        code = code << 6 | (static_cast<unsigned char>(text[k]) & 0x3f);
+    }
+    const bool is_surrogate = code >= 0xd800 && code <= 0xdfff;
+    return code < least[length] || is_surrogate || code > 0x10ffff ? 0 : length;
+}
+
+// The length of the character that `text` begins with, or 0 when its first byte is to be escaped.
+// Continuation bytes left behind begin no character, so they are escaped in their turn.
+static std::size_t shown_length(std::string_view text) {
+    u32 code = 0;
+    const std::size_t length = decode(text, code);
+    const bool is_hidden =
+        std::any_of(std::begin(hidden), std::end(hidden), [&](const CodePoints& range) {
+            return code >= range.first && code <= range.last;
+        });
+    return is_hidden ? 0 : length;
+}
+
+std::size_t take_printable(std::string_view& text, char* out, std::size_t room) {
+    static const char digits[] = "0123456789abcdef";
+    std::size_t written = 0;
+    while (!text.empty()) {
+        const std::size_t length = shown_length(text);
+        const std::size_t needed = length > 0 ? length : escape_length;
+        if (needed > room - written)
+            break;
+        const auto byte = static_cast<unsigned char>(text[0]);
+        const char escape[escape_length] = {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
+        memcpy(out + written, length > 0 ? text.data() : escape, needed);
+        written += needed;
+        text.remove_prefix(length > 0 ? length : 1);
+    }
+    return written;
+}
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    char block[256];
+    while (!text.empty())
+        shown.append(block, take_printable(text, block, sizeof block));
+    return shown;
+}
+
+std::string in_quotes(std::string_view text, std::size_t most) {
+    if (text.size() <= most)
+        return "'" + printable(text) + "'";
+    // Back to where a character begins; UTF-8 has at most three bytes after the first.
+    std::size_t end = most;
+    while (end > 0 && most - end < 3 && is_continuation(text[end]))
+        end--;
+    return "'" + printable(text.substr(0, end)) + "...'";
+}
+
+} // namespace velmora
