@@ -3,13 +3,19 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <sstream>
 #include <string_view>
 #include <system_error>
 
 namespace velmora {
 
 static const char* const blanks = " \t\r\v\f";
+
+// Takes the first line off the front, without its LF.
+static std::string_view take_line(std::string_view& rest) {
+    const std::string_view line = rest.substr(0, rest.find('\n'));
+    rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+    return line;
+}
 
 // Frames further from 0 than this are slips of the finger.
 static const double farthest_frame = 1e9;
@@ -25,21 +31,6 @@ static std::vector<std::string_view> words_of(std::string_view line) {
     return words;
 }
 
-// The word as a message shows it: printable, and cut when it is long.
-static std::string quoted(std::string_view word) {
-    const std::size_t most = 40;
-    const char* const digits = "0123456789abcdef";
-    std::string shown = "'";
-    for (const char ch : word.substr(0, most)) {
-        const auto byte = static_cast<unsigned char>(ch);
-        if (byte >= 0x20 && byte < 0x7f)
-            shown += ch;
-        else
-            shown += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
-    }
-    return shown + (word.size() > most ? "...'" : "'");
-}
-
 static double number_of(std::string_view word, const std::string& where) {
     // from_chars takes a minus sign only.
     const std::size_t sign = word.size() > 1 && word[0] == '+' && word[1] != '-' ? 1 : 0;
@@ -47,11 +38,11 @@ static double number_of(std::string_view word, const std::string& where) {
     const char* const end = word.data() + word.size();
     const auto result = std::from_chars(word.data() + sign, end, number);
     if (result.ec == std::errc::invalid_argument || result.ptr != end)
-        throw ChanError(where, quoted(word) + " is not a number");
+        throw ChanError(where, in_quotes(word) + " is not a number");
     if (result.ec != std::errc())
-        throw ChanError(where, quoted(word) + " is out of range");
+        throw ChanError(where, in_quotes(word) + " is out of range");
     if (!std::isfinite(number))
-        throw ChanError(where, quoted(word) + " is not a finite number");
+        throw ChanError(where, in_quotes(word) + " is not a finite number");
     return number;
 }
 
@@ -74,7 +65,7 @@ static ChanSample sample_of(const std::vector<std::string_view>& words, const st
     if (words.size() == 8) {
         sample.vfov = number_of(words[7], where);
         if (*sample.vfov <= 0.0 || *sample.vfov >= 180.0)
-            throw ChanError(where, "field of view " + quoted(words[7]) +
+            throw ChanError(where, "field of view " + in_quotes(words[7]) +
                                        " is not between 0 and 180 degrees");
     }
     return sample;
@@ -84,10 +75,9 @@ Chan Chan::parse(const std::string& text, const std::string& name) {
     Chan chan;
     std::size_t columns = 0;
     std::string before; // the last frame's number, as the file has it
-    std::istringstream input(text);
-    std::string line;
-    for (int number = 1; std::getline(input, line); number++) {
-        const std::vector<std::string_view> words = words_of(line);
+    std::string_view rest = text;
+    for (int number = 1; !rest.empty(); number++) {
+        const std::vector<std::string_view> words = words_of(take_line(rest));
         if (words.empty())
             continue;
         const std::string where = name + ":" + std::to_string(number);
@@ -96,10 +86,10 @@ Chan Chan::parse(const std::string& text, const std::string& name) {
 
         const double frame = number_of(words[0], where);
         if (std::fabs(frame) > farthest_frame)
-            throw ChanError(where, "frame " + quoted(words[0]) + " is out of range");
+            throw ChanError(where, "frame " + in_quotes(words[0]) + " is out of range");
         if (!chan.lines.empty() && frame <= chan.last_frame())
-            throw ChanError(where,
-                            "frame " + quoted(words[0]) + " does not come after frame " + before);
+            throw ChanError(where, "frame " + in_quotes(words[0]) + " does not come after frame " +
+                                       in_quotes(before));
         chan.lines.push_back({frame, sample_of(words, where)});
         before = words[0];
     }

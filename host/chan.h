@@ -11,6 +11,7 @@
 // Threads:   a Chan that is made never changes.
 #pragma once
 
+#include "core/quoted.h"
 #include "host/transform.h"
 
 #include <optional>
@@ -20,14 +21,14 @@
 
 namespace velmora {
 
-// Says "<where>: <why>", where <where> is FILE:LINE, or FILE when the whole file is at fault.
+// Says "<where>: <why>", printable, where <where> is FILE:LINE, or FILE when the whole file is at fault.
 class ChanError : public std::runtime_error {
 public:
     const std::string where;
     const std::string why;
 
     ChanError(const std::string& where, const std::string& why)
-        : std::runtime_error(where + ": " + why), where(where), why(why) {}
+        : std::runtime_error(printable(where + ": " + why)), where(where), why(why) {}
 };
 
 struct ChanSample {

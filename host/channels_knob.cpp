@@ -27,7 +27,7 @@ static ChannelSet set_of(const ScriptValue& word, const std::string& script) {
         return DD::Image::Mask_None;
     const Channel channel = DD::Image::findChannel(word.text.c_str());
     if (!channel)
-        throw ScriptError(script, word.place, "there is no channel " + shown(word));
+        throw ScriptError(script, word.place, "there is no channel " + in_quotes(word));
     return channel;
 }
 

@@ -1,5 +1,7 @@
 #include "host/checks.h"
 
+#include "core/quoted.h"
+
 #include <DDImage/Op.h>
 
 namespace velmora {
@@ -19,6 +21,6 @@ void set_checks_plugins(bool on) {
 }
 
 PluginMisuse::PluginMisuse(const DD::Image::Op& op, const std::string& what)
-    : std::logic_error(std::string(op.node_name()) + " (" + op.Class() + "): " + what) {}
+    : std::logic_error(printable(std::string(op.node_name()) + " (" + op.Class() + "): " + what)) {}
 
 } // namespace velmora

@@ -21,7 +21,7 @@ namespace velmora {
 DDImage_API bool checks_plugins();
 DDImage_API void set_checks_plugins(bool on);
 
-// Says "<node> (<class>): <what>".
+// Says "<node> (<class>): <what>", printable.
 class DDImage_API PluginMisuse : public std::logic_error {
 public:
     PluginMisuse(const DD::Image::Op& op, const std::string& what);

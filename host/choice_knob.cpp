@@ -55,11 +55,11 @@ void ChoiceKnob::read(const ScriptValue& value, const std::string& script) {
     const bool plain = items.size() == 1 && items[0].kind != ScriptValue::Kind::braced;
     if (!plain)
         throw ScriptError(script, value.place,
-                          "knob '" + name() + "': " + shown(value) +
+                          "knob '" + name() + "': " + in_quotes(value) +
                               " is an animation or an expression, which a menu cannot have here");
     if (!set_text(items[0].text.c_str()))
         throw ScriptError(script, value.place,
-                          "knob '" + name() + "' has no item " + shown(items[0]));
+                          "knob '" + name() + "' has no item " + in_quotes(items[0]));
 }
 
 ScriptValue ChoiceKnob::script_value() const {

@@ -100,7 +100,7 @@ void CurveReader::read(const std::vector<ScriptValue>& items) {
     for (; k < items.size(); k++)
         read_item(items[k]);
     if (prefix)
-        fail(*prefix, shown(*prefix) + " has no value behind it");
+        fail(*prefix, in_quotes(*prefix) + " has no value behind it");
     if (keys.empty())
         fail(items[0], "the curve has no key");
     find_slopes();
@@ -122,7 +122,7 @@ void CurveReader::read_item(const ScriptValue& item) {
     } else if (starts_number(text) && first != '?') {
         read_value(item);
     } else {
-        fail(item, shown(item) + " cannot be part of a curve");
+        fail(item, in_quotes(item) + " cannot be part of a curve");
     }
 }
 
@@ -132,13 +132,13 @@ double CurveReader::part_of(const ScriptValue& item, double largest) const {
         item.kind, item.text.substr(1), {item.place.line, item.place.column + 1}};
     const double part = number_of(number, name);
     if (std::fabs(part) > largest)
-        fail(item, shown(item) + " is out of range");
+        fail(item, in_quotes(item) + " is out of range");
     return part;
 }
 
 void CurveReader::read_frame(const ScriptValue& item) {
     if (next_x)
-        fail(item, shown(item) + " follows another frame that has no value");
+        fail(item, in_quotes(item) + " follows another frame that has no value");
     next_x = part_of(item, farthest_frame);
     prefix = &item;
 }
@@ -147,7 +147,7 @@ void CurveReader::read_value(const ScriptValue& item) {
     next.frame = next_x.value_or(next_frame(keys));
     next.value = number_of(item, name);
     if (std::fabs(next.value) > largest_value)
-        fail(item, shown(item) + " is out of range");
+        fail(item, in_quotes(item) + " is out of range");
     if (std::fabs(next.frame) > farthest_frame)
         fail(item, "the frame " + number_text(next.frame) + " is out of range");
     if (!keys.empty() && next.frame - keys.back().frame < closest_frames)
@@ -167,21 +167,21 @@ void CurveReader::read_value(const ScriptValue& item) {
 
 void CurveReader::read_tangent(const ScriptValue& item) {
     if (prefix || keys.empty())
-        fail(item, shown(item) + " does not follow a value");
+        fail(item, in_quotes(item) + " does not follow a value");
     const char letter = item.text[0];
     CurveKey& last = keys.back();
     if (letter == 's' || letter == 't') {
         std::optional<double>& given = letter == 's' ? last.left_slope : last.right_slope;
         if (given)
-            fail(item, shown(item) + " is the second of its kind");
+            fail(item, in_quotes(item) + " is the second of its kind");
         if (letter == 't' && !last.left_slope)
-            fail(item, shown(item) + " without 's' before it leaves the left slope open");
+            fail(item, in_quotes(item) + " without 's' before it leaves the left slope open");
         given = part_of(item, largest_value);
     } else {
         double& handle = letter == 'u' ? last.left_handle : last.right_handle;
         handle = part_of(item, largest_value);
         if (handle < 0 || handle > 3)
-            fail(item, shown(item) + " is not between 0 and 3");
+            fail(item, in_quotes(item) + " is not between 0 and 3");
     }
 }
 
@@ -336,7 +336,7 @@ AnimationCurve AnimationCurve::parse(const ScriptValue& value, const std::string
     if (value.kind == ScriptValue::Kind::braced ||
         std::from_chars(value.text.data() + sign, end, ignored).ptr != end || value.text.empty())
         throw ScriptError(name, value.place,
-                          "the expression " + shown(value.text) + " cannot be honoured");
+                          "the expression " + in_quotes(value.text) + " cannot be honoured");
     curve.number = number_of(value, name);
     return curve;
 }

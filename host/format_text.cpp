@@ -23,8 +23,8 @@ static bool parse_aspect(const std::string& text, double& number) {
 
 Format parse_format_text(const ScriptValue& value, const std::string& script) {
     const ScriptError refused(script, value.place,
-                              shown(value) + " is no format: width height [x y r t] [aspect] "
-                                             "[name]");
+                              in_quotes(value) + " is no format: width height [x y r t] [aspect] "
+                                                 "[name]");
     // A text in quotes is a list, too.
     ScriptValue list = value;
     list.kind = ScriptValue::Kind::braced;
@@ -36,7 +36,7 @@ Format parse_format_text(const ScriptValue& value, const std::string& script) {
     if (count == 0 && words.size() == 1) {
         if (const Format* const named = Format::findNamed(words[0].text.c_str()))
             return *named;
-        throw ScriptError(script, value.place, "there is no format named " + shown(words[0]));
+        throw ScriptError(script, value.place, "there is no format named " + in_quotes(words[0]));
     }
     // A third whole number alone is the pixel aspect.
     if (count > 2 && count < 6)

@@ -31,7 +31,10 @@ static void load_library(const std::string& file) {
 static std::string loaded_by(const std::string& file) {
     std::ifstream stream(file);
     std::string command, name;
-    if (!(stream >> command >> name) || command != "load")
+    stream >> command >> name;
+    if (!stream.is_open() || stream.bad())
+        throw PluginError(file, "cannot be read");
+    if (!stream || command != "load")
         throw PluginError(file, "holds something else than 'load NAME'");
     return name;
 }
@@ -57,7 +60,8 @@ bool PluginPath::load(const std::string& name, int depth) const {
         if (depth == deepest_tcl)
             throw PluginError(tcl, "leads round in a circle");
         if (!load(next, depth + 1))
-            throw PluginError(tcl, "loads '" + next + "', which is not on the plug-in path");
+            throw PluginError(tcl,
+                              "loads " + in_quotes(next) + ", which is not on the plug-in path");
         return true;
     }
     return false;

@@ -8,6 +8,8 @@
 // Ownership: plug-ins stay loaded for as long as the process runs.
 #pragma once
 
+#include "core/quoted.h"
+
 #include <DDImage/Op.h>
 
 #include <stdexcept>
@@ -16,14 +18,14 @@
 
 namespace velmora {
 
-// Says "<file or class>: <why>".
+// Says "<file or class>: <why>", printable.
 class DDImage_API PluginError : public std::runtime_error {
 public:
     const std::string where;
     const std::string why;
 
     PluginError(const std::string& where, const std::string& why)
-        : std::runtime_error(where + ": " + why), where(where), why(why) {}
+        : std::runtime_error(printable(where + ": " + why)), where(where), why(why) {}
 };
 
 class DDImage_API PluginPath {

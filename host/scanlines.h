@@ -7,6 +7,8 @@
 // Threads:   pull_rows starts as many as it is asked for and waits for them.
 #pragma once
 
+#include "core/quoted.h"
+
 #include <DDImage/Iop.h>
 
 #include <functional>
@@ -15,14 +17,14 @@
 
 namespace velmora {
 
-// An op called error(). Says "<node>: <message>".
+// An op called error(). Says "<node>: <message>", printable.
 class DDImage_API OpFailure : public std::runtime_error {
 public:
     const std::string node;
     const std::string why;
 
     OpFailure(const std::string& node, const std::string& why)
-        : std::runtime_error(node + ": " + why), node(node), why(why) {}
+        : std::runtime_error(printable(node + ": " + why)), node(node), why(why) {}
 };
 
 // Validates for real and throws when the op or one of its inputs has failed.

@@ -163,7 +163,7 @@ void ScriptBuilder::run(const ScriptCommand& command) {
     } else if (is_word(head) && what == "end_group") {
         end_group(command);
     } else if (!is_word(head) || command.size() != 2 || !is_block(command[1])) {
-        fail(head, "the command " + shown(head) + " is not known");
+        fail(head, "the command " + in_quotes(head) + " is not known");
     } else if (what == "Root") {
         set_root(command);
     } else if (!is_one_of(what, {"define_window_layout_xml", "add_layer"})) {
@@ -181,7 +181,7 @@ void ScriptBuilder::finish() const {
 int ScriptBuilder::variable(const ScriptValue& word) const {
     const auto found = variables.find(word.text.substr(1));
     if (found == variables.end())
-        fail(word, "the variable " + shown(word.text.substr(1)) + " is not set");
+        fail(word, "the variable " + in_quotes(word.text.substr(1)) + " is not set");
     return found->second;
 }
 
@@ -207,7 +207,7 @@ void ScriptBuilder::push(const ScriptCommand& command) {
         fail(command[0], "'push' takes a variable or 0");
     const int node = is_name ? variable(command[1]) : -1;
     if (node >= 0 && placed[static_cast<std::size_t>(node)].group != scopes.back().group)
-        fail(command[1], shown(command[1]) + " stands for a node of another group");
+        fail(command[1], in_quotes(command[1]) + " stands for a node of another group");
     scopes.back().stack.push_back(node);
 }
 
@@ -220,13 +220,13 @@ void ScriptBuilder::clone(const ScriptCommand& command) {
         check_class(command[2]);
         // The name says which clones belong together when several are pasted one by one.
         if (!clone_names.insert(command[1].text).second)
-            fail(command[1], "the clones " + shown(command[1]) + " have begun already");
+            fail(command[1], "the clones " + in_quotes(command[1]) + " have begun already");
         place_node(command[2].text, command[0].place, command[3], nullptr);
         return;
     }
     const int node = variable(command[1]);
     if (node < 0)
-        fail(command[1], shown(command[1]) + " stands for no node");
+        fail(command[1], in_quotes(command[1]) + " stands for no node");
     const Placed original = placed[static_cast<std::size_t>(node)];
     if (original.class_name == "Group")
         fail(command[1], "the clone of a group cannot be honoured");
@@ -246,7 +246,7 @@ void ScriptBuilder::check_class(const ScriptValue& name) const {
     });
     if (!is_plain || is_one_of(name.text, {"Root", "version", "set", "push", "clone", "end_group",
                                            "define_window_layout_xml", "add_layer"}))
-        fail(name, shown(name) + " cannot be the class of a node");
+        fail(name, in_quotes(name) + " cannot be the class of a node");
 }
 
 // A count N, or N+M, where the M are masks, which come from the stack as the others do.
@@ -257,7 +257,7 @@ std::size_t ScriptBuilder::read_count(const ScriptValue& value) const {
     const int masks =
         plus == text.size() ? 0 : small_number(text.substr(plus + 1), most_inputs - count);
     if (is_block(value) || count < 0 || masks < 0)
-        fail(value, shown(value) + " is not a number of inputs");
+        fail(value, in_quotes(value) + " is not a number of inputs");
     return static_cast<std::size_t>(count) + static_cast<std::size_t>(masks);
 }
 
@@ -267,9 +267,9 @@ Body ScriptBuilder::read_body(const ScriptValue& block, bool is_root) const {
     for (std::size_t k = 0; k < items.size(); k += 2) {
         const ScriptValue& knob = items[k];
         if (is_block(knob) || knob.text.empty())
-            fail(knob, shown(knob) + " cannot be the name of a knob");
+            fail(knob, in_quotes(knob) + " cannot be the name of a knob");
         if (k + 1 == items.size() || items[k + 1].place.line != knob.place.line)
-            fail(knob, "the knob " + shown(knob) + " has no value");
+            fail(knob, "the knob " + in_quotes(knob) + " has no value");
         const ScriptValue& value = items[k + 1];
         if (knob.text == "inputs")
             body.inputs = read_count(value);
@@ -287,10 +287,10 @@ std::string ScriptBuilder::full_name(const ScriptValue& own_name) {
         return "";
     const auto is_odd = [](char ch) { return ch == '.' || (ch >= 0 && ch <= ' '); };
     if (is_block(own_name) || std::any_of(own_name.text.begin(), own_name.text.end(), is_odd))
-        fail(own_name, shown(own_name) + " cannot be the name of a node");
+        fail(own_name, in_quotes(own_name) + " cannot be the name of a node");
     const auto [other, is_new] = scopes.back().names.emplace(own_name.text, own_name.place);
     if (!is_new)
-        fail(own_name, "the name " + shown(own_name) + " is taken since line " +
+        fail(own_name, "the name " + in_quotes(own_name) + " is taken since line " +
                            std::to_string(other->second.line));
     return scopes.back().prefix + own_name.text;
 }
@@ -319,7 +319,7 @@ std::size_t ScriptBuilder::read_number(const std::vector<ScriptKnob>& knobs) con
     const ScriptKnob* const number = find_knob(knobs, "number");
     const int which = number ? small_number(number->value.text, most_inputs) : 0;
     if (which < 0)
-        fail(number->value, shown(number->value) + " is not the number of an input");
+        fail(number->value, in_quotes(number->value) + " is not the number of an input");
     return static_cast<std::size_t>(which);
 }
 
@@ -327,7 +327,7 @@ void ScriptBuilder::make_clone(ScriptNode& node, int original) const {
     for (const ScriptKnob& knob : node.knobs)
         if (!is_graph_knob(knob.name))
             throw ScriptError(script.name, knob.place,
-                              "a clone cannot have a " + shown(knob.name) + " of its own");
+                              "a clone cannot have a " + in_quotes(knob.name) + " of its own");
     if (original < 0)
         return;
     const int before = script.nodes[static_cast<std::size_t>(original)].clone_of;

@@ -61,7 +61,7 @@ bool Loader::is_disabled(const ScriptNode& node) const {
         return false;
     if (knob->value.text != "true" && knob->value.text != "1")
         refuse(knob->value.place,
-               "knob 'disable': the expression " + shown(knob->value) + " cannot be honoured");
+               "knob 'disable': the expression " + in_quotes(knob->value) + " cannot be honoured");
     return true;
 }
 
@@ -88,7 +88,7 @@ Node& Loader::create(const ScriptNode& from) {
         refuse(from.place, error.what());
     }
     refuse(from.place, "there is no plug-in for " + title(from) + ", of class " +
-                           shown(from.class_name) + ", whose output is needed");
+                           in_quotes(from.class_name) + ", whose output is needed");
 }
 
 static std::set<std::string> user_knobs(const ScriptNode& node, const std::string& name) {
@@ -125,8 +125,8 @@ void Loader::read_knobs(const ScriptNode& from, Node& node) const {
         if (HostKnob* const known = node.knob(knob.name))
             known->read(knob.value, script.name);
         else if (!passed)
-            refuse(knob.place, title(from) + ", of class " + shown(from.class_name) +
-                                   ", has no knob " + shown(knob.name) + " here");
+            refuse(knob.place, title(from) + ", of class " + in_quotes(from.class_name) +
+                                   ", has no knob " + in_quotes(knob.name) + " here");
     }
 }
 

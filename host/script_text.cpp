@@ -300,11 +300,11 @@ double number_of(const ScriptValue& value, const std::string& name) {
     const auto result = std::from_chars(text.data() + sign, end, number);
     if (value.kind == ScriptValue::Kind::braced || result.ec == std::errc::invalid_argument ||
         result.ptr != end)
-        throw ScriptError(name, value.place, shown(value) + " is not a number");
+        throw ScriptError(name, value.place, in_quotes(value) + " is not a number");
     if (result.ec != std::errc())
-        throw ScriptError(name, value.place, shown(value) + " is out of range");
+        throw ScriptError(name, value.place, in_quotes(value) + " is out of range");
     if (!std::isfinite(number))
-        throw ScriptError(name, value.place, shown(value) + " is not a finite number");
+        throw ScriptError(name, value.place, in_quotes(value) + " is not a finite number");
     return number;
 }
 
@@ -313,22 +313,8 @@ std::string number_text(double number) {
     return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
-std::string shown(std::string_view text) {
-    const std::size_t most = 40;
-    const char* const digits = "0123456789abcdef";
-    std::string result = "'";
-    for (const char ch : text.substr(0, most)) {
-        const auto byte = static_cast<unsigned char>(ch);
-        if (byte >= 0x20 && byte < 0x7f)
-            result += ch;
-        else
-            result += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
-    }
-    return result + (text.size() > most ? "...'" : "'");
-}
-
-std::string shown(const ScriptValue& value) {
-    return shown(value.kind == ScriptValue::Kind::braced ? "{" + value.text + "}" : value.text);
+std::string in_quotes(const ScriptValue& value) {
+    return in_quotes(value.kind == ScriptValue::Kind::braced ? "{" + value.text + "}" : value.text);
 }
 
 } // namespace velmora

@@ -15,6 +15,8 @@
 // Threads:   pure functions.
 #pragma once
 
+#include "core/quoted.h"
+
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -27,7 +29,7 @@ struct ScriptPlace {
     int column = 1;
 };
 
-// Says "<where>: <why>", where <where> is FILE:LINE:COLUMN, or FILE when the whole file is at
+// Says "<where>: <why>", printable, where <where> is FILE:LINE:COLUMN, or FILE when the whole file is at
 // fault.
 class ScriptError : public std::runtime_error {
 public:
@@ -35,7 +37,7 @@ public:
     const std::string why;
 
     ScriptError(const std::string& where, const std::string& why)
-        : std::runtime_error(where + ": " + why), where(where), why(why) {}
+        : std::runtime_error(printable(where + ": " + why)), where(where), why(why) {}
     ScriptError(const std::string& name, ScriptPlace place, const std::string& why)
         : ScriptError(name + ":" + std::to_string(place.line) + ":" + std::to_string(place.column),
                       why) {}
@@ -69,8 +71,7 @@ double number_of(const ScriptValue& value, const std::string& name);
 // The shortest text that gives the same number again. `number` must be finite.
 std::string number_text(double number);
 
-// The text or value as a message shows it: in quotes, printable, and cut when it is long.
-std::string shown(std::string_view text);
-std::string shown(const ScriptValue& value);
+// The value as a message shows it, a list with its braces.
+std::string in_quotes(const ScriptValue& value);
 
 } // namespace velmora

@@ -10,7 +10,7 @@ static bool is_plain(char ch) {
            (ch != '\0' && std::string("_-+.,:/%=@*!?~^&|<>()'").find(ch) != std::string::npos);
 }
 
-static std::string quoted(const std::string& text) {
+static std::string quoted_value(const std::string& text) {
     std::string result = "\"";
     for (const char ch : text) {
         const auto byte = static_cast<unsigned char>(ch);
@@ -33,7 +33,7 @@ static std::string text_of(const ScriptValue& value) {
         return "{" + value.text + "}";
     const bool is_bare =
         !value.text.empty() && std::all_of(value.text.begin(), value.text.end(), is_plain);
-    return is_bare ? value.text : quoted(value.text);
+    return is_bare ? value.text : quoted_value(value.text);
 }
 
 // The words of a version as they are, if they read back as the same text.
@@ -42,7 +42,7 @@ static std::string version_text(const std::string& version) {
                                      [](char ch) { return ch == ' ' || is_plain(ch); }) &&
                          version.front() != ' ' && version.back() != ' ' &&
                          version.find("  ") == std::string::npos;
-    return is_bare ? version : quoted(version);
+    return is_bare ? version : quoted_value(version);
 }
 
 static void write_knobs(std::string& text, const std::vector<ScriptKnob>& knobs) {
@@ -77,13 +77,13 @@ static LaterUses later_uses(const Script& script) {
         const ScriptNode& node = script.nodes[k];
         for (const int input : node.inputs) {
             if (input < -1 || input >= static_cast<int>(k))
-                throw std::invalid_argument("an input of the node " + shown(node.name) +
+                throw std::invalid_argument("an input of the node " + in_quotes(node.name) +
                                             " does not stand before it");
             if (input >= 0 && !follows(script, k))
                 uses.pushed[static_cast<std::size_t>(input)] = true;
         }
         if (node.clone_of < -1 || node.clone_of >= static_cast<int>(k))
-            throw std::invalid_argument("the original of the node " + shown(node.name) +
+            throw std::invalid_argument("the original of the node " + in_quotes(node.name) +
                                         " does not stand before it");
         if (node.clone_of >= 0)
             uses.cloned[static_cast<std::size_t>(node.clone_of)] = true;
@@ -93,9 +93,9 @@ static LaterUses later_uses(const Script& script) {
 
 static void check_node(const ScriptNode& node) {
     if (node.name.find('.') != std::string::npos)
-        throw std::invalid_argument("the node " + shown(node.name) + " stands in a group");
+        throw std::invalid_argument("the node " + in_quotes(node.name) + " stands in a group");
     if (is_looked_through(node.class_name))
-        throw std::invalid_argument("the node " + shown(node.name) + " is of class " +
+        throw std::invalid_argument("the node " + in_quotes(node.name) + " is of class " +
                                     node.class_name + ", which scripts are read without");
 }
 

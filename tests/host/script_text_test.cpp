@@ -258,8 +258,8 @@ TEST(ScriptText, WritesNumbersAsShortAsTheyReadBack) {
 }
 
 TEST(ScriptText, ShowsAnyTextInOnePlainLine) {
-    EXPECT_EQ(shown("a\nb\xff"), "'a\\x0ab\\xff'");
-    EXPECT_EQ(shown(std::string(41, 'a')), "'" + std::string(40, 'a') + "...'");
-    EXPECT_EQ(shown(std::string(40, 'a')), "'" + std::string(40, 'a') + "'");
-    EXPECT_EQ(shown(value_of("{a b}")), "'{a b}'");
+    EXPECT_EQ(in_quotes("a\nb\xff"), "'a\\x0ab\\xff'");
+    EXPECT_EQ(in_quotes(std::string(41, 'a')), "'" + std::string(40, 'a') + "...'");
+    EXPECT_EQ(in_quotes(std::string(40, 'a')), "'" + std::string(40, 'a') + "'");
+    EXPECT_EQ(in_quotes(value_of("{a b}")), "'{a b}'");
 }
