@@ -1,6 +1,7 @@
 #include "catalog/star_table.h"
 #include "catalog/photometry.h"
 #include "core/number.h"
+#include "core/quoted.h"
 
 #include <cmath>
 
@@ -12,21 +13,6 @@ static const std::string_view header_start = "hip,ra,dec,";
 enum { HIP, RA, DEC, VMAG, BV, PLX, E_PLX, NAME, COLUMN_COUNT };
 static const char* const column_names[COLUMN_COUNT] = {"hip", "ra",  "dec",   "vmag",
                                                        "bv",  "plx", "e_plx", "name"};
-
-// Text of the file for a message: one line of plain characters, not too long.
-static std::string quoted(std::string_view text) {
-    const uword most = 40;
-    const char* const digits = "0123456789abcdef";
-    std::string shown = "\"";
-    for (const char ch : text.substr(0, most)) {
-        const auto byte = static_cast<unsigned char>(ch);
-        if (byte >= 0x20 && byte < 0x7f)
-            shown += ch;
-        else
-            shown += {'\\', 'x', digits[byte >> 4], digits[byte & 15]};
-    }
-    return shown + (text.size() > most ? "...\"" : "\"");
-}
 
 // Takes the quoted field that `rest` begins with, quotes undone; false when no quote ends it.
 static bool take_quoted(std::string_view& rest, std::string& field) {
@@ -73,7 +59,7 @@ StarTable::StarTable(SourceFile& file) : file(file) {
     if (!file.next_line(line))
         file.fail("the file is empty");
     if (line != header)
-        file.fail_line("the header is " + quoted(line) + " instead of " + quoted(header));
+        file.fail_line("the header is " + in_quotes(line) + " instead of " + in_quotes(header));
 }
 
 bool StarTable::next(TableStar& row) {
@@ -106,7 +92,7 @@ bool StarTable::next(TableStar& row) {
 }
 
 void StarTable::fail_field(int column, const std::string& why) const {
-    file.fail_line(std::string(column_names[column]) + " " + quoted(fields[column]) + " " + why);
+    file.fail_line(std::string(column_names[column]) + " " + in_quotes(fields[column]) + " " + why);
 }
 
 int StarTable::hip_number() const {

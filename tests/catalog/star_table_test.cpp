@@ -85,21 +85,21 @@ TEST(StarTable, RefusesAnEmptyFile) {
 
 TEST(StarTable, RefusesOtherHeaders) {
     const ScratchFolder folder;
-    const std::string expected = "\" instead of \"hip,ra,dec,vmag,bv,plx,e_plx,name\"";
+    const std::string expected = "' instead of 'hip,ra,dec,vmag,bv,plx,e_plx,name'";
     for (const std::string wrong : {"hip,ra,dec,vmag,bv,plx,name", "HIP,ra,dec,vmag,bv,plx,e_plx,n",
                                     "hip,ra,dec,vmag,bv,plx,e_plx,name,", "", " "}) {
         const std::string path = folder.write("t.csv", wrong + "\n1,2,3,4,5,6,7,8\n");
         EXPECT_EQ(catalog_error_of([&] { rows_of(path); }),
-                  path + ", line 1: the header is \"" + wrong + expected);
+                  path + ", line 1: the header is '" + wrong + expected);
     }
 }
 
 // A message is one short line of plain characters, whatever the file holds.
 TEST(StarTable, ShowsStrangeTextEscapedAndCut) {
     EXPECT_EQ(error_in_line("1,\x1b[31m\xff\r2,3,4,,,,"),
-              "ra \"\\x1b[31m\\xff\\x0d2\" is not a number");
+              "ra '\\x1b[31m\\xff\\x0d2' is not a number");
     EXPECT_EQ(error_in_line("1," + std::string(41, '7') + "x,3,4,,,,"),
-              "ra \"" + std::string(40, '7') + "...\" is not a number");
+              "ra '" + std::string(40, '7') + "...' is not a number");
 }
 
 struct WrongLine {
@@ -112,31 +112,31 @@ TEST(StarTable, NamesWhatIsWrongInALine) {
         {"1,2,3,4,5,6,7", "the number of columns is 7 instead of 8"},
         {"1,2,3,4,5,6,7,8,9", "the number of columns is 9 instead of 8"},
         {"", "the number of columns is 1 instead of 8"},
-        {",2,3,4,,,,", "hip \"\" is not a whole number above 0"},
-        {"0,2,3,4,,,,", "hip \"0\" is not a whole number above 0"},
-        {"-7,2,3,4,,,,", "hip \"-7\" is not a whole number above 0"},
-        {"1.5,2,3,4,,,,", "hip \"1.5\" is not a whole number above 0"},
-        {"9999999999,2,3,4,,,,", "hip \"9999999999\" is not a whole number above 0"},
+        {",2,3,4,,,,", "hip '' is not a whole number above 0"},
+        {"0,2,3,4,,,,", "hip '0' is not a whole number above 0"},
+        {"-7,2,3,4,,,,", "hip '-7' is not a whole number above 0"},
+        {"1.5,2,3,4,,,,", "hip '1.5' is not a whole number above 0"},
+        {"9999999999,2,3,4,,,,", "hip '9999999999' is not a whole number above 0"},
         {"1,,3,4,,,,", "ra is missing"},
-        {"1,x,3,4,,,,", "ra \"x\" is not a number"},
-        {"1,2 ,3,4,,,,", "ra \"2 \" is not a number"},
-        {"1,0x2,3,4,,,,", "ra \"0x2\" is not a number"},
-        {"1,1e999,3,4,,,,", "ra \"1e999\" is not a number"},
-        {"1,nan,3,4,,,,", "ra \"nan\" is not finite"},
-        {"1,inf,3,4,,,,", "ra \"inf\" is not finite"},
-        {"1,360,3,4,,,,", "ra \"360\" lies outside [0, 360)"},
-        {"1,-0.001,3,4,,,,", "ra \"-0.001\" lies outside [0, 360)"},
+        {"1,x,3,4,,,,", "ra 'x' is not a number"},
+        {"1,2 ,3,4,,,,", "ra '2 ' is not a number"},
+        {"1,0x2,3,4,,,,", "ra '0x2' is not a number"},
+        {"1,1e999,3,4,,,,", "ra '1e999' is not a number"},
+        {"1,nan,3,4,,,,", "ra 'nan' is not finite"},
+        {"1,inf,3,4,,,,", "ra 'inf' is not finite"},
+        {"1,360,3,4,,,,", "ra '360' lies outside [0, 360)"},
+        {"1,-0.001,3,4,,,,", "ra '-0.001' lies outside [0, 360)"},
         {"1,2,,4,,,,", "dec is missing"},
-        {"1,2,90.001,4,,,,", "dec \"90.001\" lies outside [-90, 90]"},
-        {"1,2,-91,4,,,,", "dec \"-91\" lies outside [-90, 90]"},
+        {"1,2,90.001,4,,,,", "dec '90.001' lies outside [-90, 90]"},
+        {"1,2,-91,4,,,,", "dec '-91' lies outside [-90, 90]"},
         {"1,2,3,,,,,", "vmag is missing"},
-        {"1,2,3,90.5,,,,", "vmag \"90.5\" lies outside [-90, 90]"},
-        {"1,2,3,-91,,,,", "vmag \"-91\" lies outside [-90, 90]"},
-        {"1,2,3,4,blue,,,", "bv \"blue\" is not a number"},
-        {"1,2,3,4,nan,,,", "bv \"nan\" is not finite"},
-        {"1,2,3,4,,null,,", "plx \"null\" is not a number"},
-        {"1,2,3,4,,5,-inf,", "e_plx \"-inf\" is not finite"},
-        {"1,2,3,4,,5,-0.1,", "e_plx \"-0.1\" is negative"},
+        {"1,2,3,90.5,,,,", "vmag '90.5' lies outside [-90, 90]"},
+        {"1,2,3,-91,,,,", "vmag '-91' lies outside [-90, 90]"},
+        {"1,2,3,4,blue,,,", "bv 'blue' is not a number"},
+        {"1,2,3,4,nan,,,", "bv 'nan' is not finite"},
+        {"1,2,3,4,,null,,", "plx 'null' is not a number"},
+        {"1,2,3,4,,5,-inf,", "e_plx '-inf' is not finite"},
+        {"1,2,3,4,,5,-0.1,", "e_plx '-0.1' is negative"},
         {"1,2,3,4,,,,\"Vega", "a quoted field does not end"},
         {"1,2,3,4,,,,\"Vega\"\"", "a quoted field does not end"},
         {"1,2,3,4,,,,\"Vega\" star", "text stands behind a quoted field"},
@@ -154,8 +154,7 @@ TEST(StarTable, TakesTheEndsOfItsRanges) {
 TEST(StarTable, CountsLinesFromTheHeader) {
     const ScratchFolder folder;
     const std::string path = folder.write("t.csv", bright_stars + "2,x,3,4,,,,\n");
-    EXPECT_EQ(catalog_error_of([&] { rows_of(path); }),
-              path + ", line 5: ra \"x\" is not a number");
+    EXPECT_EQ(catalog_error_of([&] { rows_of(path); }), path + ", line 5: ra 'x' is not a number");
 }
 
 TEST(StarTable, RefusesNulBytesAndLongLines) {

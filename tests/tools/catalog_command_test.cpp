@@ -136,7 +136,7 @@ TEST_F(CatalogCommand, NamesTheLineThatIsWrongAndWritesNothing) {
     const std::string good = folder.write("good.csv", header + vega);
     const std::string bad = folder.write("bad.csv", header + vega + "2,400,3,4,,,,\n");
     expect_failure({"import", good, bad, "-o", sky}, EXIT_FAILED,
-                   bad + ", line 3: ra \"400\" lies outside [0, 360)");
+                   bad + ", line 3: ra '400' lies outside [0, 360)");
     EXPECT_EQ(folder.names(), (Words{"bad.csv", "good.csv"}));
 }
 
