@@ -8,7 +8,7 @@
 namespace velmora {
 
 static const uword largest_file = uword(1) << 30;
-static const int block_size = 65536;
+static const uword block_size = 65536;
 
 // A pipe would be waited for, and a device may have no end.
 static void check_is_regular(const std::string& path) {
@@ -19,23 +19,37 @@ static void check_is_regular(const std::string& path) {
         throw WorkFailure(path, "is not a regular file");
 }
 
+static void check_size(const std::string& path, uword size) {
+    if (size > largest_file)
+        throw WorkFailure(path, "is larger than 1 GiB");
+}
+
+// To the end, where a read gives nothing: one that gives less than it was asked for is no end. The
+// size alone would not do either, as some file systems give 0 for texts that they make up.
+static void read_all(OSAPI::fd_t fd, const std::string& path, std::string& text) {
+    const uword size = OSAPI::getsize(fd);
+    check_size(path, size);
+    text.reserve(size);
+    char block[block_size];
+    while (const sword count = OSAPI::read_short(fd, block, block_size)) {
+        text.append(block, uword(count));
+        check_size(path, text.size());
+    }
+    if (text.size() < size)
+        throw WorkFailure(path, "became shorter while it was read");
+}
+
 std::string read_text_file(const std::string& path) {
     check_is_regular(path);
+    std::string text;
     try {
-        OSAPI::DiskFile file;
-        file.init(OSAPI::open(path.c_str(), OSAPI::OPEN_READ));
-        if (OSAPI::getsize(file.fd) > largest_file)
-            throw WorkFailure(path, "is larger than 1 GiB");
-        OSAPI::FileInput input(file);
-        BufferedInput buffered(input, block_size);
-        std::string text;
-        char block[block_size / 4];
-        for (int count; (count = buffered.read(block, sizeof block)) > 0;)
-            text.append(block, std::size_t(count));
-        return text;
+        OSAPI::FileDescriptor file(OSAPI::open(path.c_str(), OSAPI::OPEN_READ));
+        read_all(file.fd, path, text);
+        file.close(); // not left to the destructor, which would throw past a value being returned
     } catch (const Xception& exception) {
         throw WorkFailure(path, system_reason_of(exception));
     }
+    return text;
 }
 
 } // namespace velmora

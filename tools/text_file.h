@@ -1,7 +1,8 @@
 // Whole text files: cameras and comp scripts.
 //
 // Errors:    WorkFailure(path, reason): what the system says, "is not a regular file" for a pipe or
-//            a device, "is larger than 1 GiB".
+//            a device, "is larger than 1 GiB", "became shorter while it was read". A text is whole
+//            or it is an error.
 #pragma once
 
 #include <string>
