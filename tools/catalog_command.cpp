@@ -2,6 +2,7 @@
 #include "catalog/database_writer.h"
 #include "catalog/source_file.h"
 #include "catalog/star_table.h"
+#include "core/quoted.h"
 #include "tools/catalog_failure.h"
 #include "tools/command.h"
 #include "tools/output_file.h"
@@ -89,7 +90,7 @@ static void print_info(const std::string& path) {
     check_is_there("FILE", path);
     const DatabaseInfo info = working_on(path, [&] { return inspect_star_database(path); });
 
-    printf("%s\n%s", path.c_str(), describe(info).c_str());
+    printf("%s\n%s", printable(path).c_str(), describe(info).c_str());
 }
 
 // ---- Arguments -------------------------------------------------------------------------------

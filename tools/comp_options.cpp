@@ -1,6 +1,7 @@
 #include "tools/comp_options.h"
 
 #include "core/number.h"
+#include "core/quoted.h"
 #include "tools/failure.h"
 #include "tools/numbers.h"
 
@@ -13,7 +14,7 @@ static std::vector<double> numbers_of(const std::string& option, const std::stri
                                       std::size_t least, std::size_t most, const char* takes) {
     std::vector<double> numbers;
     if (!parse_numbers(text, numbers) || numbers.size() < least || numbers.size() > most)
-        throw UsageFailure(option + " '" + text + "'", std::string("takes ") + takes);
+        throw UsageFailure(option + " " + in_quotes(text, in_full), std::string("takes ") + takes);
     return numbers;
 }
 

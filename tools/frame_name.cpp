@@ -1,5 +1,6 @@
 #include "tools/frame_name.h"
 
+#include "core/quoted.h"
 #include "tools/failure.h"
 
 #include <algorithm>
@@ -48,7 +49,7 @@ static Sequence hash_sequence(std::string_view text) {
 }
 
 FrameName::FrameName(const std::string& pattern) {
-    const std::string what = "output name '" + pattern + "'";
+    const std::string what = "output name " + in_quotes(pattern, in_full);
     if (pattern.empty())
         throw UsageFailure(what, "no file named");
 
@@ -62,8 +63,8 @@ FrameName::FrameName(const std::string& pattern) {
 
         const Sequence sequence = rest[0] == '#' ? hash_sequence(rest) : percent_sequence(rest);
         if (sequence.length == 0)
-            throw UsageFailure(what, "'" + std::string(rest) +
-                                         "' does not begin with %d, %04d or the like; a percent "
+            throw UsageFailure(what, in_quotes(rest, in_full) +
+                                         " does not begin with %d, %04d or the like; a percent "
                                          "sign itself is %%");
         if (sequence.width == 0)
             tail += '%';

@@ -1,6 +1,7 @@
 #include "tools/frame_range.h"
 
 #include "core/number.h"
+#include "core/quoted.h"
 #include "tools/failure.h"
 
 #include <algorithm>
@@ -45,10 +46,6 @@ private:
 
 } // namespace
 
-static std::string quoted(std::string_view word) {
-    return "'" + std::string(word) + "'";
-}
-
 // Takes digits, and a sign before them, off the front of `rest`.
 static std::string_view take_number(std::string_view& rest) {
     const std::size_t sign = !rest.empty() && rest[0] == '-' ? 1 : 0;
@@ -83,7 +80,7 @@ static bool split_piece(std::string_view piece, char step_mark, Words& words) {
 }
 
 void FrameRangeReader::fail(const std::string& why) const {
-    throw UsageFailure("frame range " + quoted(text), why);
+    throw UsageFailure("frame range " + in_quotes(text, in_full), why);
 }
 
 void FrameRangeReader::refuse_colon(std::string_view piece) const {
@@ -92,14 +89,14 @@ void FrameRangeReader::refuse_colon(std::string_view piece) const {
         words = {"1", "100", "2"};
     std::string with_x(words.first);
     with_x.append("-").append(words.last).append("x").append(words.step);
-    fail(quoted(piece) + " has two readings: every Nth frame, to be written as " + with_x +
+    fail(in_quotes(piece) + " has two readings: every Nth frame, to be written as " + with_x +
          ", or staggered, every Nth frame first and then the gaps in finer steps");
 }
 
 int FrameRangeReader::number_of(std::string_view word) const {
     int number;
     if (!parse_number(word, number))
-        fail(quoted(word) + " is out of range");
+        fail(in_quotes(word) + " is out of range");
     return number;
 }
 
@@ -108,14 +105,14 @@ Run FrameRangeReader::run_of(std::string_view piece) const {
     if (!split_piece(piece, 'x', words)) {
         if (piece.find(':') != std::string_view::npos)
             refuse_colon(piece);
-        fail(quoted(piece) + " is neither a frame nor a range such as 1-100 or 1-100x2");
+        fail(in_quotes(piece) + " is neither a frame nor a range such as 1-100 or 1-100x2");
     }
     Run run;
     run.first = number_of(words.first);
     run.last = words.last.empty() ? run.first : number_of(words.last);
     run.step = words.step.empty() ? 1 : number_of(words.step);
     if (run.step < 1)
-        fail("the step of " + quoted(piece) + " is not 1 or more");
+        fail("the step of " + in_quotes(piece) + " is not 1 or more");
     return run;
 }
 

@@ -1,3 +1,4 @@
+#include "core/quoted.h"
 #include "tools/command.h"
 #include "tools/knobs.h"
 #include "tools/plugin_doors.h"
@@ -20,11 +21,11 @@ static void print_info() {
     graph.set_format(default_format);
     const Node& node = create_star_node(graph);
     printf("kernels    %s\n", PluginDoors(node.description()).kernels().c_str());
-    printf("star file  %s\n", default_star_file().c_str());
+    printf("star file  %s\n", printable(default_star_file()).c_str());
 
     printf("\n%-16s %-22s %s\n", "knob", "default", "takes");
     for (const HostKnob* const knob : own_knobs(node))
-        printf("%-16s %-22s %s\n", knob->name().c_str(), knob_text(*knob, 1).c_str(),
+        printf("%-16s %-22s %s\n", knob->name().c_str(), printable(knob_text(*knob, 1)).c_str(),
                takes_of(*knob).c_str());
 }
 

@@ -1,6 +1,7 @@
 #include "tools/knobs.h"
 
 #include "core/number.h"
+#include "core/quoted.h"
 #include "host/axis_knob.h"
 #include "host/choice_knob.h"
 #include "host/format_knob.h"
@@ -156,7 +157,8 @@ Format parse_format(const std::string& text) {
     int width = 0, height = 0;
     if (cross == std::string::npos || !parse_number(text.substr(0, cross), width) ||
         !parse_number(text.substr(cross + 1), height) || width < 1 || height < 1)
-        throw UsageFailure("format '" + text + "'", "takes <width>x<height> in pixels");
+        throw UsageFailure("format " + in_quotes(text, in_full),
+                           "takes <width>x<height> in pixels");
     return Format(width, height);
 }
 
@@ -251,7 +253,7 @@ void check_sizes(const Node& node, double frame, const std::string& where) {
     const auto& knob = dynamic_cast<const FormatKnob&>(*node.knob("format"));
     const double bytes = 16.0 * knob.format().width() * knob.format().height();
     if (bytes >= 4294967296.0)
-        refuse(where, "format '" + size_text(knob.format()) + "'",
+        refuse(where, "format " + in_quotes(size_text(knob.format())),
                "an image takes 16 bytes per pixel and must stay below 4 GiB");
     if (node.knob("blur_segs")->get_value_at(frame) > most_blur_segs)
         refuse(where, "blur_segs", "takes a whole number up to 10000");

@@ -1,4 +1,5 @@
 // The command line: hands the arguments to the commands and turns failures into exit statuses.
+#include "core/quoted.h"
 #include "tools/command.h"
 #include "tools/failure.h"
 #include "tools/help.h"
@@ -30,7 +31,7 @@ static void run(int argc, char** argv) {
         throw UsageFailure("arguments", "name a command: render, catalog, script or info");
     const auto named = [&](const CLI::App* command) { return command->get_name() == argv[1]; };
     if (argv[1][0] != '-' && program.get_subcommands(named).empty())
-        throw UsageFailure("'" + std::string(argv[1]) + "'",
+        throw UsageFailure(in_quotes(argv[1], in_full),
                            "is no command: there are render, catalog, script and info");
     try {
         program.parse(argc, argv);

@@ -1,5 +1,6 @@
 #include "tools/outputs.h"
 
+#include "core/quoted.h"
 #include "osapi/temporary_file.h"
 #include "tools/failure.h"
 #include "tools/frame_attributes.h"
@@ -13,8 +14,8 @@ namespace velmora {
 
 namespace fs = std::filesystem;
 
-static std::string quoted(const std::string& name) {
-    return "output '" + name + "'";
+static std::string named(const std::string& name) {
+    return "output " + in_quotes(name, in_full);
 }
 
 Outputs::Kind Outputs::kind_of(const std::string& name) {
@@ -23,15 +24,15 @@ Outputs::Kind Outputs::kind_of(const std::string& name) {
         return Kind::exr;
     if (extension == ".png")
         return Kind::png;
-    throw UsageFailure(quoted(name), "must end in .exr or .png");
+    throw UsageFailure(named(name), "must end in .exr or .png");
 }
 
 void Outputs::add(const std::string& name, Kind kind, const std::vector<int>& frames) {
     const Output output = {FrameName(name), kind};
     if (frames.size() > 1 && !output.name.has_frame())
-        throw UsageFailure(quoted(name), "has no frame number (#### or %04d), and " +
-                                             std::to_string(frames.size()) +
-                                             " frames would overwrite each other");
+        throw UsageFailure(named(name), "has no frame number (#### or %04d), and " +
+                                            std::to_string(frames.size()) +
+                                            " frames would overwrite each other");
     outputs.push_back(output);
 }
 
@@ -48,11 +49,11 @@ static bool is_plain(const std::string& node) {
 static std::string name_of_node(const std::string& pattern, const std::string& node, bool several) {
     const std::string place = "{node}";
     if (pattern.find(place) != std::string::npos && !is_plain(node))
-        throw UsageFailure(quoted(pattern),
-                           "the name of the node '" + node + "' cannot be part of a file's");
+        throw UsageFailure(named(pattern), "the name of the node " + in_quotes(node, in_full) +
+                                               " cannot be part of a file's");
     if (several && pattern.find(place) == std::string::npos)
-        throw UsageFailure(quoted(pattern), "has no {node}, and several nodes would overwrite each "
-                                            "other: --node renders one of them");
+        throw UsageFailure(named(pattern), "has no {node}, and several nodes would overwrite each "
+                                           "other: --node renders one of them");
     std::string name = pattern;
     for (std::size_t at = name.find(place); at != std::string::npos;
          at = name.find(place, at + node.size()))
@@ -82,12 +83,12 @@ static fs::path place_of(const std::string& name) {
 // Adds the place of `name` to those `taken`, which neither it nor its temporary file may be.
 static void take_place(const std::string& name, OutputPlaces& taken) {
     const auto refuse_temporary = [](const std::string& output) {
-        throw UsageFailure(quoted(output), "is written to " + temporary_name_of(output) +
-                                               " first, which is another output");
+        throw UsageFailure(named(output), "is written to " + temporary_name_of(output) +
+                                              " first, which is another output");
     };
     const std::string place = place_of(name).string();
     if (taken.count(place))
-        throw UsageFailure(quoted(name), "is named twice");
+        throw UsageFailure(named(name), "is named twice");
     if (taken.count(temporary_name_of(place)))
         refuse_temporary(name);
     const std::size_t suffix = temporary_name_of("").size();
