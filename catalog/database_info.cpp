@@ -85,10 +85,14 @@ static DatabaseInfo inspect_bytes(const unsigned char* bytes, u64 size) {
 }
 
 DatabaseInfo inspect_star_database(const std::string& path) {
-    const OSAPI::FileDescriptor file(open_star_database(path));
-    const u64 size = OSAPI::getsize(file.fd);
-    const OSAPI::FileMapping mapping(file.fd, size, OSAPI::OPEN_READ);
-    return inspect_bytes(static_cast<const unsigned char*>(mapping.data), size);
+    DatabaseInfo info;
+    {
+        const OSAPI::FileDescriptor file(open_star_database(path));
+        const u64 size = OSAPI::getsize(file.fd);
+        const OSAPI::FileMapping mapping(file.fd, size, OSAPI::OPEN_READ);
+        info = inspect_bytes(static_cast<const unsigned char*>(mapping.data), size);
+    }
+    return info;
 }
 
 // ---- Text ------------------------------------------------------------------------------------
