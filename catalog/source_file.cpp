@@ -2,29 +2,17 @@
 #include "catalog/catalog_error.h"
 #include "osapi/osapi.h"
 
-#include <cerrno>
 #include <cstring>
-#include <new>
-#include <zlib.h>
 
 namespace velmora {
 
 static const uword buffer_size = 1 << 16;
 static_assert(buffer_size > SourceFile::longest_line + 2, "a whole line and its end fit");
 
-void SourceFile::Closer::operator()(gzFile_s* opened) const {
-    gzclose_r(opened);
-}
-
 SourceFile::SourceFile(const std::string& path)
-    : path(path), buffer(buffer_size), begin(0), end(0), line_number(0) {
-    OSAPI::FileDescriptor descriptor(OSAPI::open(path.c_str(), OSAPI::OPEN_READ));
+    : path(path), file(path), buffer(buffer_size), begin(0), end(0), line_number(0) {
     if (OSAPI::is_directory(path.c_str()))
         fail("is a directory, not a file");
-    file.reset(gzdopen(descriptor.fd, "rb"));
-    if (!file)
-        throw std::bad_alloc();
-    descriptor.fd = -1; // the stream closes it
 }
 
 void SourceFile::fail(const std::string& why) const {
@@ -45,23 +33,14 @@ bool SourceFile::fill() {
     end -= begin;
     begin = 0;
 
-    const int count = gzread(file.get(), buffer.data() + end, unsigned(buffer.size() - end));
-    if (count > 0) {
-        end += uword(count);
-        return true;
+    try {
+        const uword count = file.read(buffer.data() + end, buffer.size() - end);
+        end += count;
+        return count > 0;
+    } catch (const UnpackError& error) {
+        fail(error.what() +
+             (line_number ? " after line " + std::to_string(line_number) : std::string()));
     }
-    const std::string after = line_number ? " after line " + std::to_string(line_number) : "";
-    int status;
-    gzerror(file.get(), &status);
-    if (status == Z_ERRNO)
-        fail("reading" + after + ": " + strerror(errno));
-    if (status == Z_MEM_ERROR)
-        throw std::bad_alloc();
-    if (status == Z_BUF_ERROR)
-        fail("the gzip data end too early" + after);
-    if (status != Z_OK)
-        fail("the gzip data are damaged" + after);
-    return false;
 }
 
 std::string_view SourceFile::head() {

@@ -7,14 +7,12 @@
 // Threads:   one object belongs to one thread at a time.
 #pragma once
 
+#include "catalog/unpacked_file.h"
 #include "core/types.h"
 
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
-
-struct gzFile_s;
 
 namespace velmora {
 
@@ -37,12 +35,8 @@ public:
     [[noreturn]] void fail_line(const std::string& why) const;
 
 private:
-    struct Closer {
-        void operator()(gzFile_s* opened) const;
-    };
-
     std::string path;
-    std::unique_ptr<gzFile_s, Closer> file;
+    UnpackedFile file;
     std::vector<char> buffer;
     uword begin, end; // of the bytes in `buffer` that no line has taken
     u64 line_number;  // of the line that was taken last, the first being 1

@@ -144,6 +144,32 @@ TEST(SourceFile, RefusesDamagedGzipData) {
               path + ": the gzip data are damaged");
 }
 
+// A second member that is cut or spoilt anywhere, its first byte included, is not just left out.
+TEST(SourceFile, RefusesFurtherMembersThatAreCutOrDamaged) {
+    const ScratchFolder folder;
+    const std::string first = gzip("one\n"), second = gzip("two\n");
+    for (uword length = 1; length < second.size(); length++) {
+        const std::string path = folder.write("a", first + second.substr(0, length));
+        EXPECT_EQ(catalog_error_of([&] { SourceFile(path).head(); }),
+                  path + ": the gzip data end too early")
+            << length;
+    }
+    for (const std::string& other : {"x" + second.substr(1), second.substr(0, 1) + "x",
+                                     std::string("three\n"), std::string("\0x", 2)}) {
+        const std::string path = folder.write("a", first + other);
+        EXPECT_EQ(catalog_error_of([&] { SourceFile(path).head(); }),
+                  path + ": the gzip data are damaged");
+    }
+}
+
+TEST(SourceFile, LetsZerosFollowGzipData) {
+    const ScratchFolder folder;
+    for (const uword zeros : {1, 2, 512, 65536, 200000})
+        EXPECT_EQ(lines_of(folder.write("a", gzip("one\n") + std::string(zeros, '\0'))),
+                  (Lines{"one"}))
+            << zeros;
+}
+
 TEST(SourceFile, TellsAfterWhichLineGzipDataEnd) {
     const ScratchFolder folder;
     std::string text;

@@ -1,0 +1,100 @@
+#include "catalog/unpacked_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <unistd.h>
+#include <zlib.h>
+
+namespace velmora {
+
+static const uword block_size = 1 << 16;
+static const int gzip_window = 15 + 16; // the largest, and a gzip header
+
+void UnpackedFile::Ender::operator()(z_stream_s* stream) const {
+    inflateEnd(stream);
+    delete stream;
+}
+
+UnpackedFile::UnpackedFile(const std::string& path)
+    : file(OSAPI::open(path.c_str(), OSAPI::OPEN_READ)), block(block_size) {}
+
+// Reads more behind what is still to go, which moves to the front; false at the end of the file.
+bool UnpackedFile::refill() {
+    std::copy(block.begin() + sword(begin), block.begin() + sword(end), block.begin());
+    end -= begin;
+    begin = 0;
+    ssize_t count;
+    do
+        count = ::read(file.fd, block.data() + end, block.size() - end);
+    while (count == -1 && errno == EINTR);
+    if (count == -1)
+        throw UnpackError(std::string("reading: ") + strerror(errno));
+    end += uword(count);
+    return count > 0;
+}
+
+void UnpackedFile::recognise() {
+    while (end - begin < 2 && refill()) {
+    }
+    if (end - begin < 2 || block[0] != 0x1f || block[1] != 0x8b)
+        return;
+    auto stream = std::make_unique<z_stream>();
+    if (inflateInit2(stream.get(), gzip_window) != Z_OK)
+        throw std::bad_alloc();
+    unpacking.reset(stream.release());
+}
+
+// Goes over the zeros after a member and says whether another one follows.
+bool UnpackedFile::begin_member() {
+    bool padded = false;
+    do {
+        for (; begin < end && block[begin] == 0; begin++)
+            padded = true;
+    } while (begin == end && refill());
+    if (begin == end)
+        return false;
+    if (padded)
+        throw UnpackError("the gzip data are damaged");
+    inflateReset(unpacking.get());
+    return true;
+}
+
+uword UnpackedFile::unpack(char* out, uword room) {
+    z_stream& stream = *unpacking;
+    stream.next_out = reinterpret_cast<Bytef*>(out);
+    stream.avail_out = uInt(room);
+    while (stream.avail_out == room) {
+        if (between_members && !begin_member())
+            return 0;
+        if (begin == end && !refill())
+            throw UnpackError("the gzip data end too early");
+        stream.next_in = block.data() + begin;
+        stream.avail_in = uInt(end - begin);
+        const int status = inflate(&stream, Z_NO_FLUSH);
+        begin = end - stream.avail_in;
+        if (status == Z_MEM_ERROR)
+            throw std::bad_alloc();
+        if (status != Z_OK && status != Z_STREAM_END)
+            throw UnpackError("the gzip data are damaged");
+        between_members = status == Z_STREAM_END;
+    }
+    return room - stream.avail_out;
+}
+
+uword UnpackedFile::read(char* out, uword room) {
+    if (!recognised)
+        recognise();
+    recognised = true;
+    if (unpacking)
+        return unpack(out, room);
+    if (begin == end && !refill())
+        return 0;
+    const uword count = std::min(room, end - begin);
+    memcpy(out, block.data() + begin, count);
+    begin += count;
+    return count;
+}
+
+} // namespace velmora
