@@ -103,6 +103,12 @@ TEST(PluginPath, SaysWhichRedirectionIsNone) {
                   folder.file("Odd.tcl") + ": holds something else than 'load NAME'")
             << text;
     }
+    folder.folder("Unreadable.tcl");
+    EXPECT_EQ(find_error(path, "Unreadable"), folder.file("Unreadable.tcl") + ": cannot be read");
+    folder.write("Hostile.tcl", "load \x1b]0;\a\xc2\x9b\xff\n");
+    EXPECT_EQ(find_error(path, "Hostile"),
+              folder.file("Hostile.tcl") +
+                  ": loads '\\x1b]0;\\x07\\xc2\\x9b\\xff', which is not on the plug-in path");
     folder.write("Round.tcl", "load Other\n");
     folder.write("Other.tcl", "load Round\n");
     EXPECT_EQ(find_error(path, "Round"), folder.file("Round.tcl") + ": leads round in a circle");

@@ -129,8 +129,9 @@ TEST(FrameRange, RefusesNumbersThatNoIntegerHolds) {
 }
 
 TEST(FrameRange, RefusesNothingAtAll) {
-    for (const std::string text : {"", " ", "\t\n"})
+    for (const std::string text : {"", " "})
         EXPECT_EQ(failure_of(text), refusal(text, "no frame given"));
+    EXPECT_EQ(failure_of("\t\n"), refusal("\\x09\\x0a", "no frame given"));
 }
 
 TEST(FrameRange, RefusesAListThatIsCutOff) {
