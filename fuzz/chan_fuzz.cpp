@@ -24,7 +24,7 @@ static std::optional<Chan> parse(const std::string& text) {
     try {
         return Chan::parse(text, "shot.chan");
     } catch (const ChanError& error) {
-        require_plain_line(error.what());
+        require_printable_line(error.what());
         return std::nullopt;
     }
 }

@@ -1,7 +1,6 @@
 // What must hold whatever the input.
 #pragma once
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -16,11 +15,17 @@ inline void require(bool holds, const char* law) {
     abort();
 }
 
-// What readers say about bytes that they quote.
-inline void require_plain_line(const std::string& message) {
-    require(std::all_of(message.begin(), message.end(),
-                        [](char ch) { return ch >= 0x20 && ch < 0x7f; }),
-            "a message is one line of plain characters");
+// What readers say about bytes that they quote: ASCII without controls, and other characters but
+// for the controls of one byte more and the separators of lines and paragraphs.
+inline void require_printable_line(const std::string& message) {
+    for (std::size_t i = 0; i < message.size(); i++) {
+        const auto byte = static_cast<unsigned char>(message[i]);
+        const auto next = static_cast<unsigned char>(i + 1 < message.size() ? message[i + 1] : 0);
+        require(byte >= 0x20 && byte != 0x7f, "a message holds no control");
+        require(byte != 0xc2 || next >= 0xa0, "a message holds no control of two bytes");
+    }
+    for (const char* const separator : {"\xe2\x80\xa8", "\xe2\x80\xa9"})
+        require(message.find(separator) == std::string::npos, "a message is one line");
 }
 
 } // namespace velmora

@@ -18,7 +18,7 @@ static std::optional<Script> parse(const std::string& text) {
     try {
         return Script::parse(text, name);
     } catch (const ScriptError& error) {
-        require_plain_line(error.what());
+        require_printable_line(error.what());
         return std::nullopt;
     }
 }
@@ -27,7 +27,7 @@ static std::optional<double> value_at(const AnimationCurve& curve, double frame)
     try {
         return curve.at(frame);
     } catch (const ScriptError& error) {
-        require_plain_line(error.what());
+        require_printable_line(error.what());
         require(frame > curve.keys().back().frame, "only the end of a curve may be open");
         return std::nullopt;
     }
@@ -67,7 +67,7 @@ static void check_curve(const ScriptValue& item) {
         require(again.keys() == keys && again.text() == curve.text(),
                 "a curve that is written reads the same");
     } catch (const ScriptError& error) {
-        require_plain_line(error.what());
+        require_printable_line(error.what());
     }
 }
 
@@ -76,7 +76,7 @@ static void check_value(const ScriptValue& value) {
         for (const ScriptValue& item : list_items(value, name))
             check_curve(item);
     } catch (const ScriptError& error) {
-        require_plain_line(error.what());
+        require_printable_line(error.what());
     }
 }
 
@@ -104,7 +104,7 @@ static void check_writing(const Script& script) {
         require(again && *again == script, "a script that is written reads the same");
         require(write_script(*again) == text, "a script is always written in the same way");
     } catch (const std::invalid_argument& refusal) {
-        require_plain_line(refusal.what());
+        require_printable_line(refusal.what());
         require(!can_be_written, "a script without groups can be written");
     }
 }

@@ -51,7 +51,7 @@ static void read(const MemoryFile& bytes, void (*check)(SourceFile&)) {
         SourceFile file(bytes.path());
         check(file);
     } catch (const CatalogError& error) {
-        require_plain_line(error.what());
+        require_printable_line(error.what());
     }
 }
 
