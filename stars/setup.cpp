@@ -4,8 +4,13 @@
 
 namespace velmora {
 
+bool image_fits(int width, int height) {
+    const u64 pixel_size = 4 * sizeof(float), limit = u64(1) << 32;
+    return width > 0 && height > 0 && u64(width) * u64(height) < limit / pixel_size;
+}
+
 int camera_samples(int blur_segs) {
-    return blur_segs > 0 ? blur_segs + 1 : 1;
+    return blur_segs > 0 && blur_segs <= most_blur_segs ? blur_segs + 1 : 1;
 }
 
 double sample_time(double frame, int n, int blur_segs, double shutter, double shutter_offset) {

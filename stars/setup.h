@@ -13,8 +13,16 @@ namespace velmora {
 // Focal length of a view without a camera, in units of the default film window.
 const double focal_without_camera = 3.2f;
 
+// Whether an image of four floats per pixel stays below 4 GiB, which is as far as its sizes and
+// positions are counted, and has any pixels at all.
+bool image_fits(int width, int height);
+
+// The most segments that are drawn. Each takes a camera of the host and a position of every star.
+const int most_blur_segs = 100000;
+
 // How many times the camera is sampled, and when: sample n of `blur_segs` + 1 is spread over the
-// shutter; without segments there is one, at the frame itself.
+// shutter; without segments there is one, at the frame itself. More than most_blur_segs count as
+// none.
 int camera_samples(int blur_segs);
 double sample_time(double frame, int n, int blur_segs, double shutter, double shutter_offset);
 

@@ -12,9 +12,9 @@ static int stars_in_block(uword samples) {
 }
 
 StarBlock::StarBlock(uword samples)
-    : samples(samples), most(stars_in_block(samples)), count(0),
-      stars(new const star*[uword(most)]), numbers(new double[7 * uword(most)]()),
-      placed(new float[3 * samples * uword(most)]()), reaching(new float[uword(most)]()) {}
+    : samples(samples), most(stars_in_block(samples)), count(0), stars(new star[uword(most)]),
+      numbers(new double[7 * uword(most)]()), placed(new float[3 * samples * uword(most)]()),
+      reaching(new float[uword(most)]()) {}
 
 static double pixels_per_film(double pixels, double from, double to) {
     return pixels / (to - from);
@@ -40,9 +40,9 @@ void StarBlock::decode(const LaneKernels& kernels, const View& view) {
 
     // Directions.
     for (int i = 0; i < count; i++) {
-        ra[i] = stars[uword(i)]->ra;
-        dec[i] = stars[uword(i)]->dec;
-        distance[i] = stars[uword(i)]->distance;
+        ra[i] = stars[uword(i)].ra;
+        dec[i] = stars[uword(i)].dec;
+        distance[i] = stars[uword(i)].distance;
         reaching[uword(i)] = 0;
     }
     kernels.find_directions(

@@ -22,13 +22,13 @@ public:
     int len() const { return count; }
     void clear() { count = 0; }
 
-    // The caller sees to it that there is room, and that the record stays.
-    void append(const star* s) { stars[count++] = s; }
+    // Copies the record. REQUIRES: len() < capacity().
+    void append(const star& s) { stars[count++] = s; }
 
-    // The records' own list, for filling it in place; set_len() tells how many there are now.
-    const star** records() { return stars.get(); }
+    // The copies, to be filled in place; set_len() says how many there are now.
+    star* records() { return stars.get(); }
     void set_len(int n) { count = n; }
-    const star& operator[](int i) const { return *stars[i]; }
+    const star& operator[](int i) const { return stars[i]; }
 
     // How the stars are seen.
     struct View {
@@ -57,7 +57,7 @@ public:
 private:
     uword samples;
     int most, count;
-    std::unique_ptr<const star*[]> stars;
+    std::unique_ptr<star[]> stars;
     std::unique_ptr<double[]> numbers; // seven columns, see decode()
     std::unique_ptr<float[]> placed;   // x, y, seen of each sample in turn
     std::unique_ptr<float[]> reaching; // other than 0 where a star can reach the image

@@ -10,16 +10,50 @@ static const uword magic_size = 8;
 StarInput::~StarInput() noexcept(false) {}
 
 bool StarInput::is_valid() {
-    const star* header = next();
-    if (memcmp(header, "VELMORA1", magic_size) == 0)
+    char magic[magic_size];
+    if (OSAPI::copy_can_fail(magic, next(), magic_size) != magic_size)
+        throw velmora::StarsLost(__PRETTY_FUNCTION__, __LINE__);
+    if (memcmp(magic, "VELMORA1", magic_size) == 0)
         return true;
-    if (memcmp(header, "VELMORA2", magic_size) != 0)
+    if (memcmp(magic, "VELMORA2", magic_size) != 0)
         return false;
     version2 = 1;
     return true;
 }
 
-MMAPStarFile::MMAPStarFile(const char* path) : cursor(nullptr), mapping(path, OSAPI::OPEN_READ) {
+velmora::StarsLost::StarsLost(const char* function, int line)
+    : StrXception(XSOURCE, function, line, "star database file got shorter while it was read") {}
+
+// ---- Mapped files ----------------------------------------------------------------------------
+
+struct MMAPStarFile::Opened {
+    OSAPI::FileDescriptor file;
+    OSAPI::FileStamp stamp;
+
+    explicit Opened(const char* path);
+};
+
+// Opening a pipe would wait for a writer, opening some devices does something: neither is opened.
+// What has come to stand at the path by the time it is opened is looked at again.
+MMAPStarFile::Opened::Opened(const char* path) {
+    OSAPI::FileStamp found;
+    if (OSAPI::get_stamp_can_fail(path, found) && !found.is_regular)
+        XTHROW("star database file \"%s\" is not a regular file", path);
+    file.init(OSAPI::open(path, OSAPI::OPEN_READ | OSAPI::OPEN_NOWAIT));
+    stamp = OSAPI::get_stamp(file.fd);
+    if (!stamp.is_regular)
+        XTHROW("star database file \"%s\" is not a regular file", path);
+    if (stamp.size / sizeof(star) > velmora::most_records)
+        XTHROW("star database file \"%s\" has %lu records, and at most %lu can be read", path,
+               stamp.size / sizeof(star), velmora::most_records);
+}
+
+MMAPStarFile::MMAPStarFile(const char* path) : MMAPStarFile(path, Opened(path)) {}
+
+MMAPStarFile::MMAPStarFile(const char* path, Opened&& opened)
+    : cursor(nullptr), mapping(opened.file.fd, opened.stamp.size, OSAPI::OPEN_READ), path(path),
+      stamp(opened.stamp) {
+    opened.file.close();
     if (mapping.size < magic_size)
         XTHROW("star database file \"%s\" is too short: %lu bytes, the magic alone takes %lu", path,
                mapping.size, magic_size);
@@ -33,6 +67,15 @@ const star* MMAPStarFile::next() {
 
 void MMAPStarFile::reset() {
     cursor = static_cast<const star*>(mapping.data);
+}
+
+velmora::SinceOpened MMAPStarFile::since_opened() const {
+    OSAPI::FileStamp now;
+    if (!OSAPI::get_stamp_can_fail(path.str, now))
+        return velmora::SinceOpened::unchanged;
+    if (!now.is_same_file(stamp))
+        return velmora::SinceOpened::replaced;
+    return now == stamp ? velmora::SinceOpened::unchanged : velmora::SinceOpened::changed;
 }
 
 StarInput* op_stars_file_input(const char* path) {

@@ -7,12 +7,16 @@
 //
 // Units:     angles in degrees (J2000 in what our importers write), `flux` linear with magnitude 0
 //            at 1 by convention, colours sRGB-encoded, distance in scene units.
-// Errors:    a file that cannot be opened or mapped, or is shorter than its magic, throws
-//            StrXception. Nothing else about its contents is checked here.
+// Errors:    a file that cannot be opened or mapped, is not a regular file, is shorter than its
+//            magic or has more records than `count` can say throws StrXception. Nothing else about
+//            its contents is checked here. Others may shorten the file while it is mapped: what
+//            next() returns must then not be touched, and is_valid() throws velmora::StarsLost.
 // Threads:   one reader belongs to one thread at a time; several readers may share a file.
 #pragma once
 
+#include "core/string.h"
 #include "core/types.h"
+#include "core/xception.h"
 #include "osapi/osapi.h"
 
 #include <cstddef>
@@ -53,6 +57,25 @@ public:
     bool is_valid();
 };
 
+namespace velmora {
+
+const u64 most_records = 0xffffffff; // of a database, its header included
+
+// A star database got shorter while it was read: records that it had are gone.
+class StarsLost : public StrXception {
+public:
+    StarsLost(const char* function, int line);
+};
+
+// What has become of a file since it was opened.
+enum class SinceOpened {
+    unchanged, // or removed, which a mapping survives
+    replaced,  // another file has its name; what was mapped is still the old one
+    changed,   // somebody wrote to it or cut it
+};
+
+} // namespace velmora
+
 // A whole file, mapped read-only for as long as the reader lives.
 class MMAPStarFile : public StarInput {
 public:
@@ -61,8 +84,18 @@ public:
     const star* next() override;
     void reset() override;
 
+    // Looks at what the path leads to now.
+    velmora::SinceOpened since_opened() const;
+
     const star* cursor; // the next record to hand out
     OSAPI::FileMapping mapping;
+
+private:
+    struct Opened;
+    MMAPStarFile(const char* path, Opened&& opened);
+
+    String path;
+    OSAPI::FileStamp stamp; // as the file was opened
 };
 
 // Opens the database at `path`; the caller owns the reader. Looks at its length, not its contents.

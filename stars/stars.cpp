@@ -6,13 +6,13 @@
 #include "stars/kernels.h"
 #include "stars/projection.h"
 #include "stars/rasteriser.h"
+#include "stars/record_reader.h"
 #include "stars/setup.h"
 #include "stars/shading.h"
 #include "stars/star_block.h"
 #include "stars/steady_math.h"
 
 #include <cmath>
-#include <typeinfo>
 
 using namespace velmora;
 
@@ -22,6 +22,7 @@ static const double spot_unit = 0.0005;
 struct StarRenderer::Private {
     const StarFramebuffer* fb;
     StarInput* input;
+    RecordReader reader; // of the input
     const Array<camera>* cams;
     Array<DblMatrix4> matrices; // one per camera, world to screen
     float intensity_scale;      // multiplies each star's luminance
@@ -64,7 +65,8 @@ static void widen_to_pixel(float& size, float& intensity_scale) {
 StarRenderer::StarRenderer(const StarRendererData& parameters, const StarFramebuffer& fb,
                            StarInput& input, const Array<camera>& cams)
     : data(&parameters),
-      priv(new Private{&fb, &input, &cams, {}, 0, 0, 0, 0, {}, nullptr, {}, false, 0, {}}) {
+      priv(new Private{
+          &fb, &input, RecordReader(input), &cams, {}, 0, 0, 0, 0, {}, nullptr, {}, false, 0, {}}) {
     XASSERT_AT(cams.len() > 0, "priv->cams.len() > 0", __PRETTY_FUNCTION__, 464);
 
     for (uword i = 0; i < cams.len(); i++)
@@ -100,7 +102,7 @@ bool StarRenderer::render_star(bool& drew) {
         return false;
     if (data->brightness == 0.0)
         return false;
-    const star* s = priv->input->next();
+    const star* s = priv->reader.next(1, priv->input->count - priv->next_star).first;
     priv->counts.read++;
     if (do_render_star(s))
         drew = true;
@@ -118,11 +120,11 @@ static float faintest_kept(double threshold) {
 // Moves kept records from a stretch of them into the block, until either is at its end; returns how
 // many were looked at.
 static u32 take_kept(const star* records, u32 count, float faintest, StarBlock& block) {
-    const star** kept = block.records();
+    star* const kept = block.records();
     int n = block.len();
     u32 i = 0;
     for (; i < count && n < block.capacity(); i++) {
-        kept[n] = records + i;
+        kept[n] = records[i];
         n += !(records[i].flux < faintest);
     }
     block.set_len(n);
@@ -163,19 +165,13 @@ void StarRenderer::render_all(bool& drew) {
 
 // Takes records until as many are kept as the block holds.
 void StarRenderer::Private::fill_block(float faintest) {
-    if (typeid(*input) == typeid(MMAPStarFile)) {
-        // Its records stand side by side.
-        MMAPStarFile& file = static_cast<MMAPStarFile&>(*input);
-        const u32 taken = take_kept(file.cursor, input->count - next_star, faintest, *block);
-        file.cursor += taken;
-        next_star += taken;
-        counts.read += taken;
-        return;
-    }
     while (next_star < input->count && block->len() < block->capacity()) {
-        const star* s = input->next();
-        counts.read++;
-        next_star += take_kept(s, 1, faintest, *block);
+        const u32 left = input->count - next_star;
+        const RecordReader::Records records = reader.next(left, left);
+        const u32 taken = take_kept(records.first, records.count, faintest, *block);
+        reader.give_back(records.count - taken);
+        counts.read += taken;
+        next_star += taken;
     }
 }
 
@@ -222,7 +218,7 @@ bool StarRenderer::do_render_star(const star* s) {
     }
     bool drew = false;
     priv->block->clear();
-    priv->block->append(s);
+    priv->block->append(*s);
     draw_block(drew);
     return drew;
 }

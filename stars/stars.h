@@ -5,7 +5,8 @@
 // Ownership: a StarRenderer borrows its parameters, framebuffer, star input and cameras, which must
 //            outlive it.
 // Errors:    the constructor asserts "priv->cams.len() > 0" and throws StrXception "error in star
-//            database file"; drawing throws "unknown projection". Pixels drawn before stay drawn.
+//            database file"; drawing throws "unknown projection"; both throw velmora::StarsLost when
+//            a mapped database gets shorter meanwhile. Pixels drawn before stay drawn.
 // Threads:   one renderer belongs to one thread.
 #pragma once
 

@@ -115,7 +115,7 @@ TEST(Decode, PlacesStarsWhereThePlainReadingDoes) {
             stars.push_back(make_star(dice.between(30, 150), dice.between(-60, 60), 1, 1, 2, 3,
                                       dice.between(-1, 5)));
         for (const star& s : stars)
-            block.append(&s);
+            block.append(s);
         block.decode(*lane_kernels(), {&data, &matrices, true, 1000, 800, 5, 5});
         for (int i = 0; i < 37; i++) {
             const star& s = stars[size_t(i)];

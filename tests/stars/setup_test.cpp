@@ -23,7 +23,8 @@ VectorN<double, 4> times(const VectorN<double, 4>& p, const DblMatrix4& m) {
 TEST(Setup, SamplesTheCameraOncePerSegmentEnd) {
     static const struct {
         int segments, samples;
-    } table[] = {{-7, 1}, {-1, 1}, {0, 1}, {1, 2}, {3, 4}, {100, 101}};
+    } table[] = {{-7, 1},    {-1, 1},          {0, 1},      {1, 2},          {3, 4},
+                 {100, 101}, {100000, 100001}, {100001, 1}, {2147483646, 1}, {2147483647, 1}};
     for (const auto& row : table)
         EXPECT_EQ(camera_samples(row.segments), row.samples) << row.segments;
 }

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <unistd.h>
 
 using namespace stars_test;
 
@@ -250,6 +251,52 @@ TEST(StarFile, ThatIsNotThereSaysSo) {
     const std::string start = "opening file \"" + path + "\": No such file or directory in <";
     EXPECT_EQ(message.substr(0, start.size()), start);
     EXPECT_EQ(open_descriptors(), before);
+}
+
+// A reader that waited for a writer would wait for ever.
+TEST(StarFile, ThatIsNoRegularFileIsRefusedAtOnce) {
+    const ScratchFolder folder;
+    const std::string pipe = folder.file("pipe");
+    OSAPI::make_named_pipe(pipe.c_str());
+    const int before = open_descriptors();
+    for (const std::string& path : {pipe, folder.folder("folder"), std::string("/dev/zero")}) {
+        alarm(20);
+        EXPECT_EQ(message_without_place_of([&] { delete op_stars_file_input(path.c_str()); }),
+                  "star database file \"" + path + "\" is not a regular file");
+        alarm(0);
+    }
+    EXPECT_EQ(open_descriptors(), before);
+}
+
+// Who writes to a pipe must not find a reader that goes away at once.
+TEST(StarFile, ThatIsAPipeIsNotOpened) {
+    const ScratchFolder folder;
+    const std::string pipe = folder.file("pipe");
+    OSAPI::make_named_pipe(pipe.c_str());
+    const OSAPI::FileDescriptor reader(
+        OSAPI::open(pipe.c_str(), OSAPI::OPEN_READ | OSAPI::OPEN_NOWAIT));
+    const OSAPI::FileDescriptor writer(OSAPI::open(pipe.c_str(), OSAPI::OPEN_WRITE));
+    OSAPI::write(writer.fd, "x", 1);
+    EXPECT_THROW(delete op_stars_file_input(pipe.c_str()), StrXception);
+    char byte = 0;
+    EXPECT_EQ(OSAPI::read(reader.fd, &byte, 1), 1) << "nobody has taken it";
+}
+
+// Sparse files: no byte of them is on the disk.
+TEST(StarFile, OfMoreRecordsThanItCanCountIsRefused) {
+    const ScratchFolder folder;
+    const std::string path = folder.write("sky", header_bytes());
+    const off_t most = off_t(0xffffffff) * 32;
+    ASSERT_EQ(truncate(path.c_str(), most + 31), 0);
+    const std::unique_ptr<StarInput> input(op_stars_file_input(path.c_str()));
+    EXPECT_EQ(input->count, 0xffffffffu);
+    for (const off_t more : {off_t(1), off_t(2), off_t(0x100000000)}) {
+        ASSERT_EQ(truncate(path.c_str(), most + 32 * more), 0);
+        EXPECT_EQ(message_without_place_of([&] { delete op_stars_file_input(path.c_str()); }),
+                  "star database file \"" + path + "\" has " +
+                      std::to_string(0xffffffff + u64(more)) +
+                      " records, and at most 4294967295 can be read");
+    }
 }
 
 TEST(StarFile, ShorterThanItsMagicIsRefused) {

@@ -1,0 +1,49 @@
+#define XSOURCE "stars"
+
+#include "stars/record_reader.h"
+
+#include <algorithm>
+#include <typeinfo>
+
+namespace velmora {
+
+// What a call to the system costs is spread over this many; more no longer fit the nearer caches.
+static const u32 block_size = 16384;
+
+// Classes derived from it have records of their own.
+static MMAPStarFile* mapped_file(StarInput& input) {
+    return typeid(input) == typeid(MMAPStarFile) ? static_cast<MMAPStarFile*>(&input) : nullptr;
+}
+
+RecordReader::RecordReader(StarInput& input)
+    : input(input), file(mapped_file(input)), room(file ? std::min(input.count, block_size) : 0),
+      block(new star[room]) {}
+
+RecordReader::Records RecordReader::next(u32 most, u32 left) {
+    if (!file)
+        return {input.next(), 1};
+    if (file->cursor < copied_from || file->cursor >= copied_from + copied)
+        copy_block(left);
+    const u32 at = u32(file->cursor - copied_from);
+    const u32 count = std::min(most, copied - at);
+    file->cursor += count;
+    return {block.get() + at, count};
+}
+
+void RecordReader::give_back(u32 n) {
+    if (file)
+        file->cursor -= n;
+}
+
+// Records in front of a lost page are still handed out.
+void RecordReader::copy_block(u32 left) {
+    const uword wanted = std::min(left, room);
+    copied_from = file->cursor;
+    copied = 0;
+    copied =
+        u32(OSAPI::copy_can_fail(block.get(), copied_from, wanted * sizeof(star)) / sizeof(star));
+    if (copied == 0)
+        throw StarsLost(__PRETTY_FUNCTION__, __LINE__);
+}
+
+} // namespace velmora
