@@ -1,8 +1,8 @@
 // Which kernels draw: the plain reading, or the fast ones at one of the levels of this machine.
 //
 // The plain reading is scalar, goes through the C library, and defines what a pixel should be. The
-// fast kernels add the same light within the accuracy that streak.h states, and give the same bytes
-// at every level and on every machine.
+// fast kernels add the same light within the accuracy that rasteriser.h states, and give the same
+// bytes at every level and on every machine.
 //
 // Threads:   the level is one for the whole process and may be read from any thread; set it while
 //            nothing is drawn. It starts as the best that the machine has.
