@@ -21,23 +21,45 @@ static void check_kind(const std::string& path) {
         throw CatalogError(path, "is not a regular file");
 }
 
-OSAPI::fd_t open_star_database(const std::string& path) {
-    check_kind(path);
-    OSAPI::FileDescriptor file(OSAPI::open_can_fail(path.c_str(), OSAPI::OPEN_READ));
-    if (!file.is_open())
-        throw CatalogError(path, strerror(errno));
-    const u64 size = OSAPI::getsize(file.fd);
+static void check_size(const std::string& path, u64 size) {
     if (size < record_size)
         throw CatalogError(path, "is too short for a star database: " + std::to_string(size) +
                                      " bytes, the header alone takes 32");
+    if (size / record_size > most_records)
+        throw CatalogError(path, "has " + std::to_string(size / record_size) +
+                                     " records, and at most " + std::to_string(most_records) +
+                                     " can be read");
+}
 
-    const OSAPI::FileMapping header(file.fd, record_size, OSAPI::OPEN_READ);
-    if (version_of_header(static_cast<const unsigned char*>(header.data)) == 0)
+OSAPI::fd_t open_star_database(const std::string& path) {
+    check_kind(path);
+    OSAPI::FileDescriptor file(
+        OSAPI::open_can_fail(path.c_str(), OSAPI::OPEN_READ | OSAPI::OPEN_NOWAIT));
+    if (!file.is_open())
+        throw CatalogError(path, strerror(errno));
+    const OSAPI::FileStamp stamp = OSAPI::get_stamp(file.fd);
+    if (!stamp.is_regular) // it has taken the place of what was looked at
+        throw CatalogError(path, "is not a regular file");
+    check_size(path, stamp.size);
+
+    unsigned char header[record_size];
+    read_star_database(file.fd, path, header, record_size);
+    if (version_of_header(header) == 0)
         throw CatalogError(path, "is not a star database: it begins with neither VELMORA1 nor "
                                  "VELMORA2");
     const OSAPI::fd_t opened = file.fd;
     file.fd = -1;
     return opened;
+}
+
+void read_star_database(OSAPI::fd_t file, const std::string& path, unsigned char* bytes, uword n) {
+    uword got = 0;
+    while (got < n) {
+        const sword count = OSAPI::read_short(file, reinterpret_cast<char*>(bytes) + got, n - got);
+        if (count == 0)
+            throw CatalogError(path, "got shorter while it was read");
+        got += uword(count);
+    }
 }
 
 void check_star_database(const std::string& path) {

@@ -1,4 +1,5 @@
 #include "catalog/database_info.h"
+#include "catalog/catalog_error.h"
 #include "catalog/database_file.h"
 #include "catalog/database_record.h"
 #include "catalog/photometry.h"
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace velmora {
 
@@ -66,32 +68,54 @@ static void add_star(DatabaseInfo& info, u64 number, const star& record) {
     add_oddities(info, number, record);
 }
 
-static DatabaseInfo inspect_bytes(const unsigned char* bytes, u64 size) {
-    DatabaseInfo info;
-    info.version = version_of_header(bytes);
-    info.stars = size / record_size - 1;
-    info.trailing_bytes = size % record_size;
+namespace {
 
-    float flux_before = std::numeric_limits<float>::infinity();
-    for (u64 number = 1; number <= info.stars; number++) {
-        const star record = decode_record(bytes + number * record_size);
-        add_star(info, number, record);
+// Adds stars in the order of their records.
+class Inspection {
+public:
+    DatabaseInfo info;
+
+    void add(const star& record) {
+        add_star(info, ++number, record);
         if (record.flux > flux_before)
             info.out_of_order.add(number);
         if (!std::isnan(record.flux))
             flux_before = record.flux;
     }
-    return info;
-}
 
+private:
+    u64 number = 0;
+    float flux_before = std::numeric_limits<float>::infinity();
+};
+
+} // namespace
+
+// Read, not mapped: of a file that somebody cuts meanwhile, reading only gives less.
 DatabaseInfo inspect_star_database(const std::string& path) {
-    DatabaseInfo info;
-    {
-        const OSAPI::FileDescriptor file(open_star_database(path));
-        const u64 size = OSAPI::getsize(file.fd);
-        const OSAPI::FileMapping mapping(file.fd, size, OSAPI::OPEN_READ);
-        info = inspect_bytes(static_cast<const unsigned char*>(mapping.data), size);
+    OSAPI::FileDescriptor file(open_star_database(path));
+    const OSAPI::FileStamp stamp = OSAPI::get_stamp(file.fd);
+    if (stamp.size < record_size)
+        throw CatalogError(path, "got shorter while it was read");
+    unsigned char header[record_size];
+    OSAPI::lseek(file.fd, 0, SEEK_SET);
+    read_star_database(file.fd, path, header, record_size);
+
+    Inspection inspection;
+    DatabaseInfo& info = inspection.info;
+    info.version = version_of_header(header);
+    info.stars = stamp.size / record_size - 1;
+    info.trailing_bytes = stamp.size % record_size;
+    std::vector<unsigned char> block(record_size * 4096);
+    for (u64 left = info.stars; left > 0;) {
+        const u64 count = std::min<u64>(left, block.size() / record_size);
+        read_star_database(file.fd, path, block.data(), count * record_size);
+        for (u64 i = 0; i < count; i++)
+            inspection.add(decode_record(&block[i * record_size]));
+        left -= count;
     }
+    if (OSAPI::get_stamp(file.fd) != stamp)
+        throw CatalogError(path, "was written to while it was read");
+    file.close();
     return info;
 }
 

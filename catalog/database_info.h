@@ -2,8 +2,9 @@
 //
 // Units:     see stars/starfile.h; magnitudes are -2.5 log10(flux).
 // Shapes:    records are numbered as readers do: the header is 0, the stars are 1 to `stars`.
-// Errors:    as those of catalog/database_file.h. Odd stars are no error.
-// Threads:   pure functions of the file and their arguments. The file must not shrink meanwhile.
+// Errors:    as those of catalog/database_file.h, and CatalogError for a database that is written to
+//            while it is read. Odd stars are no error.
+// Threads:   pure functions of the file and their arguments.
 #pragma once
 
 #include "core/types.h"

@@ -1,3 +1,4 @@
+#include "catalog/database_file.h"
 #include "catalog/database_info.h"
 #include "catalog/database_record.h"
 #include "catalog/database_writer.h"
@@ -7,6 +8,7 @@
 
 #include <gtest/gtest.h>
 #include <limits>
+#include <unistd.h>
 
 namespace velmora {
 
@@ -53,6 +55,29 @@ static std::string bytes_of(const std::string& magic, const std::vector<star>& s
 static DatabaseInfo info_of(const std::vector<star>& stars, const std::string& magic = "VELMORA2") {
     const ScratchFolder folder;
     return inspect_star_database(folder.write("sky", bytes_of(magic, stars)));
+}
+
+// Somebody cuts the file after it was opened: reading it says so, mapped it would end the process.
+TEST(DatabaseInfo, OfADatabaseThatGetsShorterIsRefused) {
+    const ScratchFolder folder;
+    const std::string path = folder.write("sky", bytes_of("VELMORA2", std::vector<star>(3, plain)));
+    const OSAPI::FileDescriptor file(open_star_database(path));
+    unsigned char bytes[3 * record_size];
+    ASSERT_EQ(truncate(path.c_str(), 70), 0);
+    EXPECT_EQ(catalog_error_of([&] { read_star_database(file.fd, path, bytes, sizeof bytes); }),
+              path + ": got shorter while it was read");
+}
+
+// Sparse files: no byte of them is on the disk.
+TEST(DatabaseInfo, OfMoreRecordsThanReadersCountIsRefused) {
+    const ScratchFolder folder;
+    const std::string path = folder.write("sky", bytes_of("VELMORA2", {}));
+    const off_t most = off_t(0xffffffff) * 32;
+    ASSERT_EQ(truncate(path.c_str(), most + 31), 0);
+    EXPECT_EQ(catalog_error_of([&] { check_star_database(path); }), "no error");
+    ASSERT_EQ(truncate(path.c_str(), most + 32), 0);
+    EXPECT_EQ(catalog_error_of([&] { check_star_database(path); }),
+              path + ": has 4294967296 records, and at most 4294967295 can be read");
 }
 
 static void expect_oddity(const Oddity& oddity, u64 count, u64 first) {
