@@ -22,13 +22,13 @@ static const double spot_unit = 0.0005;
 struct StarRenderer::Private {
     const StarFramebuffer* fb;
     StarInput* input;
-    RecordReader reader; // of the input
     const Array<camera>* cams;
     Array<DblMatrix4> matrices; // one per camera, world to screen
     float intensity_scale;      // multiplies each star's luminance
     float spot_w, spot_h;       // pixels, at least 1
     u32 next_star;              // record 0 is the header
     RenderCounts counts;
+    RecordReader reader;              // of the input
     std::unique_ptr<StarBlock> block; // for the fast kernels
     DrawList list;
     bool listing; // whether stars go into the list instead of being drawn at once
@@ -66,7 +66,7 @@ StarRenderer::StarRenderer(const StarRendererData& parameters, const StarFramebu
                            StarInput& input, const Array<camera>& cams)
     : data(&parameters),
       priv(new Private{
-          &fb, &input, RecordReader(input), &cams, {}, 0, 0, 0, 0, {}, nullptr, {}, false, 0, {}}) {
+          &fb, &input, &cams, {}, 0, 0, 0, 0, {}, RecordReader(input), nullptr, {}, false, 0, {}}) {
     XASSERT_AT(cams.len() > 0, "priv->cams.len() > 0", __PRETTY_FUNCTION__, 464);
 
     for (uword i = 0; i < cams.len(); i++)
