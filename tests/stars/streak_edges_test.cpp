@@ -1,5 +1,6 @@
 // Where thresholds, roundings and numbers out of range decide what a streak touches.
 #include "core/xception.h"
+#include "stars/rasteriser.h"
 #include "tests/stars/kernels.h"
 #include "tests/stars/picture.h"
 #include "tests/stars/reference.h"
@@ -27,6 +28,16 @@ void expect_untouched(Vector2 from, Vector2 to, float amplitude = 5, float size 
     EXPECT_TRUE(picture.surroundings_intact());
 }
 
+// The same, and no pixel may be counted as written.
+void expect_nothing_written(Vector2 from, Vector2 to, float amplitude = 5) {
+    expect_untouched(from, to, amplitude);
+    Picture picture(24, 18, GUARDED);
+    const velmora::StarCall call = {picture.fb, from, to, amplitude,
+                                    white,      1,    1,  OP_STARS_LINES_ALL};
+    EXPECT_EQ(velmora::plain_star_streak(call).pixels, 0);
+    EXPECT_EQ(velmora::draw_star_streak(call).pixels, 0);
+}
+
 void expect_assertion(int width, int height, Vector2 where, const char* expression) {
     float pixels[4] = {0, 0, 0, 0};
     const StarFramebuffer fb = {pixels, pixels, pixels, pixels, width, height, 0, 0};
@@ -51,6 +62,17 @@ std::string lit_rows(const Picture& picture) {
 }
 
 } // namespace
+
+TEST(StreakEdges, CountNoPixelsOfAPathThatIsNowhereOrOutside) {
+    expect_nothing_written({{not_a_number, 9}}, {{12, 9}});
+    expect_nothing_written({{12, 9}}, {{12, not_a_number}});
+    for (const float x : {-100.0f, 1e6f}) {
+        expect_nothing_written({{x, 9}}, {{x, 9}});
+        expect_nothing_written({{x, 9}}, {{x + 5, 12}});
+        expect_nothing_written({{12, x}}, {{14, x}});
+    }
+    expect_nothing_written({{12, 9}}, {{14, 9}}, 1e-5f); // below 1/6250
+}
 
 // ---- Images without pixels --------------------------------------------------------------------
 
