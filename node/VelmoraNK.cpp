@@ -4,6 +4,7 @@
 #include "node/sdk.h"
 #include "stars/setup.h"
 
+#include <algorithm>
 #include <cmath>
 #include <DDImage/NukeWrapper.h>
 #include <memory>
@@ -134,6 +135,8 @@ const OutputContext& VelmoraNK::inputContext(int n, int m, OutputContext& scratc
 
 void VelmoraNK::_validate(bool for_real) {
     describe_output();
+    if (refuse_sizes())
+        return;
     const CameraOp* const last = sample_cameras(for_real);
     fill_render_data();
     if (last)
@@ -150,6 +153,23 @@ void VelmoraNK::describe_output() {
     info_.set(info_.format());
     info_.channels(Mask_RGBA);
     set_out_channels(Mask_RGBA);
+}
+
+// Whether there is nothing that could be drawn; says why.
+bool VelmoraNK::refuse_sizes() {
+    const int width = format().width(), height = format().height();
+    if (width <= 0 || height <= 0)
+        error("Format %d x %d has no pixels", width, height);
+    else if (!velmora::image_fits(width, height))
+        error("Format %d x %d is too large: an image takes 16 bytes per pixel and must stay below "
+              "4 GiB",
+              width, height);
+    else if (blur_segs > velmora::most_blur_segs)
+        error("Motion Blur Segments %d are too many: the most is %d", blur_segs,
+              velmora::most_blur_segs);
+    else
+        return false;
+    return true;
 }
 
 // Returns the camera of the last sample, null when it has none.
@@ -194,6 +214,7 @@ void VelmoraNK::open_star_file() {
     if (path == starfile_loaded)
         return;
     starfile_loaded = path;
+    told_of_replacement = false;
     StarInput* opened = nullptr;
     if (path.str) {
         try {
@@ -224,22 +245,61 @@ struct Rewound {
 
 void VelmoraNK::_open() {
     last_counts = {};
-    auto fresh = std::make_unique<Kess::Image>(
-        Kess::ImageSpec(format().width(), format().height(), Kess::ImageSpec::BGRA_FLOAT));
+    const int width = format().width(), height = format().height();
+    if (!velmora::image_fits(width, height) || blur_segs > velmora::most_blur_segs) {
+        _close();
+        return;
+    }
+    auto fresh =
+        std::make_unique<Kess::Image>(Kess::ImageSpec(width, height, Kess::ImageSpec::BGRA_FLOAT));
     delete image;
     image = fresh.release();
     image->make_blank();
-    if (!star_input)
-        return;
-
-    const StarFramebuffer framebuffer = velmora::framebuffer_of(*image);
-    const Rewound rewound(*star_input);
-    StarRenderer renderer(render_data, framebuffer, *star_input, cameras);
-    bool drew = false;
-    renderer.render_all(drew);
-    last_counts = renderer.counts();
+    if (star_input)
+        draw_star_file();
 }
 
+static velmora::SinceOpened since_opened(const StarInput& input) {
+    const auto* const file = dynamic_cast<const MMAPStarFile*>(&input);
+    return file ? file->since_opened() : velmora::SinceOpened::unchanged;
+}
+
+// The file is looked at before and after, so that no picture mixes two states of it.
+void VelmoraNK::draw_star_file() {
+    const velmora::SinceOpened before = since_opened(*star_input);
+    if (before == velmora::SinceOpened::replaced && !told_of_replacement) {
+        told_of_replacement = true;
+        Xception::warning(__PRETTY_FUNCTION__,
+                          "Star database file '%s' was replaced since it was opened; the old one "
+                          "is drawn until the path is changed",
+                          starfile_loaded.str);
+    }
+    if (before != velmora::SinceOpened::changed && draw_stars() &&
+        since_opened(*star_input) != velmora::SinceOpened::changed)
+        return;
+    last_counts = {};
+    image->make_blank();
+    error("Star database file '%s' was written to or cut short since it was opened; it is not "
+          "drawn until the path is changed",
+          starfile_loaded.str);
+}
+
+// Returns whether all stars were still there.
+bool VelmoraNK::draw_stars() {
+    const StarFramebuffer framebuffer = velmora::framebuffer_of(*image);
+    const Rewound rewound(*star_input);
+    try {
+        StarRenderer renderer(render_data, framebuffer, *star_input, cameras);
+        bool drew = false;
+        renderer.render_all(drew);
+        last_counts = renderer.counts();
+    } catch (const velmora::StarsLost&) {
+        return false;
+    }
+    return true;
+}
+
+// Copies what lies in the image; all else is black.
 void VelmoraNK::engine(int y, int x, int r, ChannelMask, Row& row) {
     if (aborted())
         return;
@@ -247,9 +307,21 @@ void VelmoraNK::engine(int y, int x, int r, ChannelMask, Row& row) {
     float* const green = row.writable(Chan_Green);
     float* const blue = row.writable(Chan_Blue);
     float* const alpha = row.writable(Chan_Alpha);
+    const bool has_row = image && y >= 0 && y < image->height;
+    const int begin = has_row ? std::max(x, 0) : r;
+    const int end = has_row ? std::min(r, image->width) : r;
+    for (float* const channel : {red, green, blue, alpha}) {
+        for (int column = x; column < std::min(begin, r); column++)
+            channel[column] = 0;
+        for (int column = std::max(end, x); column < r; column++)
+            channel[column] = 0;
+    }
+    if (begin >= end)
+        return;
+
     const StarFramebuffer source = velmora::framebuffer_of(*image);
     const std::ptrdiff_t first = std::ptrdiff_t(source.height - 1 - y) * source.row_stride;
-    for (int column = x; column < r; column++) {
+    for (int column = begin; column < end; column++) {
         const std::ptrdiff_t at = first + std::ptrdiff_t(column) * source.pixel_stride;
         red[column] = source.red[at];
         green[column] = source.green[at];

@@ -5,8 +5,12 @@
 //
 // Inputs:    0 "parent", an axis, which nothing reads; 1 "cam", a camera, of which blur_segs + 1
 //            copies are asked for, spread over the shutter.
-// Errors:    a database that cannot be opened is told once, through error(), and the picture is
-//            black until the path changes. What the renderer throws leaves _open.
+// Errors:    told through error(), with a black picture: formats without pixels or of 4 GiB and
+//            more, and more segments than most_blur_segs, at every validation; a database that
+//            cannot be opened, once until the path changes; one that was written to or cut short
+//            since it was opened, at every opening. One that another file has replaced is still
+//            drawn as it was, with a warning on standard error, once. What else the renderer throws
+//            leaves _open.
 // Threads:   engine in any number of threads; everything else one at a time.
 #pragma once
 
@@ -78,10 +82,15 @@ public:
     StarRendererData render_data = {};
     Array<camera> cameras; // one per sample
 
-    Kess::Image* image = nullptr;    // owned; from _open to _close
+    Kess::Image* image = nullptr;    // owned; from _open to _close, null when nothing can be drawn
     StarInput* star_input = nullptr; // owned; the open database, kept from frame to frame
 
 private:
+    bool told_of_replacement = false; // that another file has the name of the open database
+
+    bool refuse_sizes();
+    void draw_star_file();
+    bool draw_stars();
     void describe_output();
     const DD::Image::CameraOp* sample_cameras(bool for_real);
     void fill_render_data();
