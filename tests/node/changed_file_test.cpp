@@ -180,7 +180,7 @@ private:
 
 // scripts/change-while-reading has it do this for longer.
 TEST_F(NodeChangedFile, EndsNothingAtAnyMoment) {
-    const std::string first = sky(60000, 1), second = sky(60000, 2);
+    const std::string first = sky(20000, 1), second = sky(20000, 2);
     std::mt19937 random(unsigned(20240229 + testing::UnitTest::GetInstance()->random_seed()));
     const auto started = std::chrono::steady_clock::now();
     folder.write("sky", first);
@@ -194,7 +194,7 @@ TEST_F(NodeChangedFile, EndsNothingAtAnyMoment) {
     const Pixels of_second = other.picture();
 
     int told_of = 0, drawn = 0;
-    for (int moment = 0; moment < 150; moment++) {
+    for (int moment = 0; moment < 60; moment++) {
         folder.write("sky", first);
         // Another spelling each time, so that the node opens the file again.
         const std::string spelt = folder.path() + (moment % 2 ? "/./sky" : "/sky");
