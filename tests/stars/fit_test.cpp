@@ -52,6 +52,7 @@ TEST(Fit, IsOutsideWhereNothingIsDrawn) {
             Vector2 place = at(30, 20);
             place[axis] = bad;
             EXPECT_EQ(fit_of(call_of(place, place, 1, 2, 2)), Fit::outside);
+            EXPECT_EQ(fit_of(call_of(at(30, 20), place, 1, 2, 2)), Fit::outside);
         }
 }
 
