@@ -61,6 +61,9 @@ static const Entry entries[] = {
     {"docs/catalogues.md", "sky.velmora\nversion ", Listed::output,
      "velmora catalog info sky.velmora"},
     {"docs/command-line.md", "# frame  tx ty tz  rx ry rz\n", Listed::file, "shot.chan"},
+    {"docs/command-line.md", "velmora: sky.0007.exr: is being written ", Listed::output,
+     "flock sky.0007.exr.inprogress velmora render -F 7 --vaperture 13.824 -o sky.####.exr || "
+     "true"},
     {"docs/install.md", "cmake --preset release\n", Listed::not_run, machine},
     {"docs/install.md", "export NUKE_PATH=", Listed::not_run, "is for the shell that starts Nuke"},
     {"docs/install.md", "nuke.knobDefault(", Listed::not_run, "is run by Nuke"},
