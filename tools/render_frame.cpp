@@ -11,6 +11,19 @@ namespace velmora {
 using DD::Image::Op;
 using DD::Image::Row;
 
+NodeRenderer::NodeRenderer(Node& node, const std::string& where)
+    : node(node), where(where), tree(node), star_file(node.knob("starfile")->get_text()),
+      has_stamp(OSAPI::get_stamp_can_fail(star_file.c_str(), stamp)) {}
+
+// A frame in a process of its own opens the file itself, and later than others.
+void NodeRenderer::check_same_stars() const {
+    OSAPI::FileStamp now;
+    if (has_stamp && OSAPI::get_stamp_can_fail(star_file.c_str(), now) && now != stamp)
+        throw WorkFailure(node.name(), "Star database file '" + star_file +
+                                           "' was replaced or written to while frames were "
+                                           "rendered");
+}
+
 Op& NodeRenderer::validated(double frame) {
     check_sizes(node, frame, where);
     Op& op = tree.at(frame);
@@ -60,11 +73,13 @@ std::unique_ptr<RenderedFrame> NodeRenderer::render(double frame) {
         const std::size_t pixels =
             std::size_t(rendered->view.width) * std::size_t(rendered->view.height);
         rendered->pixels.resize(4 * pixels);
+        check_same_stars();
         const Opened opened(op);
         rendered->times.drawing = watch.lap();
         pull_rows(opened.iop(), opened.iop().info(), DD::Image::Mask_RGBA, {},
                   [&](const Row& row, int y, int, int) { put_row(row, y, *rendered); });
         rendered->times.taking_rows = watch.lap();
+        check_same_stars();
     });
     return rendered;
 }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "host/op_tree.h"
+#include "osapi/osapi.h"
 #include "tools/float_picture.h"
 #include "tools/view.h"
 
@@ -35,10 +36,11 @@ struct RenderedFrame {
 class NodeRenderer {
 public:
     // `where`, "" or "<node>: ", stands before what is wrong with the node's knobs.
-    explicit NodeRenderer(Node& node, const std::string& where = "")
-        : node(node), where(where), tree(node) {}
+    explicit NodeRenderer(Node& node, const std::string& where = "");
 
-    // Every row comes through the node's engine. The star database stays open from frame to frame.
+    // Every row comes through the node's engine. The star database stays open from frame to frame,
+    // and is the same for all frames: WorkFailure when its file is no longer what it was when this
+    // was made.
     std::unique_ptr<RenderedFrame> render(double frame);
 
 private:
@@ -48,7 +50,12 @@ private:
     std::string failed_file; // the star database that could not be opened, of which the node tells
     std::string failure;     // once and then renders black
 
+    const std::string star_file;
+    OSAPI::FileStamp stamp = {}; // of star_file at the start
+    bool has_stamp;
+
     DD::Image::Op& validated(double frame);
+    void check_same_stars() const;
     void check_star_file(DD::Image::Op& op);
 };
 
