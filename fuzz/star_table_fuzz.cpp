@@ -2,18 +2,21 @@
 // stars that a record can hold.
 #include "catalog/catalog_error.h"
 #include "catalog/database_record.h"
-#include "catalog/star_table.h"
+#include "catalog/readers/star_table.h"
+#include "catalog/record_maker.h"
 #include "fuzz/law.h"
 #include "fuzz/memory_file.h"
 
 #include <cmath>
 #include <cstring>
+#include <memory>
+#include <utility>
 
 using namespace velmora;
 
-static void check_lines(SourceFile& file) {
+static void check_lines(std::unique_ptr<SourceFile> file) {
     std::string_view line;
-    while (file.next_line(line)) {
+    while (file->next_line(line)) {
         require(line.size() <= SourceFile::longest_line, "lines have a largest length");
         require(line.find('\n') == std::string_view::npos &&
                     line.find('\0') == std::string_view::npos,
@@ -21,7 +24,7 @@ static void check_lines(SourceFile& file) {
     }
 }
 
-static void check_star(const TableStar& row) {
+static void check_star(const CatalogStar& row) {
     require(row.hip > 0, "numbers of stars are above 0");
     require(row.ra >= 0 && row.ra < 360, "ra lies in [0, 360)");
     require(std::abs(row.dec) <= 90, "dec lies in [-90, 90]");
@@ -36,20 +39,19 @@ static void check_star(const TableStar& row) {
     require(memcmp(bytes, again, record_size) == 0, "a record's bytes come back");
 }
 
-static void check_table(SourceFile& file) {
-    const bool recognised = StarTable::recognises(file.head());
-    StarTable table(file);
+static void check_table(std::unique_ptr<SourceFile> file) {
+    const bool recognised = StarTable::recognises(file->head());
+    StarTable table(std::move(file));
     require(recognised, "what is read as a table is recognised as one");
-    TableStar row;
+    CatalogStar row;
     while (table.next(row))
         check_star(row);
 }
 
 // Gives the file to `check`; the only way to refuse it is a CatalogError of one line.
-static void read(const MemoryFile& bytes, void (*check)(SourceFile&)) {
+static void read(const MemoryFile& bytes, void (*check)(std::unique_ptr<SourceFile>)) {
     try {
-        SourceFile file(bytes.path());
-        check(file);
+        check(std::make_unique<SourceFile>(bytes.path()));
     } catch (const CatalogError& error) {
         require_printable_line(error.what());
     }

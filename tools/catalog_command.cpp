@@ -1,7 +1,6 @@
 #include "catalog/database_info.h"
 #include "catalog/database_writer.h"
-#include "catalog/source_file.h"
-#include "catalog/star_table.h"
+#include "catalog/import.h"
 #include "core/quoted.h"
 #include "tools/catalog_failure.h"
 #include "tools/command.h"
@@ -25,12 +24,6 @@ struct ImportArguments {
     std::string out;
 };
 
-struct ImportedStars {
-    std::vector<star> records;
-    u64 known_distances = 0;
-    u64 known_colors = 0;
-};
-
 static void check_is_there(const std::string& argument, const std::string& path) {
     if (path.empty())
         throw UsageFailure(argument, "the file name is empty");
@@ -41,28 +34,6 @@ static void check_is_there(const std::string& argument, const std::string& path)
 
 // ---- catalog import --------------------------------------------------------------------------
 
-static void append_table(SourceFile& file, ImportedStars& stars) {
-    StarTable table(file);
-    TableStar row;
-    while (table.next(row)) {
-        const star record = record_of(row);
-        stars.records.push_back(record);
-        stars.known_distances += record.distance > 0;
-        stars.known_colors += row.bv.has_value();
-    }
-}
-
-static void append_source(const std::string& path, ImportedStars& stars) {
-    SourceFile file(path);
-    const std::string_view head = file.head();
-    if (head.empty())
-        file.fail("the file is empty");
-    if (!StarTable::recognises(head))
-        file.fail("the kind of file is unknown: read are star tables, which begin with the line "
-                  "\"hip,ra,dec,vmag,bv,plx,e_plx,name\"");
-    append_table(file, stars);
-}
-
 static void import(const ImportArguments& arguments) {
     if (arguments.out.empty())
         throw UsageFailure("-o", "the file name is empty");
@@ -72,7 +43,7 @@ static void import(const ImportArguments& arguments) {
 
     ImportedStars stars;
     for (const std::string& source : arguments.sources)
-        working_on(source, [&] { append_source(source, stars); });
+        working_on(source, [&] { import_catalog(source, stars); });
 
     const std::string count = std::to_string(stars.records.size());
     working_on(arguments.out, [&] {

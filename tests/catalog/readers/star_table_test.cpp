@@ -1,11 +1,10 @@
-#include "catalog/photometry.h"
-#include "catalog/star_table.h"
+#include "catalog/readers/star_table.h"
 #include "tests/catalog/failures.h"
 #include "tests/catalog/gzip.h"
 #include "tests/scratch_folder.h"
 
-#include <cmath>
 #include <gtest/gtest.h>
+#include <memory>
 
 namespace velmora {
 
@@ -16,17 +15,16 @@ static const std::string bright_stars =
              "69673,213.91529,19.18242,-0.05,1.239,88.83,0.54,\"Arcturus, \"\"bear guard\"\"\"\n"
              "1,0.00091,1.08901,9.1,,,,\n";
 
-static std::vector<TableStar> rows_of(const std::string& path) {
-    SourceFile file(path);
-    StarTable table(file);
-    std::vector<TableStar> rows;
-    TableStar row;
+static std::vector<CatalogStar> rows_of(const std::string& path) {
+    StarTable table(std::make_unique<SourceFile>(path));
+    std::vector<CatalogStar> rows;
+    CatalogStar row;
     while (table.next(row))
         rows.push_back(row);
     return rows;
 }
 
-static void expect_bright_stars(const std::vector<TableStar>& rows) {
+static void expect_bright_stars(const std::vector<CatalogStar>& rows) {
     ASSERT_EQ(rows.size(), 3u);
     EXPECT_EQ(rows[0].hip, 32349);
     EXPECT_EQ(rows[0].ra, 101.28716);
@@ -64,7 +62,7 @@ TEST(StarTable, ReadsLinesThatEndInCarriageReturnAndLineFeed) {
     expect_bright_stars(rows_of(folder.write("t.csv", text)));
 }
 
-TEST(StarTable, HasNoStarBehindItsHeaderAlone) {
+TEST(StarTable, HasNoStarAfterItsHeaderAlone) {
     const ScratchFolder folder;
     EXPECT_TRUE(rows_of(folder.write("t.csv", header)).empty());
 }
@@ -182,52 +180,6 @@ TEST(StarTable, SurvivesAnyByteBeingWrong) {
             bad[i] ^= char(0x80 >> (i % 8));
             catalog_error_of([&] { rows_of(folder.write("t", bad)); });
         }
-}
-
-TEST(Distance, IsAThousandOverTheParallax) {
-    EXPECT_EQ(distance_of_parallax(100, 1), 10);
-    EXPECT_EQ(distance_of_parallax(0.5, 0.01), 2000);
-    EXPECT_EQ(distance_of_parallax(100, std::nullopt), 10);
-}
-
-TEST(Distance, IsUnknownWithoutAGoodParallax) {
-    EXPECT_EQ(distance_of_parallax(std::nullopt, std::nullopt), 0);
-    EXPECT_EQ(distance_of_parallax(std::nullopt, 1), 0);
-    EXPECT_EQ(distance_of_parallax(0, 0), 0);
-    EXPECT_EQ(distance_of_parallax(-3, 0.1), 0);
-    EXPECT_EQ(distance_of_parallax(1e-320, 0), 0); // 1000 / 1e-320 is infinite
-}
-
-TEST(Distance, EndsAtAFifthOfError) {
-    EXPECT_EQ(distance_of_parallax(16, 3.125), 62.5);
-    EXPECT_EQ(distance_of_parallax(10, 2), 0);
-    EXPECT_EQ(distance_of_parallax(10, 50), 0);
-}
-
-TEST(StarRecord, CarriesWhatTheTableSays) {
-    const star record = record_of({1, 10.5, -20.25, 2.5, 0.65, 16.0, 0.5, "x"});
-    EXPECT_EQ(record.ra, 10.5);
-    EXPECT_EQ(record.dec, -20.25);
-    EXPECT_EQ(record.flux, 0.1f);
-    EXPECT_EQ(record.red, 255);
-    EXPECT_NEAR(record.green, 241, 1);
-    EXPECT_NEAR(record.blue, 234, 1);
-    EXPECT_EQ(record.reserved, 0);
-    EXPECT_EQ(record.distance, 62.5);
-}
-
-TEST(StarRecord, IsWhiteAndInfinitelyFarWithoutColorAndParallax) {
-    const star record = record_of({1, 0, 0, 0, std::nullopt, std::nullopt, std::nullopt, ""});
-    EXPECT_EQ(record.flux, 1.0f);
-    EXPECT_EQ(record.red, 255);
-    EXPECT_EQ(record.green, 255);
-    EXPECT_EQ(record.blue, 255);
-    EXPECT_EQ(record.distance, 0);
-}
-
-TEST(StarRecord, HasAFluxAtTheEndsOfTheMagnitudes) {
-    EXPECT_EQ(record_of({1, 0, 0, 90, {}, {}, {}, ""}).flux, 1e-36f);
-    EXPECT_EQ(record_of({1, 0, 0, -90, {}, {}, {}, ""}).flux, 1e36f);
 }
 
 } // namespace velmora

@@ -15,9 +15,10 @@
 // Threads:   one reader belongs to one thread at a time.
 #pragma once
 
+#include "catalog/reader.h"
 #include "catalog/source_file.h"
-#include "stars/starfile.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,36 +26,18 @@
 
 namespace velmora {
 
-// Brighter or fainter than this is no flux that a record's float can hold.
-const double largest_magnitude = 90;
-
-// A parallax whose standard error is this part of it or more tells no distance: the inverse of so
-// noisy a number is biased.
-const double largest_parallax_error = 0.2;
-
-// One line.
-struct TableStar {
-    int hip;
-    double ra, dec;
-    double vmag;
-    std::optional<double> bv;
-    std::optional<double> plx, e_plx;
-    std::string name;
-};
-
-class StarTable {
+class StarTable : public StarReader {
 public:
     // Whether a file that begins with `head` means to be such a table.
     static bool recognises(std::string_view head);
 
-    // Takes the header from `file`, of which no line has been taken; `file` must outlive the table.
-    explicit StarTable(SourceFile& file);
+    // Takes the header from `opened`, of which no line has been taken.
+    explicit StarTable(std::unique_ptr<SourceFile> opened);
 
-    // Reads the next star; false behind the last. After an exception `row` is unspecified.
-    bool next(TableStar& row);
+    bool next(CatalogStar& row) override;
 
 private:
-    SourceFile& file;
+    const std::unique_ptr<SourceFile> file;
     std::vector<std::string> fields;
 
     int hip_number() const;
@@ -62,12 +45,5 @@ private:
     std::optional<double> optional_number(int column) const;
     [[noreturn]] void fail_field(int column, const std::string& why) const;
 };
-
-// 1000 / plx, or 0, which is unknown, without a parallax above 0 that is known well enough. A
-// missing error is taken for a small one.
-double distance_of_parallax(std::optional<double> plx, std::optional<double> e_plx);
-
-// The star's record: flux from vmag, colour from bv (white without), distance from plx and e_plx.
-star record_of(const TableStar& row);
 
 } // namespace velmora

@@ -1,9 +1,10 @@
-#include "catalog/star_table.h"
-#include "catalog/photometry.h"
+#include "catalog/readers/star_table.h"
+
 #include "core/number.h"
 #include "core/quoted.h"
 
 #include <cmath>
+#include <utility>
 
 namespace velmora {
 
@@ -54,23 +55,23 @@ bool StarTable::recognises(std::string_view head) {
     return head.substr(0, header_start.size()) == header_start;
 }
 
-StarTable::StarTable(SourceFile& file) : file(file) {
+StarTable::StarTable(std::unique_ptr<SourceFile> opened) : file(std::move(opened)) {
     std::string_view line;
-    if (!file.next_line(line))
-        file.fail("the file is empty");
+    if (!file->next_line(line))
+        file->fail("the file is empty");
     if (line != header)
-        file.fail_line("the header is " + in_quotes(line) + " instead of " + in_quotes(header));
+        file->fail_line("the header is " + in_quotes(line) + " instead of " + in_quotes(header));
 }
 
-bool StarTable::next(TableStar& row) {
+bool StarTable::next(CatalogStar& row) {
     std::string_view line;
-    if (!file.next_line(line))
+    if (!file->next_line(line))
         return false;
     if (const char* wrong = split(line, fields))
-        file.fail_line(wrong);
+        file->fail_line(wrong);
     if (fields.size() != COLUMN_COUNT)
-        file.fail_line("the number of columns is " + std::to_string(fields.size()) +
-                       " instead of " + std::to_string(COLUMN_COUNT));
+        file->fail_line("the number of columns is " + std::to_string(fields.size()) +
+                        " instead of " + std::to_string(COLUMN_COUNT));
 
     row.hip = hip_number();
     row.ra = number(RA);
@@ -92,7 +93,8 @@ bool StarTable::next(TableStar& row) {
 }
 
 void StarTable::fail_field(int column, const std::string& why) const {
-    file.fail_line(std::string(column_names[column]) + " " + in_quotes(fields[column]) + " " + why);
+    file->fail_line(std::string(column_names[column]) + " " + in_quotes(fields[column]) + " " +
+                    why);
 }
 
 int StarTable::hip_number() const {
@@ -105,7 +107,7 @@ int StarTable::hip_number() const {
 double StarTable::number(int column) const {
     double value = 0;
     if (fields[column].empty())
-        file.fail_line(std::string(column_names[column]) + " is missing");
+        file->fail_line(std::string(column_names[column]) + " is missing");
     if (!parse_number(fields[column], value))
         fail_field(column, "is not a number");
     if (!std::isfinite(value))
@@ -117,27 +119,6 @@ std::optional<double> StarTable::optional_number(int column) const {
     if (fields[column].empty())
         return std::nullopt;
     return number(column);
-}
-
-double distance_of_parallax(std::optional<double> plx, std::optional<double> e_plx) {
-    if (!plx || !(*plx > 0) || (e_plx && *e_plx / *plx >= largest_parallax_error))
-        return 0;
-    const double distance = 1000 / *plx;
-    return std::isfinite(distance) ? distance : 0;
-}
-
-star record_of(const TableStar& row) {
-    const ColorBytes color = row.bv ? color_of_bv(*row.bv) : unknown_color;
-    star record;
-    record.ra = row.ra;
-    record.dec = row.dec;
-    record.flux = float(flux_of_magnitude(row.vmag));
-    record.red = color.red;
-    record.green = color.green;
-    record.blue = color.blue;
-    record.reserved = 0;
-    record.distance = distance_of_parallax(row.plx, row.e_plx);
-    return record;
 }
 
 } // namespace velmora
