@@ -1,10 +1,10 @@
 #include "host/chan.h"
 
+#include "text/number.h"
+
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <string_view>
-#include <system_error>
 
 namespace velmora {
 
@@ -32,17 +32,10 @@ static std::vector<std::string_view> words_of(std::string_view line) {
 }
 
 static double number_of(std::string_view word, const std::string& where) {
-    // from_chars takes a minus sign only.
-    const std::size_t sign = word.size() > 1 && word[0] == '+' && word[1] != '-' ? 1 : 0;
     double number = 0.0;
-    const char* const end = word.data() + word.size();
-    const auto result = std::from_chars(word.data() + sign, end, number);
-    if (result.ec == std::errc::invalid_argument || result.ptr != end)
-        throw ChanError(where, in_quotes(word) + " is not a number");
-    if (result.ec != std::errc())
-        throw ChanError(where, in_quotes(word) + " is out of range");
-    if (!std::isfinite(number))
-        throw ChanError(where, in_quotes(word) + " is not a finite number");
+    const NumberFault fault = parse_finite(word, number);
+    if (fault != NumberFault::none)
+        throw ChanError(where, in_quotes(word) + " " + reason_of(fault));
     return number;
 }
 

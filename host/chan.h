@@ -11,24 +11,19 @@
 // Threads:   a Chan that is made never changes.
 #pragma once
 
-#include "core/quoted.h"
 #include "host/transform.h"
+#include "text/text_error.h"
 
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace velmora {
 
 // Says "<where>: <why>", printable, where <where> is FILE:LINE, or FILE when the whole file is at fault.
-class ChanError : public std::runtime_error {
+class ChanError : public TextError {
 public:
-    const std::string where;
-    const std::string why;
-
-    ChanError(const std::string& where, const std::string& why)
-        : std::runtime_error(printable(where + ": " + why)), where(where), why(why) {}
+    using TextError::TextError;
 };
 
 struct ChanSample {

@@ -1,6 +1,6 @@
 #include "host/checks.h"
 
-#include "core/quoted.h"
+#include "text/quoted.h"
 
 #include <DDImage/Op.h>
 

@@ -8,24 +8,19 @@
 // Ownership: plug-ins stay loaded for as long as the process runs.
 #pragma once
 
-#include "core/quoted.h"
+#include "text/text_error.h"
 
 #include <DDImage/Op.h>
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace velmora {
 
 // Says "<file or class>: <why>", printable.
-class DDImage_API PluginError : public std::runtime_error {
+class DDImage_API PluginError : public TextError {
 public:
-    const std::string where;
-    const std::string why;
-
-    PluginError(const std::string& where, const std::string& why)
-        : std::runtime_error(printable(where + ": " + why)), where(where), why(why) {}
+    using TextError::TextError;
 };
 
 class DDImage_API PluginPath {

@@ -7,7 +7,7 @@
 // Threads:   pull_rows starts as many as it is asked for and waits for them.
 #pragma once
 
-#include "core/quoted.h"
+#include "text/quoted.h"
 
 #include <DDImage/Iop.h>
 

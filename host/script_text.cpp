@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
-#include <system_error>
 
 namespace velmora {
 
@@ -292,25 +290,13 @@ std::vector<ScriptValue> list_items(const ScriptValue& value, const std::string&
 }
 
 double number_of(const ScriptValue& value, const std::string& name) {
-    const std::string& text = value.text;
-    // from_chars takes a minus sign only.
-    const std::size_t sign = text.size() > 1 && text[0] == '+' && text[1] != '-' ? 1 : 0;
     double number = 0.0;
-    const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data() + sign, end, number);
-    if (value.kind == ScriptValue::Kind::braced || result.ec == std::errc::invalid_argument ||
-        result.ptr != end)
-        throw ScriptError(name, value.place, in_quotes(value) + " is not a number");
-    if (result.ec != std::errc())
-        throw ScriptError(name, value.place, in_quotes(value) + " is out of range");
-    if (!std::isfinite(number))
-        throw ScriptError(name, value.place, in_quotes(value) + " is not a finite number");
+    const NumberFault fault = value.kind == ScriptValue::Kind::braced
+                                  ? NumberFault::not_a_number
+                                  : parse_finite(value.text, number);
+    if (fault != NumberFault::none)
+        throw ScriptError(name, value.place, in_quotes(value) + " " + reason_of(fault));
     return number;
-}
-
-std::string number_text(double number) {
-    char text[32];
-    return {text, std::to_chars(text, text + sizeof text, number).ptr};
 }
 
 std::string in_quotes(const ScriptValue& value) {

@@ -15,9 +15,9 @@
 // Threads:   pure functions.
 #pragma once
 
-#include "core/quoted.h"
+#include "text/number.h"
+#include "text/text_error.h"
 
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,13 +31,9 @@ struct ScriptPlace {
 
 // Says "<where>: <why>", printable, where <where> is FILE:LINE:COLUMN, or FILE when the whole file is at
 // fault.
-class ScriptError : public std::runtime_error {
+class ScriptError : public TextError {
 public:
-    const std::string where;
-    const std::string why;
-
-    ScriptError(const std::string& where, const std::string& why)
-        : std::runtime_error(printable(where + ": " + why)), where(where), why(why) {}
+    using TextError::TextError;
     ScriptError(const std::string& name, ScriptPlace place, const std::string& why)
         : ScriptError(name + ":" + std::to_string(place.line) + ":" + std::to_string(place.column),
                       why) {}
@@ -67,9 +63,6 @@ std::vector<ScriptValue> list_items(const ScriptValue& value, const std::string&
 
 // The finite number that a word or a quoted text is, whatever the locale.
 double number_of(const ScriptValue& value, const std::string& name);
-
-// The shortest text that gives the same number again. `number` must be finite.
-std::string number_text(double number);
 
 // The value as a message shows it, a list with its braces.
 std::string in_quotes(const ScriptValue& value);

@@ -1,7 +1,7 @@
 #include "catalog/database_info.h"
 #include "catalog/database_writer.h"
 #include "catalog/import.h"
-#include "core/quoted.h"
+#include "text/quoted.h"
 #include "tools/catalog_failure.h"
 #include "tools/command.h"
 #include "tools/output_file.h"

@@ -1,7 +1,7 @@
 #include "tools/comp_options.h"
 
-#include "core/number.h"
-#include "core/quoted.h"
+#include "text/number.h"
+#include "text/quoted.h"
 #include "tools/failure.h"
 #include "tools/numbers.h"
 

@@ -1,6 +1,6 @@
 #include "tools/failure.h"
 
-#include "core/quoted.h"
+#include "text/quoted.h"
 
 #include <cerrno>
 #include <climits>

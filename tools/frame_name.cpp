@@ -1,6 +1,6 @@
 #include "tools/frame_name.h"
 
-#include "core/quoted.h"
+#include "text/quoted.h"
 #include "tools/failure.h"
 
 #include <algorithm>

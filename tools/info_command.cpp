@@ -1,4 +1,4 @@
-#include "core/quoted.h"
+#include "text/quoted.h"
 #include "tools/command.h"
 #include "tools/knobs.h"
 #include "tools/plugin_doors.h"

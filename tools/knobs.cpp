@@ -1,10 +1,10 @@
 #include "tools/knobs.h"
 
-#include "core/number.h"
-#include "core/quoted.h"
 #include "host/axis_knob.h"
 #include "host/choice_knob.h"
 #include "host/format_knob.h"
+#include "text/number.h"
+#include "text/quoted.h"
 #include "tools/failure.h"
 #include "tools/numbers.h"
 

@@ -1,5 +1,5 @@
 // The command line: hands the arguments to the commands and turns failures into exit statuses.
-#include "core/quoted.h"
+#include "text/quoted.h"
 #include "tools/command.h"
 #include "tools/failure.h"
 #include "tools/help.h"

@@ -1,6 +1,6 @@
 #include "tools/numbers.h"
 
-#include "core/number.h"
+#include "text/number.h"
 
 #include <algorithm>
 #include <charconv>

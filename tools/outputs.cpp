@@ -1,7 +1,7 @@
 #include "tools/outputs.h"
 
-#include "core/quoted.h"
 #include "osapi/temporary_file.h"
+#include "text/quoted.h"
 #include "tools/failure.h"
 #include "tools/frame_attributes.h"
 #include "tools/output_file.h"

@@ -1,4 +1,4 @@
-#include "core/number.h"
+#include "text/number.h"
 #include "tools/command.h"
 #include "tools/comp_options.h"
 #include "tools/render.h"

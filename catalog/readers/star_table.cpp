@@ -1,7 +1,7 @@
 #include "catalog/readers/star_table.h"
 
-#include "core/number.h"
-#include "core/quoted.h"
+#include "text/number.h"
+#include "text/quoted.h"
 
 #include <cmath>
 #include <utility>

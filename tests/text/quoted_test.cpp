@@ -1,4 +1,4 @@
-#include "core/quoted.h"
+#include "text/quoted.h"
 
 #include <gtest/gtest.h>
 

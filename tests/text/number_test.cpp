@@ -1,4 +1,4 @@
-#include "core/number.h"
+#include "text/number.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-using velmora::parse_number;
+using namespace velmora;
 
 namespace {
 
@@ -155,4 +155,50 @@ TEST(Number, IsReadTheSameInEveryLocale) {
         EXPECT_TRUE(refuses_double("1,5")) << locale;
     }
     std::setlocale(LC_NUMERIC, before.c_str());
+}
+
+TEST(Number, ACountHasNoSignAndALargest) {
+    int value = 42;
+    EXPECT_TRUE(parse_count("0", 7, value));
+    EXPECT_EQ(value, 0);
+    EXPECT_TRUE(parse_count("007", 7, value));
+    EXPECT_EQ(value, 7);
+    for (std::string_view text : {"8", "+1", "-1", "-0", "", " 1", "1.0", "99999999999"}) {
+        EXPECT_FALSE(parse_count(text, 7, value)) << text;
+        EXPECT_EQ(value, 7) << text;
+    }
+}
+
+TEST(Number, SaysWhyATextIsNoFiniteNumber) {
+    struct {
+        std::string_view text;
+        const char* reason;
+    } const cases[] = {
+        {"", "is not a number"},           {"1x", "is not a number"},
+        {"+-1", "is not a number"},        {"1e309x", "is not a number"},
+        {"1e309", "is out of range"},      {"-1e-400", "is out of range"},
+        {"inf", "is not a finite number"}, {"-nan", "is not a finite number"},
+    };
+    for (const auto& c : cases) {
+        double value = 42;
+        const NumberFault fault = parse_finite(c.text, value);
+        ASSERT_NE(fault, NumberFault::none) << c.text;
+        EXPECT_STREQ(reason_of(fault), c.reason) << c.text;
+        EXPECT_EQ(value, 42) << c.text;
+    }
+    double value = 42;
+    EXPECT_EQ(parse_finite("+2.5e1", value), NumberFault::none);
+    EXPECT_EQ(value, 25);
+}
+
+TEST(Number, IsWrittenShortAndReadsBack) {
+    EXPECT_EQ(number_text(0), "0");
+    EXPECT_EQ(number_text(-2.5), "-2.5");
+    EXPECT_EQ(number_text(0.1), "0.1");
+    EXPECT_EQ(number_text(1e23), "1e+23");
+    for (const double number : {1.0 / 3, 4.9e-324, 1.7976931348623157e308, 123456789.125}) {
+        double back = 0;
+        EXPECT_TRUE(parse_number(number_text(number), back));
+        EXPECT_EQ(back, number);
+    }
 }

@@ -1,8 +1,7 @@
-#include "core/quoted.h"
-
-#include "core/types.h"
+#include "text/quoted.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace velmora {
@@ -10,7 +9,7 @@ namespace velmora {
 static const std::size_t escape_length = 4; // \xHH
 
 struct CodePoints {
-    u32 first, last;
+    std::uint32_t first, last;
 };
 
 static const CodePoints hidden[] = {
@@ -32,8 +31,9 @@ static std::size_t length_by_first(unsigned char byte) {
 }
 
 // Decodes the character that `text` begins with; its length, or 0 when that is not UTF-8.
-static std::size_t decode(std::string_view text, u32& code) {
-    static const u32 least[] = {0, 0, 0x80, 0x800, 0x10000}; // by length; below is overlong
+static std::size_t decode(std::string_view text, std::uint32_t& code) {
+    static const std::uint32_t least[] = {0, 0, 0x80, 0x800,
+                                          0x10000}; // by length; below is overlong
     const auto first = static_cast<unsigned char>(text[0]);
     const std::size_t length = length_by_first(first);
     if (length == 0 || text.size() < length)
@@ -51,7 +51,7 @@ static std::size_t decode(std::string_view text, u32& code) {
 // The length of the character that `text` begins with, or 0 when its first byte is to be escaped.
 // Continuation bytes left behind begin no character, so they are escaped in their turn.
 static std::size_t shown_length(std::string_view text) {
-    u32 code = 0;
+    std::uint32_t code = 0;
     const std::size_t length = decode(text, code);
     const bool is_hidden =
         std::any_of(std::begin(hidden), std::end(hidden), [&](const CodePoints& range) {
