@@ -5,15 +5,14 @@
 #include "catalog/photometry.h"
 #include "tests/catalog/failures.h"
 #include "tests/scratch_folder.h"
+#include "tests/special_values.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 #include <unistd.h>
 
-namespace velmora {
+using namespace velmora_test::doubles;
 
-static const double nan = std::numeric_limits<double>::quiet_NaN();
-static const double infinity = std::numeric_limits<double>::infinity();
+namespace velmora {
 
 static const star plain = {10, 20, 1, 255, 255, 255, 0, 5};
 
@@ -128,8 +127,8 @@ TEST(DatabaseInfo, PutsWholeMagnitudesIntoTheirOwnBin) {
 }
 
 TEST(DatabaseInfo, NeverReadsTheDistanceOfVersion1) {
-    const DatabaseInfo info =
-        info_of({with_distance(5), with_distance(nan), with_distance(infinity)}, "VELMORA1");
+    const DatabaseInfo info = info_of(
+        {with_distance(5), with_distance(not_a_number), with_distance(infinity)}, "VELMORA1");
     EXPECT_EQ(info.version, 1);
     EXPECT_EQ(info.known_distances, 0u);
     EXPECT_TRUE(info.distance.empty());
@@ -146,12 +145,14 @@ TEST(DatabaseInfo, FindsStarsOutOfOrder) {
 }
 
 TEST(DatabaseInfo, ComparesStarsAcrossOneWithoutFlux) {
-    expect_oddity(info_of({with_flux(2), with_flux(nan), with_flux(3)}).out_of_order, 1, 3);
+    expect_oddity(info_of({with_flux(2), with_flux(not_a_number), with_flux(3)}).out_of_order, 1,
+                  3);
 }
 
 TEST(DatabaseInfo, FindsNumbersThatAreNone) {
     const DatabaseInfo info =
-        info_of({plain, with_ra(nan), with_dec(nan), with_flux(nan), with_distance(nan), plain});
+        info_of({plain, with_ra(not_a_number), with_dec(not_a_number), with_flux(not_a_number),
+                 with_distance(not_a_number), plain});
     expect_oddity(info.nan, 4, 2);
     expect_oddity(info.infinite, 0, 0);
     EXPECT_EQ(info.known_distances, 5u);
@@ -257,7 +258,7 @@ TEST(DatabaseInfoText, TellsEveryOddity) {
     const std::string path =
         folder.write("sky", bytes_of("VELMORA2", {{-1, 91, -3, 0, 0, 0, 0, 0},
                                                   {0, 0, 1, 0, 0, 0, 0, infinity},
-                                                  {0, 0, 1, 0, 0, 0, 0, nan}}) +
+                                                  {0, 0, 1, 0, 0, 0, 0, not_a_number}}) +
                                 "xyz");
     EXPECT_EQ(describe(inspect_star_database(path)),
               "version    2\n"

@@ -2,10 +2,12 @@
 #include "catalog/database_writer.h"
 #include "tests/catalog/failures.h"
 #include "tests/scratch_folder.h"
+#include "tests/special_values.h"
 
 #include <gtest/gtest.h>
-#include <limits>
 #include <memory>
+
+using namespace velmora_test::doubles;
 
 namespace velmora {
 
@@ -93,16 +95,15 @@ TEST(DatabaseWriter, WritesWhatTheReaderReads) {
 TEST(DatabaseWriter, RefusesNumbersThatAreNotFinite) {
     const ScratchFolder folder;
     const std::string path = folder.file("sky");
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    const double infinity = std::numeric_limits<double>::infinity();
     const auto error = [&](const star& bad) {
         return catalog_error_of([&] { write_star_database(path, {star_of_flux(1), bad}); });
     };
-    EXPECT_EQ(error({nan, 0, 1, 0, 0, 0, 0, 0}), path + ": ra of star 2 is not finite");
+    EXPECT_EQ(error({not_a_number, 0, 1, 0, 0, 0, 0, 0}), path + ": ra of star 2 is not finite");
     EXPECT_EQ(error({0, -infinity, 1, 0, 0, 0, 0, 0}), path + ": dec of star 2 is not finite");
     EXPECT_EQ(error({0, 0, float(infinity), 0, 0, 0, 0, 0}),
               path + ": flux of star 2 is not finite");
-    EXPECT_EQ(error({0, 0, 1, 0, 0, 0, 0, nan}), path + ": distance of star 2 is not finite");
+    EXPECT_EQ(error({0, 0, 1, 0, 0, 0, 0, not_a_number}),
+              path + ": distance of star 2 is not finite");
     EXPECT_EQ(folder.names(), Names());
 }
 

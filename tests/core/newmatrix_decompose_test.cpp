@@ -2,19 +2,19 @@
 #include "core/xception.h"
 #include "tests/core/matrix_tools.h"
 #include "tests/core/observed.h"
+#include "tests/special_values.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <random>
 #include <string>
+
+using namespace velmora_test::doubles;
 
 namespace {
 
 const double pi = 3.14159265358979323846;
-const double nan_value = std::numeric_limits<double>::quiet_NaN();
-
 const char affine_text[] = "fabsf(m(0,3)) < EPSILON && fabsf(m(1,3)) < EPSILON && "
                            "fabsf(m(2,3)) < EPSILON && fabsf(m(3,3)-1) < EPSILON";
 const char skew_text[] =
@@ -161,19 +161,10 @@ TEST(DecomposeLw, ToleratesLessThanEpsilonInTheLastColumn) {
         double value;
         int line;
     } const cases[] = {
-        {0, 0},
-        {0.00005, 0},
-        {-0.00005, 0},
-        {below, 0},
-        {-below, 0},
-        {at, 133},
-        {-at, 133},
-        {0.0002, 133},
-        {-0.0002, 133},
-        {just_below, 133},
-        {nan_value, 133},
-        {1e30, 133},
-        {std::numeric_limits<double>::infinity(), 133},
+        {0, 0},          {0.00005, 0},      {-0.00005, 0},       {below, 0},
+        {-below, 0},     {at, 133},         {-at, 133},          {0.0002, 133},
+        {-0.0002, 133},  {just_below, 133}, {not_a_number, 133}, {1e30, 133},
+        {infinity, 133},
     };
     for (int row = 0; row < 3; row++)
         for (const auto& c : cases)
@@ -186,8 +177,8 @@ TEST(DecomposeLw, ToleratesLessThanEpsilonAroundTheLastElement) {
         double value;
         int line;
     } const cases[] = {
-        {1, 0},        {1.00005, 0},   {0.99995, 0}, {1.00009, 0},     {1.0002, 133},
-        {0.9998, 133}, {1.00011, 133}, {0, 133},     {nan_value, 133},
+        {1, 0},        {1.00005, 0},   {0.99995, 0}, {1.00009, 0},        {1.0002, 133},
+        {0.9998, 133}, {1.00011, 133}, {0, 133},     {not_a_number, 133},
     };
     for (const auto& c : cases)
         EXPECT_EQ(failing_line(identity_with(3, 3, c.value)), c.line) << c.value;
@@ -215,7 +206,7 @@ TEST(DecomposeLw, ChecksEveryPairOfRows) {
         EXPECT_EQ(failing_line(identity_with(pair[0], pair[1], 0.0002)), 156);
         EXPECT_EQ(failing_line(identity_with(pair[0], pair[1], -0.0002)), 156);
         EXPECT_EQ(failing_line(identity_with(pair[0], pair[1], 0.00005)), 0);
-        EXPECT_EQ(failing_line(identity_with(pair[0], pair[1], nan_value)), 156);
+        EXPECT_EQ(failing_line(identity_with(pair[0], pair[1], not_a_number)), 156);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "core/xception.h"
 #include "tests/core/matrix_tools.h"
 #include "tests/core/observed.h"
+#include "tests/special_values.h"
 
 #include <gtest/gtest.h>
 
@@ -12,11 +13,11 @@
 #include <random>
 #include <string>
 
+using namespace velmora_test::doubles;
+
 namespace {
 
 const double pi = 3.14159265358979323846;
-const double nan_value = std::numeric_limits<double>::quiet_NaN();
-
 // Column-vector rotations about one axis: p' = R p, counter-clockwise seen from the axis' tip.
 Plain about_x(long double angle) {
     const long double s = std::sin(angle), c = std::cos(angle);
@@ -168,7 +169,7 @@ TEST(EulerAngles, TheSineOfThePitchIsNotClamped) {
 TEST(EulerAngles, AreTakenFromFiveElements) {
     DblMatrix4 m;
     for (double& e : m.e)
-        e = nan_value;
+        e = not_a_number;
     m(2, 0) = 1;
     m(2, 2) = 2;
     m(2, 1) = -0.5;

@@ -1,16 +1,14 @@
 #include "host/number_knob.h"
 
 #include "tests/host/panel.h"
-
-#include <limits>
+#include "tests/special_values.h"
 
 using namespace velmora;
 using DD::Image::Hash;
 using DD::Image::OutputContext;
+using namespace velmora_test::doubles;
 
 class NumberKnobTest : public PanelTest {};
-
-static const double infinity = std::numeric_limits<double>::infinity();
 
 TEST_F(NumberKnobTest, StartsAsItsOpHasItAndGivesTheSameBack) {
     EXPECT_EQ(knob("colour").size(), 3);
@@ -57,7 +55,7 @@ TEST_F(NumberKnobTest, SetsSeveralNumbersAtOnce) {
 }
 
 TEST_F(NumberKnobTest, RefusesNumbersThatItCannotHave) {
-    for (const double number : {infinity, -infinity, std::numeric_limits<double>::quiet_NaN()})
+    for (const double number : {infinity, -infinity, not_a_number})
         EXPECT_FALSE(knob("real").set_value(number));
     EXPECT_FALSE(knob("colour").set_value(1, 3));
     EXPECT_FALSE(knob("colour").set_value(1, -2));

@@ -5,12 +5,12 @@
 #include "tests/core/captured.h"
 #include "tests/core/observed.h"
 #include "tests/kessimage/metadata_tools.h"
+#include "tests/special_values.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -20,14 +20,13 @@ using Kess::MetaInfo;
 using Kess::MetaInfoRef;
 using Kess::new_MetaInfo;
 using Kess::TypedInfo;
+using namespace velmora_test::floats;
 
 namespace {
 
 typedef TypedInfo<float> FloatInfo;
 typedef TypedInfo<String> StringInfo;
 typedef TypedInfo<Matrix4<float>> MatrixInfo;
-
-const float nan_value = std::numeric_limits<float>::quiet_NaN();
 
 // A value of a kind that the library does not know, which tells what is called.
 class OtherInfo : public MetaInfo {
@@ -157,7 +156,7 @@ TEST(MetaInfo, EqualityOfFloatsIsThatOfNumbers) {
     EXPECT_FALSE(FloatInfo(1.5f) == FloatInfo(std::nextafter(1.5f, 2.0f)));
     EXPECT_TRUE(FloatInfo(0.0f) == FloatInfo(-0.0f));
     EXPECT_TRUE(FloatInfo(INFINITY) == FloatInfo(INFINITY));
-    const FloatInfo nan(nan_value);
+    const FloatInfo nan(not_a_number);
     EXPECT_FALSE(nan == nan);
     EXPECT_TRUE(nan != nan);
 }
@@ -178,7 +177,7 @@ TEST(MetaInfo, EqualityOfMatricesIsThatOfAllSixteenElements) {
         Matrix4<float> other = m;
         other.e[i] += 0.25f;
         EXPECT_FALSE(MatrixInfo(m) == MatrixInfo(other)) << i;
-        other.e[i] = nan_value;
+        other.e[i] = not_a_number;
         EXPECT_FALSE(MatrixInfo(other) == MatrixInfo(other)) << i;
     }
     Matrix4<float> negative_zero = m;

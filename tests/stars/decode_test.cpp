@@ -4,19 +4,16 @@
 #include "stars/projection.h"
 #include "stars/shading.h"
 #include "stars/star_block.h"
+#include "tests/special_values.h"
 #include "tests/stars/dice.h"
 #include "tests/stars/kernels.h"
 #include "tests/stars/sky.h"
 
-#include <limits>
-
 using namespace stars_test;
 using namespace velmora;
+using namespace velmora_test::doubles;
 
 namespace {
-
-const double infinity = std::numeric_limits<double>::infinity();
-const double not_a_number = std::numeric_limits<double>::quiet_NaN();
 
 struct Directions {
     double x[16], y[16], z[16], w[16];

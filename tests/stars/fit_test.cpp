@@ -1,16 +1,13 @@
 // What the fast kernels leave to the plain reading: a call on either side of each of their limits.
 #include "stars/rasteriser.h"
+#include "tests/special_values.h"
 #include "tests/stars/picture.h"
-
-#include <limits>
 
 using namespace stars_test;
 using namespace velmora;
+using namespace velmora_test::floats;
 
 namespace {
-
-const float infinity = std::numeric_limits<float>::infinity();
-const float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
 // An image of 60 by 40 pixels that is never drawn into.
 StarCall call_of(Vector2 from, Vector2 to, float amplitude, float size_x, float size_y) {

@@ -1,16 +1,15 @@
 #include "stars/projection.h"
 #include "tests/message_of.h"
+#include "tests/special_values.h"
 #include "tests/stars/sky.h"
 
 #include <cmath>
-#include <limits>
 
 using namespace stars_test;
+using namespace velmora_test::doubles;
 
 namespace {
 
-const double infinity = std::numeric_limits<double>::infinity();
-const double not_a_number = std::numeric_limits<double>::quiet_NaN();
 const double half = 0.7071067811865476; // sqrt(1/2)
 
 struct Seen {

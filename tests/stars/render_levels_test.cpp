@@ -1,21 +1,19 @@
 // Whole renders at every level: the same bytes, the same counts, star by star or all at once, and
 // by tiles or not; and the plain reading's picture.
 #include "stars/rasteriser.h"
+#include "tests/special_values.h"
 #include "tests/stars/dice.h"
 #include "tests/stars/kernels.h"
 #include "tests/stars/render.h"
 
-#include <limits>
 #include <memory>
 #include <stdexcept>
 
 using namespace stars_test;
 using namespace velmora;
+using namespace velmora_test::doubles;
 
 namespace {
-
-const double infinity = std::numeric_limits<double>::infinity();
-const double not_a_number = std::numeric_limits<double>::quiet_NaN();
 
 struct Scene {
     int width, height;

@@ -1,17 +1,15 @@
 // Record after record: what is taken, when the loop ends, and what it says.
 #include "tests/message_of.h"
+#include "tests/special_values.h"
 #include "tests/stars/dice.h"
 #include "tests/stars/render.h"
 
 #include <cmath>
-#include <limits>
 
 using namespace stars_test;
+using namespace velmora_test::doubles;
 
 namespace {
-
-const double infinity = std::numeric_limits<double>::infinity();
-const double not_a_number = std::numeric_limits<double>::quiet_NaN();
 
 // The star ahead at distance 1, with its ra, dec, flux or distance replaced.
 star star_with(int field, double value) {

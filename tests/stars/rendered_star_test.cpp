@@ -1,15 +1,13 @@
 // How bright, of what colour and where one star is drawn: the record's fields down to the picture.
+#include "tests/special_values.h"
 #include "tests/stars/render.h"
 
 #include <cmath>
-#include <limits>
 
 using namespace stars_test;
+using namespace velmora_test::doubles;
 
 namespace {
-
-const double infinity = std::numeric_limits<double>::infinity();
-const double not_a_number = std::numeric_limits<double>::quiet_NaN();
 
 // Peak of one star ahead in a 32 x 32 image.
 float peak(const StarRendererData& data, float flux) {

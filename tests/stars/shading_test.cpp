@@ -1,16 +1,14 @@
 #include "stars/shading.h"
+#include "tests/special_values.h"
 #include "tests/stars/sky.h"
 
 #include <cmath>
-#include <limits>
 
 using namespace stars_test;
 using namespace velmora;
+using namespace velmora_test::doubles;
 
 namespace {
-
-const double infinity = std::numeric_limits<double>::infinity();
-const double not_a_number = std::numeric_limits<double>::quiet_NaN();
 
 // The sRGB decoding of byte b in double.
 double decoded(int b) {

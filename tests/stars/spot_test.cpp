@@ -1,14 +1,11 @@
+#include "tests/special_values.h"
 #include "tests/stars/picture.h"
 #include "tests/stars/reference.h"
 
-#include <limits>
-
 using namespace stars_test;
+using namespace velmora_test::floats;
 
 namespace {
-
-const float infinity = std::numeric_limits<float>::infinity();
-const float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
 const struct {
     float x, y, amplitude, size_x, size_y;

@@ -1,13 +1,14 @@
 #include "tests/message_of.h"
+#include "tests/special_values.h"
 #include "tests/stars/picture.h"
 #include "tests/stars/sky.h"
 
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <unistd.h>
 
 using namespace stars_test;
+using namespace velmora_test::doubles;
 
 namespace {
 
@@ -225,15 +226,13 @@ TEST(StarFile, RendersTheSameBitsAfterReset) {
 }
 
 TEST(StarFile, OfVersionOneHasNoDistances) {
-    const double infinity = std::numeric_limits<double>::infinity();
-    const double nan = std::numeric_limits<double>::quiet_NaN();
     for (bool threed : {false, true}) {
         const ScratchFolder folder;
         Picture without(40, 40), with(40, 40);
         EXPECT_TRUE(render(
             *open_bytes(folder, sky_bytes("VELMORA1", {make_star(80, 3, 1), make_star(83, 1, 2)})),
             without, threed));
-        for (double distance : {0.5, 1e-300, -3.0, infinity, nan}) {
+        for (double distance : {0.5, 1e-300, -3.0, infinity, not_a_number}) {
             Picture picture(40, 40);
             const std::vector<star> stars = {make_star(80, 3, 1, 255, 255, 255, distance),
                                              make_star(83, 1, 2, 255, 255, 255, distance)};

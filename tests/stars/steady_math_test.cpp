@@ -1,18 +1,16 @@
 // Against the C library's functions in double, whose own error does not show in a float.
 #include "stars/steady_math.h"
+#include "tests/special_values.h"
 #include "tests/stars/dice.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
-#include <limits>
 
 using namespace stars_test;
 using namespace velmora;
+using namespace velmora_test::floats;
 
 namespace {
-
-const float infinity = std::numeric_limits<float>::infinity();
-const float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
 // Distance from the exact value in last bits of the float.
 double last_bits(float value, double exact) {

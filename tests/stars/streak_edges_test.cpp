@@ -1,18 +1,15 @@
 // Where thresholds, roundings and numbers out of range decide what a streak touches.
 #include "core/xception.h"
 #include "stars/rasteriser.h"
+#include "tests/special_values.h"
 #include "tests/stars/kernels.h"
 #include "tests/stars/picture.h"
 #include "tests/stars/reference.h"
 
-#include <limits>
-
 using namespace stars_test;
+using namespace velmora_test::floats;
 
 namespace {
-
-const float infinity = std::numeric_limits<float>::infinity();
-const float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
 const char* const signature =
     "bool op_star_streak(const StarFramebuffer&, const Vector2&, const Vector2&, float, const "

@@ -1,5 +1,7 @@
 #include "tools/exr_file.h"
 
+#include "tests/special_values.h"
+
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -21,6 +23,7 @@
 #include <stdexcept>
 
 using namespace velmora;
+using namespace velmora_test::floats;
 
 typedef std::vector<float> Floats;
 
@@ -115,14 +118,8 @@ TEST(ExrFile, KeepsFloatsThatAreOutOfTheOrdinary) {
     float odd_nan;
     const std::uint32_t odd_bits = 0xffc12345;
     std::memcpy(&odd_nan, &odd_bits, sizeof odd_nan);
-    const Floats pixels = {-0.0f,
-                           Limits::denorm_min(),
-                           Limits::max(),
-                           -Limits::max(),
-                           Limits::infinity(),
-                           -Limits::infinity(),
-                           Limits::quiet_NaN(),
-                           odd_nan};
+    const Floats pixels = {-0.0f,     Limits::denorm_min(), Limits::max(), -Limits::max(), infinity,
+                           -infinity, not_a_number,         odd_nan};
     EXPECT_TRUE(same_bits(read_back(encode(pixels, 2, 1)).pixels, pixels));
     EXPECT_TRUE(same_bits(read_back(encode(pixels, 1, 2)).pixels, pixels));
 }
@@ -257,7 +254,6 @@ TEST(ExrFile, RoundsToTheNearestHalf) {
 }
 
 TEST(ExrFile, ClampsAndCountsWhatAHalfCannotReach) {
-    const float infinity = std::numeric_limits<float>::infinity();
     const Floats pixels = {65504, -65504, 65505, -65505, 1e30f, -infinity, infinity, 65503};
     // 65503 lies between the halves 65472 and 65504.
     const Floats expected = {65504, -65504, 65504, -65504, 65504, -65504, 65504, 65504};
@@ -265,7 +261,7 @@ TEST(ExrFile, ClampsAndCountsWhatAHalfCannotReach) {
 }
 
 TEST(ExrFile, LeavesWhatIsNotANumberAlone) {
-    const Floats pixels = {0, std::numeric_limits<float>::quiet_NaN(), 1, 2};
+    const Floats pixels = {0, not_a_number, 1, 2};
     const Floats back = halves_of(pixels, 1, 1, 0);
     EXPECT_TRUE(std::isnan(back[1]));
     EXPECT_EQ(back[0], 0);

@@ -1,16 +1,17 @@
 #include "tools/png_file.h"
 
+#include "tests/special_values.h"
 #include "tools/failure.h"
 #include "tools/tone.h"
 
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <limits>
 #include <png.h>
 #include <vector>
 
 using namespace velmora;
+using namespace velmora_test::floats;
 
 typedef std::vector<std::uint8_t> Bytes;
 
@@ -54,7 +55,6 @@ static std::vector<Chunk> chunks_of(const std::string& png) {
 TEST(PngFile, ShowsPixelsThroughTheDisplayTransform) {
     // Alpha, red, green, blue. A grey of ln 2 shows at a half, which sRGB encodes to 188.
     const float ln2 = float(std::log(2.0));
-    const float infinity = std::numeric_limits<float>::infinity();
     const std::vector<float> pixels = {
         0, ln2, ln2, ln2, /**/ 0, 0,        infinity, 0,   /**/ 0, 0,    0, 0,
         1, 0,   0,   ln2, /**/ 0, infinity, 0,        0.5, /**/ 0, 1e9f, 0, 5e8f,

@@ -1,15 +1,15 @@
 #include "tools/tone.h"
 
+#include "tests/special_values.h"
+
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 
 using namespace velmora;
+using namespace velmora_test::floats;
 
 typedef std::array<std::uint8_t, 3> Bytes;
-
-static const float infinity = std::numeric_limits<float>::infinity();
-static const float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
 // What IEC 61966-2-1 decodes a byte to.
 static double linear_of_byte(int byte) {
