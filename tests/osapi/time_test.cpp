@@ -36,10 +36,6 @@ TEST(Pause, WaitsForASignal) {
     EXPECT_GT(Alarms::count, before);
 }
 
-TEST(Yield, ComesBack) {
-    OSAPI::yield();
-}
-
 TEST(Getpid, IsThisProcess) {
     EXPECT_EQ(OSAPI::getpid(), ::getpid());
     EXPECT_TRUE((std::is_same<decltype(OSAPI::getpid()), OSAPI_pid_t>::value));
