@@ -1,0 +1,106 @@
+#!/usr/bin/env python3
+"""What scripts/check-includes refuses in a planted tree, and what it lets pass."""
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+SCRIPT = pathlib.Path(__file__).resolve().parents[2] / "scripts" / "check-includes"
+
+# By kind: the file, its text, and what is said of it.
+REFUSED = {
+    "a quoted include, upwards": (
+        "core/planted.h", '#include "stars/stars.h"\n',
+        'core/planted.h:1: core must not include "stars/stars.h"'),
+    "one in angle brackets": (
+        "osapi/planted.cpp", "#include <stdio.h>\n\n#include <kessimage/image.h>\n",
+        'osapi/planted.cpp:3: osapi must not include "kessimage/image.h"'),
+    "one in a file of kernels": (
+        "stars/planted.inc", '#include "tools/help.h"\n',
+        'stars/planted.inc:1: stars must not include "tools/help.h"'),
+    "one in a folder further down": (
+        "stars/deep/inside/planted.h", '#include "node/VelmoraNK.h"\n',
+        'stars/deep/inside/planted.h:1: stars must not include "node/VelmoraNK.h"'),
+    "one that is written with blanks": (
+        "catalog/planted.cpp", '  #  include  "tools/help.h"\n',
+        'catalog/planted.cpp:1: catalog must not include "tools/help.h"'),
+    "a header beside the one that is allowed": (
+        "catalog/planted.cpp", '#include "stars/stars.h"\n',
+        'catalog/planted.cpp:1: catalog must not include "stars/stars.h"'),
+    "the host's interface, below the node": (
+        "stars/planted.cpp", "#include <DDImage/Op.h>\n",
+        'stars/planted.cpp:1: stars must not include "host/DDImage/Op.h"'),
+    "the host, in the node": (
+        "node/planted.cpp", '#include "host/graph.h"\n',
+        'node/planted.cpp:1: node must not include "host/graph.h"'),
+    "the node, in the program that only loads it": (
+        "tools/planted.cpp", '#include "node/VelmoraNK.h"\n',
+        'tools/planted.cpp:1: tools must not include "node/VelmoraNK.h"'),
+    "ours, in the host": (
+        "host/planted.cpp", '#include "stars/starfile.h"\n',
+        'host/planted.cpp:1: host must not include "stars/starfile.h"'),
+    "a root that is not ours": (
+        "core/planted.cpp", '#include "boost/any.hpp"\n',
+        'core/planted.cpp:1: "boost/any.hpp" does not start at a folder of ours'),
+    "a header named without its folder": (
+        "core/planted.cpp", '#include "string.h"\n',
+        'core/planted.cpp:1: "string.h" does not start at a folder of ours'),
+    "a test's header": (
+        "core/planted.cpp", '#include "tests/scratch_folder.h"\n',
+        'core/planted.cpp:1: "tests/scratch_folder.h" does not start at a folder of ours'),
+    "a way round": (
+        "core/planted.cpp", '#include "core/../stars/stars.h"\n',
+        'core/planted.cpp:1: "core/../stars/stars.h" is not the shortest path'),
+    "a way round in angle brackets": (
+        "core/planted.cpp", "#include <core/./string.h>\n",
+        'core/planted.cpp:1: "core/./string.h" is not the shortest path'),
+    "a folder without a rule": (
+        "extras/planted.cpp", "int planted;\n",
+        "extras/planted.cpp: no rule says what extras may include"),
+}
+
+PASSING = {
+    "its own folder, and those below": (
+        "stars/planted.cpp",
+        '#include "stars/stars.h"\n#include "kessimage/image.h"\n#include <core/string.h>\n'),
+    "headers of others": (
+        "core/planted.cpp", "#include <string.h>\n#include <sys/stat.h>\n#include <zlib.h>\n"),
+    "the one header that is allowed": (
+        "catalog/planted.cpp", '#include "stars/starfile.h"\n'),
+    "the host's interface, in the node": (
+        "node/planted.cpp", "#include <DDImage/Op.h>\n"),
+    "the interface, in its runtime": (
+        "host/planted.cpp", "#include <DDImage/Op.h>\n"),
+    "an include in a comment": (
+        "core/planted.cpp", '// #include "stars/stars.h"\n'),
+    "tests, which include what they like": (
+        "tests/core/planted.cpp", '#include "stars/stars.h"\n#include "scratch.h"\n'),
+    "files that are not sources": (
+        "core/CMakeLists.txt", '#include "stars/stars.h"\n'),
+}
+
+
+def check(name, text):
+    """Exit status, output and errors of the check of a tree with one file."""
+    with tempfile.TemporaryDirectory() as folder:
+        file = pathlib.Path(folder, name)
+        file.parent.mkdir(parents=True)
+        file.write_text(text)
+        done = subprocess.run([SCRIPT, folder], capture_output=True, text=True)
+        return done.returncode, done.stdout, done.stderr
+
+
+class CheckIncludes(unittest.TestCase):
+    def test_refuses_each_planted_violation(self):
+        for kind, (name, text, complaint) in REFUSED.items():
+            with self.subTest(kind):
+                self.assertEqual(check(name, text), (1, complaint + "\n", ""))
+
+    def test_lets_other_includes_pass(self):
+        for kind, (name, text) in PASSING.items():
+            with self.subTest(kind):
+                self.assertEqual(check(name, text), (0, "", ""))
+
+
+if __name__ == "__main__":
+    unittest.main()
