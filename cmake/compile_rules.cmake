@@ -7,7 +7,7 @@ target_compile_options(velmora_rules INTERFACE -ffp-contract=off)
 
 target_compile_options(velmora_rules INTERFACE
     -Wall -Wextra -Wnon-virtual-dtor -Wold-style-cast -Wcast-qual -Wformat=2
-    $<IF:$<CXX_COMPILER_ID:GNU>,-Wshadow=local,-Wshadow>)
+    $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>)
 
 if(VELMORA_SANITIZE)
     add_compile_options(-fsanitize=${VELMORA_SANITIZE} -fno-sanitize-recover=all

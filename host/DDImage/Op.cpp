@@ -207,7 +207,7 @@ const Format* Op::input_format() const {
     return node_ ? &node_->project().format() : nullptr;
 }
 
-static std::string formatted(const char* format, va_list args) {
+[[gnu::format(printf, 1, 0)]] static std::string formatted(const char* format, va_list args) {
     va_list again;
     va_copy(again, args);
     std::string text(std::size_t(std::max(std::vsnprintf(nullptr, 0, format, args), 0)) + 1, '\0');
