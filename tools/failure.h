@@ -4,10 +4,8 @@
 #include "core/xception.h"
 
 #include <functional>
-#include <initializer_list>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
 namespace velmora {
 
@@ -47,14 +45,6 @@ std::string reason_of(const Xception& exception);
 // The system's own words in it, such as "No space left on device", without the call and its
 // arguments, which name files that the user did not.
 std::string system_reason_of(const Xception& exception);
-
-// Writes one line to standard error, over a progress line if there is one: "velmora: " and the
-// pieces, made printable. This is where every message leaves the program, so nothing in one can
-// move the cursor or begin a line of its own. Allocates nothing; what cannot be written is lost.
-void say(std::initializer_list<std::string_view> pieces);
-inline void say(std::string_view line) {
-    say({line});
-}
 
 // Runs `work`, says what it throws, and returns the exit status. Needs no memory for that.
 ExitStatus exit_status_of(const std::function<void()>& work);

@@ -1,8 +1,8 @@
 // The command line: hands the arguments to the commands and turns failures into exit statuses.
 #include "text/quoted.h"
-#include "tools/command.h"
+#include "tools/commands/commands.h"
+#include "tools/commands/help.h"
 #include "tools/failure.h"
-#include "tools/help.h"
 
 #include <CLI/CLI.hpp>
 #include <csignal>

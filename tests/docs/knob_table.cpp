@@ -1,8 +1,8 @@
 #include "tests/docs/knob_table.h"
 
-#include "tools/knobs.h"
+#include "tools/comp/knobs.h"
+#include "tools/comp/star_node.h"
 #include "tools/numbers.h"
-#include "tools/star_node.h"
 
 namespace velmora {
 

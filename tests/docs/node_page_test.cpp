@@ -2,8 +2,8 @@
 #include "tests/docs/knob_table.h"
 #include "tests/docs/page.h"
 #include "tests/tools/program.h"
-#include "tools/knobs.h"
-#include "tools/star_node.h"
+#include "tools/comp/knobs.h"
+#include "tools/comp/star_node.h"
 
 #include <set>
 

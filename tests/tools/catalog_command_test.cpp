@@ -1,8 +1,8 @@
 #include "tests/catalog/gzip.h"
 #include "tests/scratch_folder.h"
-#include "tools/command.h"
+#include "tools/commands/commands.h"
+#include "tools/commands/help.h"
 #include "tools/failure.h"
-#include "tools/help.h"
 
 #include <algorithm>
 #include <CLI/CLI.hpp>

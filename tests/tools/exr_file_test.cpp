@@ -1,4 +1,4 @@
-#include "tools/exr_file.h"
+#include "tools/pictures/exr_file.h"
 
 #include "tests/special_values.h"
 

@@ -1,6 +1,7 @@
 #include "tools/failure.h"
 
 #include "tests/failing_memory.h"
+#include "tools/say.h"
 
 #include <gtest/gtest.h>
 

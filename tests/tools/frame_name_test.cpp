@@ -1,4 +1,4 @@
-#include "tools/frame_name.h"
+#include "tools/frames/frame_name.h"
 
 #include "tools/failure.h"
 

@@ -1,4 +1,4 @@
-#include "tools/frame_range.h"
+#include "tools/frames/frame_range.h"
 
 #include "tools/failure.h"
 

@@ -1,4 +1,4 @@
-#include "tools/jobs.h"
+#include "tools/frames/jobs.h"
 
 #include "tools/failure.h"
 

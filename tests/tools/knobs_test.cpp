@@ -1,8 +1,8 @@
-#include "tools/knobs.h"
+#include "tools/comp/knobs.h"
 
 #include "host/axis_knob.h"
+#include "tools/comp/star_node.h"
 #include "tools/failure.h"
-#include "tools/star_node.h"
 
 #include <gtest/gtest.h>
 

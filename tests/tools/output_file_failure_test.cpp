@@ -1,6 +1,6 @@
 // What a user reads when the system refuses an output; the calls in every order fail in the tests
 // of the whole file.
-#include "tools/output_file.h"
+#include "tools/files/output_file.h"
 
 #include "tests/osapi/system_calls.h"
 #include "tests/scratch_folder.h"

@@ -1,4 +1,4 @@
-#include "tools/output_file.h"
+#include "tools/files/output_file.h"
 
 #include "tests/scratch_folder.h"
 #include "tools/failure.h"

@@ -1,8 +1,8 @@
 // Pictures and packed catalogues when memory runs out anywhere, in the libraries too: there is a
 // failure, or there are the same bytes as ever. Never fewer.
 #include "catalog/source_file.h"
-#include "tools/exr_file.h"
-#include "tools/png_file.h"
+#include "tools/pictures/exr_file.h"
+#include "tools/pictures/png_file.h"
 
 #include "tests/scratch_folder.h"
 #include "tests/tools/process_heap.h"

@@ -1,8 +1,8 @@
-#include "tools/png_file.h"
+#include "tools/pictures/png_file.h"
 
 #include "tests/special_values.h"
 #include "tools/failure.h"
-#include "tools/tone.h"
+#include "tools/pictures/tone.h"
 
 #include <cmath>
 #include <cstring>

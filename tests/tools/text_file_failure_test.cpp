@@ -1,5 +1,5 @@
 // Text files as a busy or failing system gives them: whole, or an error.
-#include "tools/text_file.h"
+#include "tools/files/text_file.h"
 
 #include "tests/osapi/system_calls.h"
 #include "tests/scratch_folder.h"

@@ -1,4 +1,4 @@
-#include "tools/text_file.h"
+#include "tools/files/text_file.h"
 
 #include "tests/scratch_folder.h"
 #include "tools/failure.h"

@@ -1,4 +1,4 @@
-#include "tools/tone.h"
+#include "tools/pictures/tone.h"
 
 #include "tests/special_values.h"
 

@@ -1,0 +1,30 @@
+// The options that say what is rendered: sky, knobs and camera, for every command that has a comp.
+#pragma once
+
+#include "tools/comp/comp.h"
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace velmora {
+
+// Checks of a single word: what is wrong with it, or nothing.
+std::string refuse_empty(const std::string& text);
+std::string refuse_other_than_number(const std::string& text);
+
+template <class Value>
+CLI::Option* add_text(CLI::App& command, const char* name, Value& value, const char* takes,
+                      const char* text) {
+    return command.add_option(name, value, text)->check(refuse_empty, "")->type_name(takes);
+}
+
+template <class Value>
+CLI::Option* add_number(CLI::App& command, const char* name, Value& value, const char* text) {
+    return command.add_option(name, value, text)
+        ->check(refuse_other_than_number, "")
+        ->type_name("NUMBER");
+}
+
+void add_comp_options(CLI::App& command, CompOptions& options);
+
+} // namespace velmora

@@ -1,0 +1,34 @@
+#include "tools/comp/star_node.h"
+
+#include "host/scanlines.h"
+#include "host/script_text.h"
+#include "tools/files/program_folder.h"
+
+namespace velmora {
+
+const char* const star_node_class = "VelmoraNK";
+const DD::Image::Format default_format(1920, 1080);
+
+PluginPath plugin_path() {
+    return PluginPath({(program_prefix() / "plugin").string()});
+}
+
+void working_in_host(const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const PluginError& error) {
+        throw WorkFailure(error.where, error.why);
+    } catch (const ScriptError& error) {
+        throw WorkFailure(error.where, error.why);
+    } catch (const OpFailure& failure) {
+        throw WorkFailure(failure.node, failure.why);
+    }
+}
+
+Node& create_star_node(Graph& graph, const std::string& name) {
+    Node* node = nullptr;
+    working_in_host([&] { node = &graph.create(star_node_class, name); });
+    return *node;
+}
+
+} // namespace velmora

@@ -1,0 +1,67 @@
+#include "tools/comp/view.h"
+
+#include "host/node.h"
+#include "tools/comp/star_node.h"
+#include "tools/failure.h"
+#include "tools/numbers.h"
+
+#include <cmath>
+#include <DDImage/CameraOp.h>
+#include <DDImage/Iop.h>
+
+namespace velmora {
+
+using DD::Image::CameraOp;
+using DD::Image::Matrix4;
+using DD::Image::Op;
+
+static Matrix4 transform_of(Op& stars) {
+    Matrix4 transform;
+    DD::Image::Hash ignored;
+    stars.knob("transform")
+        ->store(DD::Image::MatrixPtr, &transform, ignored, stars.outputContext());
+    return transform;
+}
+
+// The host's matrices are of floats, which hold no more than 3e38.
+static void check_finite(const Matrix4& matrix, double time) {
+    for (int i = 0; i < 16; i++)
+        if (!std::isfinite(matrix.array()[i]))
+            throw WorkFailure("camera at frame " + shortest_text(time),
+                              "is placed too far away to be computed");
+}
+
+static CameraOp* camera_of(Op& stars, int n) {
+    return dynamic_cast<CameraOp*>(stars.Op::input(star_camera_input, n));
+}
+
+void check_cameras(Op& stars) {
+    const Matrix4 transform = transform_of(stars);
+    for (int n = 0; n < stars.split_input(star_camera_input); n++) {
+        CameraOp* const sample = camera_of(stars, n);
+        if (!sample)
+            continue;
+        sample->validate(true);
+        check_finite(sample->matrix() * transform, sample->outputContext().frame());
+    }
+}
+
+View view_of(Op& stars) {
+    const CameraOp* const first = camera_of(stars, 0);
+    const CameraOp* const last = camera_of(stars, stars.split_input(star_camera_input) - 1);
+    const Matrix4 transform = transform_of(stars);
+    const Matrix4 to_world = first ? first->matrix() * transform : transform;
+    const double focal = first ? first->focal_length() : focal_without_camera;
+
+    const DD::Image::Format& format = stars.iop()->format();
+    View view = {camera_of_host(to_world.array(), focal), {}, format.width(), format.height()};
+    if (last)
+        set_film_window(view.film, last->film_width(), last->film_height());
+    else
+        set_default_film_window(view.film, view.width, view.height);
+    const int projection = int(stars.knob("projection")->get_value_at(0, 0));
+    view.film.projection = projection_of_index(projection);
+    return view;
+}
+
+} // namespace velmora

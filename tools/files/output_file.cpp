@@ -1,0 +1,77 @@
+#include "tools/files/output_file.h"
+
+#include "osapi/temporary_file.h"
+#include "osapi/whole_file.h"
+#include "tools/failure.h"
+
+#include <filesystem>
+
+namespace velmora {
+
+namespace fs = std::filesystem;
+
+// Renaming would put a plain file in the place of a device, so what is there must be one already.
+static void refuse_special(const std::string& path) {
+    std::error_code error;
+    if (fs::symlink_status(path, error).type() == fs::file_type::none)
+        throw WorkFailure(path, error.message());
+    const fs::file_status status = fs::status(path, error);
+    if (fs::is_directory(status))
+        throw WorkFailure(path, "Is a directory");
+    if (fs::exists(status) && !fs::is_regular_file(status))
+        throw WorkFailure(path, "not a regular file");
+}
+
+static void refuse_taken_temporary(const std::string& path) {
+    const std::string obstacle = obstacle_to_temporary_of(path);
+    if (!obstacle.empty())
+        throw WorkFailure(temporary_name_of(path), obstacle);
+}
+
+// Both the file and the one in which its bytes are gathered.
+static void refuse_input(const std::string& path, const std::string& input) {
+    std::error_code ignored;
+    if (fs::equivalent(path, input, ignored))
+        throw UsageFailure(path, "is read by the same command, and would be overwritten");
+    if (fs::equivalent(temporary_name_of(path), input, ignored))
+        throw UsageFailure(temporary_name_of(path),
+                           "is read by the same command, and would be overwritten while " + path +
+                               " is being written");
+}
+
+void check_output(const std::string& path, const std::vector<std::string>& inputs) {
+    for (const std::string& input : inputs)
+        refuse_input(path, input);
+    refuse_special(path);
+    std::error_code ignored;
+    const fs::path folder = fs::path(path).parent_path();
+    if (!folder.empty() && !fs::is_directory(folder, ignored))
+        throw WorkFailure(path, "there is no folder " + folder.string());
+    refuse_taken_temporary(path);
+}
+
+void write_file(const std::string& path, const std::string& bytes) {
+    refuse_special(path);
+    refuse_taken_temporary(path);
+    const SignalsHeld held;
+    try {
+        write_whole_file(path.c_str(),
+                         [&](OSAPI::fd_t fd) { OSAPI::write(fd, bytes.data(), bytes.size()); });
+    } catch (const Xception& exception) {
+        throw WorkFailure(path, system_reason_of(exception));
+    }
+}
+
+SignalsHeld::SignalsHeld() {
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+        sigaddset(&ending, signal);
+    sigprocmask(SIG_BLOCK, &ending, &before);
+}
+
+SignalsHeld::~SignalsHeld() {
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+}
+
+} // namespace velmora

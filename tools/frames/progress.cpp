@@ -1,0 +1,39 @@
+#include "tools/frames/progress.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <unistd.h>
+
+namespace velmora {
+
+Progress::Progress(std::size_t frames, std::size_t stars)
+    : terminal(isatty(STDERR_FILENO)), frames(frames), stars(stars),
+      start(std::chrono::steady_clock::now()) {
+    show();
+}
+
+Progress::~Progress() {
+    if (terminal)
+        fputs("\r\033[K", stderr);
+}
+
+void Progress::frame_done() {
+    done++;
+    show();
+}
+
+void Progress::show() const {
+    if (!terminal)
+        return;
+    const std::size_t current = std::min(done + 1, frames);
+    if (done == 0) {
+        fprintf(stderr, "\r\033[Kframe %zu of %zu", current, frames);
+        return;
+    }
+    const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
+    const double left = spent.count() / double(done) * double(frames - done);
+    fprintf(stderr, "\r\033[Kframe %zu of %zu, %.3g stars/s, %d:%02d left", current, frames,
+            double(done) * double(stars) / spent.count(), int(left) / 60, int(left) % 60);
+}
+
+} // namespace velmora

@@ -1,0 +1,17 @@
+// Messages to the user, on standard error.
+#pragma once
+
+#include <initializer_list>
+#include <string_view>
+
+namespace velmora {
+
+// Writes one line to standard error, over a progress line if there is one: "velmora: " and the
+// pieces, made printable. This is where every message leaves the program, so nothing in one can
+// move the cursor or begin a line of its own. Allocates nothing; what cannot be written is lost.
+void say(std::initializer_list<std::string_view> pieces);
+inline void say(std::string_view line) {
+    say({line});
+}
+
+} // namespace velmora
