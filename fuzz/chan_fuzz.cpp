@@ -1,7 +1,7 @@
 // Any bytes read as a camera file: refused with a ChanError of one line, or a camera that is finite
 // at all times.
 #include "fuzz/law.h"
-#include "host/chan.h"
+#include "host/script/chan.h"
 
 #include <cmath>
 #include <cstdint>

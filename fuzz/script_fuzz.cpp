@@ -1,8 +1,8 @@
 // Any bytes read as a saved script: refused with a ScriptError of one line, or nodes that are wired
 // to earlier ones, knobs whose curves are finite, and a script that can be written and read again.
 #include "fuzz/law.h"
-#include "host/curve.h"
-#include "host/script_writer.h"
+#include "host/script/curve.h"
+#include "host/script/script_writer.h"
 
 #include <algorithm>
 #include <cmath>

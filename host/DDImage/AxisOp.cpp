@@ -1,5 +1,3 @@
-#include "host/node.h"
-
 #include <DDImage/AxisOp.h>
 
 namespace DD::Image {

@@ -1,4 +1,4 @@
-#include "host/angles.h"
+#include "host/script/angles.h"
 
 #include <DDImage/CameraOp.h>
 

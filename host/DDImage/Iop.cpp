@@ -1,6 +1,3 @@
-#include "host/checks.h"
-#include "host/node.h"
-
 #include <algorithm>
 #include <DDImage/Iop.h>
 
@@ -14,10 +11,6 @@ Iop::~Iop() {}
 
 bool Iop::test_input(int, Op* op) const {
     return dynamic_cast<Iop*>(op) != nullptr;
-}
-
-Op* Iop::default_input(int) const {
-    return node() ? node()->project().black() : nullptr;
 }
 
 void Iop::in_channels(int, ChannelSet&) const {}
@@ -63,23 +56,6 @@ void Iop::request(ChannelMask channels, int count) {
 void Iop::_request(int x, int y, int r, int t, ChannelMask channels, int count) {
     if (Iop* const source = input(0))
         source->request(x, y, r, t, channels, count);
-}
-
-void Iop::checked_engine(int y, int x, int r, ChannelMask channels, Row& row) {
-    if (!velmora::checks_plugins()) {
-        engine(y, x, r, channels, row);
-        return;
-    }
-    if (!opened())
-        throw velmora::PluginMisuse(*this, "engine was called while the op was not open");
-    engine(y, x, r, channels, row);
-    if (const Channel channel = row.written_beside()) {
-        const char* const name = getName(channel);
-        throw velmora::PluginMisuse(
-            *this, "engine, for row " + std::to_string(y) + " from " + std::to_string(x) + " to " +
-                       std::to_string(r) + ", wrote beside the span in " +
-                       (name ? name : "channel " + std::to_string(channel)));
-    }
 }
 
 void Iop::get(int y, int x, int r, ChannelMask channels, Row& row) {

@@ -1,5 +1,3 @@
-#include "host/node.h"
-
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
@@ -13,10 +11,6 @@ namespace DD::Image {
 static std::vector<const Op::Description*>& descriptions() {
     static std::vector<const Op::Description*> all;
     return all;
-}
-
-void Op::Description::announced(DD::Image::Description* description) {
-    description->plugin = velmora::plugin_being_loaded();
 }
 
 void Op::Description::add() {
@@ -47,10 +41,6 @@ Op::Op(Node* node) : node_(node) {}
 
 Op::~Op() {}
 
-const char* Op::node_name() const {
-    return node_ ? node_->name().c_str() : Class();
-}
-
 void Op::knobs(Knob_Callback) {}
 
 int Op::knob_changed(Knob*) {
@@ -59,10 +49,6 @@ int Op::knob_changed(Knob*) {
 
 int Op::knob_change_finished(Knob*, bool) {
     return 0;
-}
-
-Knob* Op::knob(const char* name) const {
-    return node_ ? node_->knob(name) : nullptr;
 }
 
 void Op::inputs(int count) {
@@ -201,10 +187,6 @@ bool Op::aborted() const {
 void Op::abort() const {
     if (std::atomic<bool>* const flag = outermost().abort_switch)
         flag->store(true, std::memory_order_relaxed);
-}
-
-const Format* Op::input_format() const {
-    return node_ ? &node_->project().format() : nullptr;
 }
 
 [[gnu::format(printf, 1, 0)]] static std::string formatted(const char* format, va_list args) {

@@ -1,5 +1,3 @@
-#include "host/checks.h"
-
 #include <algorithm>
 #include <cstring>
 #include <DDImage/Iop.h>
@@ -7,7 +5,7 @@
 
 namespace DD::Image {
 
-// What stands beside the span while plug-ins are checked: a number that is none, told by its bits.
+// What surrounds the span while plug-ins are checked: a NaN that no engine writes by chance.
 static const unsigned guard_bits = 0x7fa5a5a5;
 static const int guard_floats = 32;
 
@@ -23,8 +21,7 @@ static bool is_guard(const float* guard) {
     return true;
 }
 
-Row::Row(int x, int r)
-    : left(x), right(std::max(x, r)), margin(velmora::checks_plugins() ? guard_floats : 0) {}
+Row::Row(int x, int r) : left(x), right(std::max(x, r)), margin(has_guards() ? guard_floats : 0) {}
 
 Row::~Row() {}
 

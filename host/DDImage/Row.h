@@ -65,6 +65,9 @@ private:
     std::vector<Line> lines;
     mutable std::unique_ptr<float[]> zeros;
 
+    // Whether new rows get guards: while the host checks its plug-ins.
+    static bool has_guards();
+
     std::size_t length() const { return std::size_t(right - left); }
     Line* find(Channel channel);
     const Line* find(Channel channel) const;

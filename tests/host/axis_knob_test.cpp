@@ -1,4 +1,4 @@
-#include "host/axis_knob.h"
+#include "host/knobs/axis_knob.h"
 
 #include "tests/host/panel.h"
 

@@ -1,4 +1,4 @@
-#include "host/chan.h"
+#include "host/script/chan.h"
 
 #include <gtest/gtest.h>
 

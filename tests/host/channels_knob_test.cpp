@@ -1,4 +1,4 @@
-#include "host/channels_knob.h"
+#include "host/knobs/channels_knob.h"
 
 #include "tests/host/panel.h"
 

@@ -1,4 +1,4 @@
-#include "host/checks.h"
+#include "host/runtime/checks.h"
 
 #include "tests/host/comp.h"
 

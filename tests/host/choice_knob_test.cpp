@@ -1,4 +1,4 @@
-#include "host/choice_knob.h"
+#include "host/knobs/choice_knob.h"
 
 #include "tests/host/panel.h"
 

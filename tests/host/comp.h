@@ -1,10 +1,10 @@
 // A comp of the tests' own plug-ins, and pictures taken of its nodes.
 #pragma once
 
-#include "host/checks.h"
-#include "host/graph.h"
-#include "host/op_tree.h"
-#include "host/scanlines.h"
+#include "host/runtime/checks.h"
+#include "host/runtime/graph.h"
+#include "host/runtime/op_tree.h"
+#include "host/runtime/scanlines.h"
 
 #include <array>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "host/curve.h"
+#include "host/script/curve.h"
 
 #include <algorithm>
 #include <cmath>

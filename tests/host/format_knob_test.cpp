@@ -1,4 +1,4 @@
-#include "host/format_knob.h"
+#include "host/knobs/format_knob.h"
 
 #include "tests/host/panel.h"
 

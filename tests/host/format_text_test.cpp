@@ -1,4 +1,4 @@
-#include "host/format_text.h"
+#include "host/knobs/format_text.h"
 
 #include <gtest/gtest.h>
 

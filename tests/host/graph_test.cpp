@@ -1,4 +1,4 @@
-#include "host/graph.h"
+#include "host/runtime/graph.h"
 
 #include "tests/host/comp.h"
 

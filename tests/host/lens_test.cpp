@@ -1,4 +1,4 @@
-#include "host/lens.h"
+#include "host/script/lens.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "host/node.h"
+#include "host/runtime/node.h"
 
 #include "tests/host/call_log.h"
 #include "tests/host/comp.h"

@@ -1,4 +1,4 @@
-#include "host/number_knob.h"
+#include "host/knobs/number_knob.h"
 
 #include "tests/host/panel.h"
 #include "tests/special_values.h"

@@ -1,4 +1,4 @@
-#include "host/op_tree.h"
+#include "host/runtime/op_tree.h"
 
 #include "tests/host/call_log.h"
 #include "tests/host/comp.h"

@@ -1,7 +1,7 @@
 // An op with a knob of every kind, and a node of it.
 #pragma once
 
-#include "host/node.h"
+#include "host/runtime/node.h"
 
 #include <gtest/gtest.h>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "host/plugins.h"
+#include "host/runtime/plugins.h"
 
 #include "tests/host/comp.h"
 #include "tests/scratch_folder.h"

@@ -1,4 +1,4 @@
-#include "host/scanlines.h"
+#include "host/runtime/scanlines.h"
 
 #include "tests/host/call_log.h"
 #include "tests/host/comp.h"

@@ -1,4 +1,4 @@
-#include "host/script_loader.h"
+#include "host/runtime/script_loader.h"
 
 #include "tests/host/comp.h"
 

@@ -1,4 +1,4 @@
-#include "host/script_text.h"
+#include "host/script/script_text.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

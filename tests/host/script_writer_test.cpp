@@ -1,6 +1,6 @@
-#include "host/script_writer.h"
+#include "host/script/script_writer.h"
 
-#include "host/curve.h"
+#include "host/script/curve.h"
 
 #include <gtest/gtest.h>
 #include <limits>

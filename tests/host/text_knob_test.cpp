@@ -1,4 +1,4 @@
-#include "host/text_knob.h"
+#include "host/knobs/text_knob.h"
 
 #include "tests/host/panel.h"
 

@@ -1,6 +1,6 @@
 // Texts that are read when there is not enough memory: whole or not at all.
-#include "host/chan.h"
-#include "host/script.h"
+#include "host/script/chan.h"
+#include "host/script/script.h"
 #include "tests/failing_memory.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "host/transform.h"
+#include "host/script/transform.h"
 
 #include <algorithm>
 #include <cmath>

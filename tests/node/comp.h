@@ -1,9 +1,9 @@
 // A comp with one node of ours, loaded from the plug-in and taken through the host's cycle.
 #pragma once
 
-#include "host/graph.h"
-#include "host/op_tree.h"
-#include "host/scanlines.h"
+#include "host/runtime/graph.h"
+#include "host/runtime/op_tree.h"
+#include "host/runtime/scanlines.h"
 #include "node/VelmoraNK.h"
 #include "tests/scratch_folder.h"
 

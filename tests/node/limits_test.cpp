@@ -1,5 +1,5 @@
 // Sizes that cannot be drawn: told at validation, black, and never read past the image.
-#include "host/format_knob.h"
+#include "host/knobs/format_knob.h"
 #include "tests/node/comp.h"
 #include "tests/node/sky.h"
 #include "tests/stars/sky.h"

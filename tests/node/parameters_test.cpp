@@ -1,5 +1,5 @@
 // How each knob reaches what the renderer takes.
-#include "host/script_loader.h"
+#include "host/runtime/script_loader.h"
 #include "tests/node/comp.h"
 #include "tests/node/sky.h"
 

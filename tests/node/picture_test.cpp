@@ -1,5 +1,5 @@
 // What comes out of the node: rows of the frame that it rendered as it was opened.
-#include "host/checks.h"
+#include "host/runtime/checks.h"
 #include "tests/node/comp.h"
 #include "tests/node/sky.h"
 

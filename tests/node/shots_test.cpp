@@ -1,5 +1,5 @@
 // The node's pictures against those that the renderer draws by itself.
-#include "host/transform.h"
+#include "host/script/transform.h"
 #include "stars/setup.h"
 #include "tests/node/comp.h"
 #include "tests/node/sky.h"

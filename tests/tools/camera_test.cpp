@@ -1,8 +1,8 @@
 #include "tools/comp/camera.h"
 
-#include "host/op_tree.h"
-#include "host/scanlines.h"
-#include "host/transform.h"
+#include "host/runtime/op_tree.h"
+#include "host/runtime/scanlines.h"
+#include "host/script/transform.h"
 #include "stars/setup.h"
 #include "tests/scratch_folder.h"
 #include "tools/comp/star_node.h"

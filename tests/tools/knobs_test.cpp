@@ -1,6 +1,6 @@
 #include "tools/comp/knobs.h"
 
-#include "host/axis_knob.h"
+#include "host/knobs/axis_knob.h"
 #include "tools/comp/star_node.h"
 #include "tools/failure.h"
 

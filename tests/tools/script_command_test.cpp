@@ -1,6 +1,6 @@
 // Scripts that the command line writes, and reads again.
 #include "catalog/database_writer.h"
-#include "host/script.h"
+#include "host/script/script.h"
 #include "tests/tools/program.h"
 
 #include <unistd.h>

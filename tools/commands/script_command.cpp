@@ -1,4 +1,4 @@
-#include "host/script_writer.h"
+#include "host/script/script_writer.h"
 #include "tools/commands/commands.h"
 #include "tools/comp/comp_options.h"
 #include "tools/comp/comp_script.h"

@@ -1,9 +1,9 @@
 #include "tools/comp/camera.h"
 
-#include "host/chan.h"
-#include "host/lens.h"
-#include "host/number_knob.h"
-#include "host/transform.h"
+#include "host/knobs/number_knob.h"
+#include "host/script/chan.h"
+#include "host/script/lens.h"
+#include "host/script/transform.h"
 #include "stars/setup.h"
 #include "tools/comp/star_node.h"
 #include "tools/failure.h"

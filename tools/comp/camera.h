@@ -6,8 +6,8 @@
 //            for a camera file that cannot be read or is malformed.
 #pragma once
 
-#include "host/chan.h"
-#include "host/graph.h"
+#include "host/runtime/graph.h"
+#include "host/script/chan.h"
 
 #include <memory>
 #include <optional>

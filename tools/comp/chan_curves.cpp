@@ -1,7 +1,7 @@
 #include "tools/comp/chan_curves.h"
 
-#include "host/lens.h"
-#include "host/script_writer.h"
+#include "host/script/lens.h"
+#include "host/script/script_writer.h"
 
 namespace velmora {
 

@@ -2,8 +2,8 @@
 // straight lines between, and as the first and last key outside.
 #pragma once
 
-#include "host/chan.h"
-#include "host/script_text.h"
+#include "host/script/chan.h"
+#include "host/script/script_text.h"
 
 namespace velmora {
 

@@ -1,7 +1,7 @@
 #include "tools/comp/comp.h"
 
-#include "host/format_knob.h"
-#include "host/script_loader.h"
+#include "host/knobs/format_knob.h"
+#include "host/runtime/script_loader.h"
 #include "tools/comp/knobs.h"
 #include "tools/comp/star_node.h"
 #include "tools/failure.h"

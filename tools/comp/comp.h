@@ -4,7 +4,7 @@
 //            be read.
 #pragma once
 
-#include "host/graph.h"
+#include "host/runtime/graph.h"
 #include "tools/comp/camera.h"
 
 #include <memory>

@@ -1,9 +1,9 @@
 #include "tools/comp/comp_script.h"
 
-#include "host/chan.h"
-#include "host/format_knob.h"
-#include "host/format_text.h"
-#include "host/script_writer.h"
+#include "host/knobs/format_knob.h"
+#include "host/knobs/format_text.h"
+#include "host/script/chan.h"
+#include "host/script/script_writer.h"
 #include "tools/comp/chan_curves.h"
 #include "tools/comp/star_node.h"
 #include "tools/failure.h"

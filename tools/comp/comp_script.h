@@ -2,7 +2,7 @@
 // settings.
 #pragma once
 
-#include "host/script.h"
+#include "host/script/script.h"
 #include "tools/comp/comp.h"
 
 #include <vector>

@@ -1,8 +1,8 @@
 #include "tools/comp/knobs.h"
 
-#include "host/axis_knob.h"
-#include "host/choice_knob.h"
-#include "host/format_knob.h"
+#include "host/knobs/axis_knob.h"
+#include "host/knobs/choice_knob.h"
+#include "host/knobs/format_knob.h"
 #include "text/number.h"
 #include "text/quoted.h"
 #include "tools/failure.h"

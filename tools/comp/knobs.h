@@ -3,7 +3,7 @@
 // Errors:    UsageFailure naming the knob, its value and what it takes.
 #pragma once
 
-#include "host/node.h"
+#include "host/runtime/node.h"
 
 #include <string>
 #include <variant>

@@ -4,7 +4,7 @@
 // Errors:    WorkFailure for a plug-in that does not have them.
 #pragma once
 
-#include "host/plugins.h"
+#include "host/runtime/plugins.h"
 #include "stars/stars.h"
 
 #include <string>

@@ -1,7 +1,7 @@
 #include "tools/comp/star_node.h"
 
-#include "host/scanlines.h"
-#include "host/script_text.h"
+#include "host/runtime/scanlines.h"
+#include "host/script/script_text.h"
 #include "tools/files/program_folder.h"
 
 namespace velmora {

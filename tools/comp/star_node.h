@@ -3,7 +3,7 @@
 // Errors:    WorkFailure for a plug-in that is not there or cannot be loaded.
 #pragma once
 
-#include "host/graph.h"
+#include "host/runtime/graph.h"
 #include "tools/failure.h"
 
 #include <functional>

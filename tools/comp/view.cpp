@@ -1,6 +1,6 @@
 #include "tools/comp/view.h"
 
-#include "host/node.h"
+#include "host/runtime/node.h"
 #include "tools/comp/star_node.h"
 #include "tools/failure.h"
 #include "tools/numbers.h"

@@ -1,6 +1,6 @@
 #include "tools/frames/render_frame.h"
 
-#include "host/scanlines.h"
+#include "host/runtime/scanlines.h"
 #include "tools/comp/knobs.h"
 #include "tools/comp/star_node.h"
 #include "tools/failure.h"

@@ -5,7 +5,7 @@
 //            renderer throws.
 #pragma once
 
-#include "host/op_tree.h"
+#include "host/runtime/op_tree.h"
 #include "osapi/osapi.h"
 #include "tools/comp/view.h"
 

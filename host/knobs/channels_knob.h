@@ -1,0 +1,24 @@
+// The knob that picks channels: all, none, rgb, rgba, alpha, or a list of channels' names.
+#pragma once
+
+#include "host/knobs/host_knob.h"
+
+namespace velmora {
+
+class ChannelsKnob : public HostKnob {
+public:
+    explicit ChannelsKnob(const DD::Image::KnobSpec& spec);
+
+    void read(const ScriptValue& value, const std::string& script) override;
+    ScriptValue script_value() const override;
+    void store(DD::Image::StoreType type, void* data, DD::Image::Hash& hash,
+               const DD::Image::OutputContext& context) override;
+
+protected:
+    bool fits(DD::Image::StoreType type) const override { return type == DD::Image::ChannelSetPtr; }
+
+private:
+    DD::Image::ChannelSet chosen;
+};
+
+} // namespace velmora

@@ -1,0 +1,77 @@
+#include "host/knobs/choice_knob.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+namespace velmora {
+
+using DD::Image::KnobSpec;
+
+ChoiceKnob::ChoiceKnob(const KnobSpec& spec) : HostKnob(spec) {
+    for (const char* const* item = spec.items; item && *item; item++)
+        texts.push_back(*item);
+    choose(spec.data ? *static_cast<const int*>(spec.data) : 0);
+    remember_default();
+}
+
+ChoiceKnob::ChoiceKnob(const KnobSpec& spec, int index) : ChoiceKnob(spec) {
+    set_declared(false);
+    choose(index);
+    remember_default();
+}
+
+void ChoiceKnob::choose(int index) {
+    chosen = index;
+    const bool is_item = index >= 0 && std::size_t(index) < texts.size();
+    text = is_item ? texts[std::size_t(index)] : std::to_string(index);
+}
+
+bool ChoiceKnob::set_value(double value, int i) {
+    if (i > 0 || value != std::floor(value) || std::fabs(value) > 2147483647.0)
+        return false;
+    choose(int(value));
+    return true;
+}
+
+bool ChoiceKnob::set_text(const char* text) {
+    const std::string wanted = text ? text : "";
+    const auto item = std::find(texts.begin(), texts.end(), wanted);
+    int index = int(item - texts.begin());
+    if (item == texts.end()) {
+        const char* const end = wanted.data() + wanted.size();
+        const std::from_chars_result result = std::from_chars(wanted.data(), end, index);
+        if (wanted.empty() || result.ec != std::errc() || result.ptr != end)
+            return false;
+    }
+    choose(index);
+    return true;
+}
+
+void ChoiceKnob::read(const ScriptValue& value, const std::string& script) {
+    const std::vector<ScriptValue> items = value.kind == ScriptValue::Kind::braced
+                                               ? list_items(value, script)
+                                               : std::vector<ScriptValue>{value};
+    const bool plain = items.size() == 1 && items[0].kind != ScriptValue::Kind::braced;
+    if (!plain)
+        throw ScriptError(script, value.place,
+                          "knob '" + name() + "': " + in_quotes(value) +
+                              " is an animation or an expression, which a menu cannot have here");
+    if (!set_text(items[0].text.c_str()))
+        throw ScriptError(script, value.place,
+                          "knob '" + name() + "' has no item " + in_quotes(items[0]));
+}
+
+ScriptValue ChoiceKnob::script_value() const {
+    ScriptValue value;
+    value.text = text;
+    return value;
+}
+
+void ChoiceKnob::store(DD::Image::StoreType, void* data, DD::Image::Hash& hash,
+                       const DD::Image::OutputContext&) {
+    hash.append(chosen);
+    *static_cast<int*>(data) = chosen;
+}
+
+} // namespace velmora

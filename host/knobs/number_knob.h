@@ -1,0 +1,49 @@
+// Knobs of one or more numbers, each perhaps animated: integers, switches, sliders, colours,
+// points, matrices.
+//
+// Shapes:    a saved script has one number alone, several as a list, a matrix as a list of rows; a
+//            single number for several sets all of them.
+#pragma once
+
+#include "host/knobs/host_knob.h"
+#include "host/script/curve.h"
+
+#include <functional>
+#include <vector>
+
+namespace velmora {
+
+class NumberKnob : public HostKnob {
+public:
+    explicit NumberKnob(const DD::Image::KnobSpec& spec);
+
+    // A part of another knob: `values` long, and as they are to start with.
+    NumberKnob(const DD::Image::KnobSpec& spec, const std::vector<double>& values);
+
+    int size() const override { return int(curves.size()); }
+    using Knob::get_value_at;
+    double get_value_at(double time, int i) const override;
+    bool set_value(double value, int i) override;
+    bool is_animated() const override;
+
+    // From now on number `i` is what `source` says of each time, until it is set or read anew.
+    void follow(int i, std::function<double(double time)> source);
+
+    void read(const ScriptValue& value, const std::string& script) override;
+    ScriptValue script_value() const override;
+    void store(DD::Image::StoreType type, void* data, DD::Image::Hash& hash,
+               const DD::Image::OutputContext& context) override;
+
+protected:
+    bool fits(DD::Image::StoreType type) const override;
+
+private:
+    std::vector<AnimationCurve> curves;
+    std::vector<std::function<double(double)>> sources; // of numbers that follow one
+
+    bool is_switch() const { return ClassID() == DD::Image::BOOL_KNOB; }
+    AnimationCurve read_one(const ScriptValue& value, const std::string& script) const;
+    std::vector<ScriptValue> items_for(const ScriptValue& value, const std::string& script) const;
+};
+
+} // namespace velmora

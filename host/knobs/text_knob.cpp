@@ -1,0 +1,76 @@
+#include "host/knobs/text_knob.h"
+
+#include <filesystem>
+
+namespace velmora {
+
+using DD::Image::StoreType;
+
+static std::string text_behind(const DD::Image::KnobSpec& spec) {
+    if (spec.store == DD::Image::StdStringPtr)
+        return *static_cast<const std::string*>(spec.data);
+    const char* const text = *static_cast<const char* const*>(spec.data);
+    return text ? text : "";
+}
+
+TextKnob::TextKnob(const DD::Image::KnobSpec& spec) : HostKnob(spec), text(text_behind(spec)) {
+    remember_default();
+}
+
+bool TextKnob::set_text(const char* value) {
+    text = value ? value : "";
+    return true;
+}
+
+// `folder` in place of the expression that stands for the script's.
+static std::string with_folder(std::string text, const std::string& folder) {
+    static const std::string expression = "[file dirname [value root.name]]";
+    for (std::size_t at = text.find(expression); at != std::string::npos;
+         at = text.find(expression, at + folder.size()))
+        text.replace(at, expression.size(), folder);
+    return text;
+}
+
+void TextKnob::read(const ScriptValue& value, const std::string& script) {
+    if (ClassID() != DD::Image::FILE_KNOB) {
+        text = value.text;
+        return;
+    }
+    if (with_folder(value.text, ".").find('[') != std::string::npos)
+        throw ScriptError(script, value.place,
+                          "knob '" + name() + "': the expression in " + in_quotes(value) +
+                              " cannot be honoured");
+    const std::string parent = std::filesystem::path(script).parent_path().string();
+    text = with_folder(value.text, parent.empty() ? "." : parent);
+}
+
+ScriptValue TextKnob::script_value() const {
+    ScriptValue value;
+    value.kind = ScriptValue::Kind::quoted;
+    value.text = text;
+    return value;
+}
+
+bool TextKnob::fits(StoreType type) const {
+    return type == DD::Image::StringPtr || type == DD::Image::StdStringPtr;
+}
+
+void TextKnob::put(DD::Image::Op& op, StoreType type, void* data, DD::Image::Hash& hash) {
+    if (type == DD::Image::StringPtr) {
+        hash.append(text);
+        *static_cast<const char**>(data) = op.keep_text(data, text);
+        return;
+    }
+    store(type, data, hash, op.outputContext());
+}
+
+void TextKnob::store(StoreType type, void* data, DD::Image::Hash& hash,
+                     const DD::Image::OutputContext&) {
+    hash.append(text);
+    if (type == DD::Image::StdStringPtr)
+        *static_cast<std::string*>(data) = text;
+    else
+        *static_cast<const char**>(data) = text.c_str(); // alive until the knob changes
+}
+
+} // namespace velmora

@@ -1,0 +1,51 @@
+#include "host/runtime/checks.h"
+
+#include "text/quoted.h"
+
+#include <DDImage/Iop.h>
+
+namespace velmora {
+
+#ifdef NDEBUG
+static bool checking = false;
+#else
+static bool checking = true;
+#endif
+
+bool checks_plugins() {
+    return checking;
+}
+
+void set_checks_plugins(bool on) {
+    checking = on;
+}
+
+PluginMisuse::PluginMisuse(const DD::Image::Op& op, const std::string& what)
+    : std::logic_error(printable(std::string(op.node_name()) + " (" + op.Class() + "): " + what)) {}
+
+} // namespace velmora
+
+namespace DD::Image {
+
+bool Row::has_guards() {
+    return velmora::checks_plugins();
+}
+
+void Iop::checked_engine(int y, int x, int r, ChannelMask channels, Row& row) {
+    if (!velmora::checks_plugins()) {
+        engine(y, x, r, channels, row);
+        return;
+    }
+    if (!opened())
+        throw velmora::PluginMisuse(*this, "engine was called while the op was not open");
+    engine(y, x, r, channels, row);
+    if (const Channel channel = row.written_beside()) {
+        const char* const name = getName(channel);
+        throw velmora::PluginMisuse(
+            *this, "engine, for row " + std::to_string(y) + " from " + std::to_string(x) + " to " +
+                       std::to_string(r) + ", wrote beside the span in " +
+                       (name ? name : "channel " + std::to_string(channel)));
+    }
+}
+
+} // namespace DD::Image

@@ -1,0 +1,53 @@
+// A comp: its nodes, and the project's own format and range.
+//
+// Ownership: a graph owns its nodes.
+// Errors:    PluginError for classes that cannot be found.
+// Threads:   main thread only.
+#pragma once
+
+#include "host/runtime/node.h"
+#include "host/runtime/plugins.h"
+#include "host/runtime/project.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velmora {
+
+class DDImage_API Graph {
+public:
+    explicit Graph(const PluginPath& plugins);
+    Graph(const Graph&) = delete;
+    Graph& operator=(const Graph&) = delete;
+    ~Graph();
+
+    const DD::Image::Format& format() const { return project.format(); }
+    void set_format(const DD::Image::Format& format) { project.set_format(format); }
+
+    int first_frame = 1;
+    int last_frame = 100;
+    double fps = 24;
+
+    // A new node. Without a name it is called by its class and a number that makes it differ. Of
+    // nodes that are given one name, find() knows the last.
+    Node& create(const std::string& class_name, const std::string& name = "");
+    void remove(Node& node); // disconnected first
+
+    Node* find(const std::string& name) const;
+    const std::vector<std::unique_ptr<Node>>& nodes() const { return all; }
+
+    const PluginPath& plugins() const { return path; }
+
+private:
+    PluginPath path;
+    Project project;
+    std::vector<std::unique_ptr<Node>> all;
+    std::map<std::string, Node*> by_name;
+    std::map<std::string, int> last_numbers; // given to nodes without a name, by what stands before
+
+    std::string free_name(const std::string& class_name);
+};
+
+} // namespace velmora

@@ -1,0 +1,74 @@
+// A node of a comp: a class of ops with the values of its knobs and what it is connected to.
+//
+// Ownership: a node owns its knobs and one op, its prototype, which answers questions about the
+//            class and never renders. Nodes that it is connected to are borrowed.
+// Errors:    PluginMisuse for knobs that are declared one way and stored another.
+// Threads:   main thread only.
+#pragma once
+
+#include "host/knobs/host_knob.h"
+#include "host/runtime/plugins.h"
+#include "host/runtime/project.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velmora {
+class KnobMaker;
+class KnobStorer;
+} // namespace velmora
+
+class DDImage_API Node {
+public:
+    // The project must outlive the node. Throws PluginError for a class that makes no op.
+    Node(const DD::Image::Op::Description& description, const std::string& name,
+         const velmora::Project& project);
+    Node(const Node&) = delete;
+    Node& operator=(const Node&) = delete;
+    ~Node();
+
+    const std::string& name() const { return name_; }
+    const char* class_name() const { return description_.name; }
+    const DD::Image::Op::Description& description() const { return description_; }
+    const velmora::Project& project() const { return project_; }
+    const DD::Image::Format& script_format() const { return project_.format(); }
+    DD::Image::Op& prototype() const { return *prototype_; }
+
+    // In the order of the panel, with the parts of an axis behind it.
+    const std::vector<std::unique_ptr<velmora::HostKnob>>& knobs() const { return knobs_; }
+    velmora::HostKnob* knob(const std::string& name) const;
+
+    int inputs() const { return prototype_->maximum_inputs(); }
+    Node* input(int n) const;
+
+    // How many inputs an op of this node has: those that the class wants, and those that are used.
+    int inputs_of_ops() const;
+
+    // Connects input `n`, null to disconnect. False, and nothing changed, when the class does not
+    // take such an input or the nodes would feed themselves.
+    bool set_input(int n, Node* node);
+
+    // Stores the EARLY_STORE knobs, or all of them, into `op`, which is of this node, for the
+    // moment of its context, and adds them to `hash`.
+    void store_early(DD::Image::Op& op) const;
+    void store_all(DD::Image::Op& op, DD::Image::Hash& hash) const;
+
+    // A new op of this node's class.
+    std::unique_ptr<DD::Image::Op> make_op();
+
+private:
+    friend class velmora::KnobMaker;
+    friend class velmora::KnobStorer;
+
+    const DD::Image::Op::Description& description_;
+    std::string name_;
+    const velmora::Project& project_;
+    std::unique_ptr<DD::Image::Op> prototype_;
+    std::vector<std::unique_ptr<velmora::HostKnob>> knobs_;
+    std::vector<velmora::HostKnob*> declared; // those that the op itself declares
+    std::vector<Node*> inputs_;
+
+    // Whether `other` is this node or depends on it.
+    bool feeds(const Node* other) const;
+};

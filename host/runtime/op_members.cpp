@@ -1,0 +1,29 @@
+// What ops ask of their node, and plug-ins of what loads them: the members of the interface's classes
+// that need the runtime.
+#include "host/runtime/node.h"
+
+#include <DDImage/Iop.h>
+
+namespace DD::Image {
+
+void Op::Description::announced(DD::Image::Description* description) {
+    description->plugin = velmora::plugin_being_loaded();
+}
+
+const char* Op::node_name() const {
+    return node_ ? node_->name().c_str() : Class();
+}
+
+Knob* Op::knob(const char* name) const {
+    return node_ ? node_->knob(name) : nullptr;
+}
+
+const Format* Op::input_format() const {
+    return node_ ? &node_->project().format() : nullptr;
+}
+
+Op* Iop::default_input(int) const {
+    return node() ? node()->project().black() : nullptr;
+}
+
+} // namespace DD::Image
