@@ -171,8 +171,8 @@ TEST(ScriptWriter, WritesWhatWasReadAsAnEqualScript) {
         "Camera2 {\n inputs 0\n name A\n}\nDot {\n}\nset N1 [stack 0]\nBlur {\n name B\n size "
         "{2}\n}\n"
         "push $N1\nMerge2 {\n inputs 1+1\n name \"M\"\n}\n",
-        "Blur {\n xpos 1\n xpos 2\n}\nset C1 [stack 0]\nclone $C1 {\n xpos 1\n xpos 3\n ypos 1\n"
-        " ypos 2\n}\nset C2 [stack 0]\nclone $C2 {\n xpos 1\n}\nclone $C2 {\n}\n",
+        ("Blur {\n xpos 1\n xpos 2\n}\nset C1 [stack 0]\nclone $C1 {\n xpos 1\n xpos 3\n ypos 1\n"
+         " ypos 2\n}\nset C2 [stack 0]\nclone $C2 {\n xpos 1\n}\nclone $C2 {\n}\n"),
         "Blur {\n label \"a\\x41\\351\"\n label {a\n b {\\}} \" [ $}\n label a\\ b\n}\n",
         "Blur {\n inputs 3\n}\nBlur {\n inputs 0\n}\nBlur {\n}\n",
     };
