@@ -1,3 +1,4 @@
+#!/usr/bin/env python3
 """What scripts/check-returns refuses, and what it lets pass."""
 import pathlib
 import subprocess
