@@ -1,7 +1,4 @@
-#define XSOURCE "osapi-unix"
-
 #include "core/unwinding.h"
-#include "core/xception.h"
 #include "osapi/osapi.h"
 
 #include <unistd.h>

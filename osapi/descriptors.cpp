@@ -2,10 +2,10 @@
 
 #include "core/unwinding.h"
 #include "core/xception.h"
+#include "osapi/failure.h"
 #include "osapi/osapi.h"
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -21,9 +21,9 @@ static const mode_t creation_mode = 0664;
 void close_on_exec(fd_t fd) {
     const int flags = fcntl(fd, F_GETFD);
     if (flags == -1)
-        XTHROW("fcntl: %s", strerror(errno));
+        XTHROW_ERRNO("fcntl");
     if (fcntl(fd, F_SETFD, flags | FD_CLOEXEC) == -1)
-        XTHROW("fcntl: %s", strerror(errno));
+        XTHROW_ERRNO("fcntl");
 }
 
 static int system_open_flags(int flags) {
@@ -56,13 +56,13 @@ fd_t open_can_fail(const char* path, int flags) {
 fd_t open(const char* path, int flags) {
     const fd_t fd = open_can_fail(path, flags);
     if (fd == -1)
-        XTHROW("opening file \"%s\": %s", path, strerror(errno));
+        XTHROW_ERRNO("opening file \"%s\"", path);
     return fd;
 }
 
 void close(fd_t fd) {
     if (::close(fd) == -1)
-        XTHROW("close: %s", strerror(errno));
+        XTHROW_ERRNO("close");
 }
 
 // ---- Modes and copies ------------------------------------------------------------------------
@@ -71,21 +71,21 @@ void close(fd_t fd) {
 void set_blocking(fd_t fd, bool blocking) {
     const int flags = fcntl(fd, F_GETFL);
     if (flags == -1)
-        XTHROW("fcntl: %s", strerror(errno));
+        XTHROW_ERRNO("fcntl");
     if (fcntl(fd, F_SETFL, blocking ? flags ^ O_NONBLOCK : flags | O_NONBLOCK) == -1)
-        XTHROW("fcntl: %s", strerror(errno));
+        XTHROW_ERRNO("fcntl");
 }
 
 fd_t dup(fd_t fd) {
     const fd_t copy = ::dup(fd);
     if (copy == -1)
-        XTHROW("dup: %s", strerror(errno));
+        XTHROW_ERRNO("dup");
     return copy;
 }
 
 void dup2(fd_t from, fd_t to) {
     if (from != to && ::dup2(from, to) == -1)
-        XTHROW("dup2: %s", strerror(errno));
+        XTHROW_ERRNO("dup2");
 }
 
 // ---- Reading and writing ---------------------------------------------------------------------
@@ -103,7 +103,7 @@ sword read(int fd, char* buf, uword n) {
         if (count > 0)
             got += uword(count);
         else if (!worth_another_try(errno))
-            XTHROW("read: %s", strerror(errno));
+            XTHROW_ERRNO("read");
     }
     return sword(got);
 }
@@ -117,7 +117,7 @@ sword pread(int fd, char* buf, uword n, u64 offset) {
         if (count > 0)
             got += uword(count);
         else if (!worth_another_try(errno))
-            XTHROW("read: %s", strerror(errno));
+            XTHROW_ERRNO("read");
     }
     return sword(got);
 }
@@ -130,7 +130,7 @@ sword read_short(int fd, char* buf, uword n) {
         if (errno == EAGAIN)
             return 0;
         if (errno != EINTR)
-            XTHROW("read: %s", strerror(errno));
+            XTHROW_ERRNO("read");
     }
 }
 
@@ -141,7 +141,7 @@ sword write(int fd, const char* buf, uword n) {
         if (count >= 0)
             written += uword(count);
         else if (!worth_another_try(errno))
-            XTHROW("write: %s", strerror(errno));
+            XTHROW_ERRNO("write");
     }
     return sword(written);
 }
@@ -153,7 +153,7 @@ sword pwrite(int fd, const char* buf, uword n, u64 offset) {
         if (count >= 0)
             written += uword(count);
         else if (!worth_another_try(errno))
-            XTHROW("write: %s", strerror(errno));
+            XTHROW_ERRNO("write");
     }
     return sword(written);
 }
@@ -161,7 +161,7 @@ sword pwrite(int fd, const char* buf, uword n, u64 offset) {
 s64 lseek(fd_t fd, s64 offset, int whence) {
     const off_t position = ::lseek(fd, offset, whence);
     if (position == -1)
-        XTHROW("lseek: %s", strerror(errno));
+        XTHROW_ERRNO("lseek");
     return position;
 }
 
@@ -170,23 +170,23 @@ s64 lseek(fd_t fd, s64 offset, int whence) {
 u64 getsize(fd_t fd) {
     struct stat status;
     if (fstat(fd, &status) == -1)
-        XTHROW("fstat: %s", strerror(errno));
+        XTHROW_ERRNO("fstat");
     return u64(status.st_size);
 }
 
 void truncate(fd_t fd, s64 length) {
     if (ftruncate(fd, length) == -1)
-        XTHROW("ftruncate: %s", strerror(errno));
+        XTHROW_ERRNO("ftruncate");
 }
 
 void sync(fd_t fd) {
     if (fsync(fd) == -1)
-        XTHROW("fsync: %s", strerror(errno));
+        XTHROW_ERRNO("fsync");
 }
 
 void datasync(fd_t fd) {
     if (fdatasync(fd) == -1)
-        XTHROW("fdatasync: %s", strerror(errno));
+        XTHROW_ERRNO("fdatasync");
 }
 
 void sync() {
@@ -201,7 +201,7 @@ int poll(pollfd* fds, unsigned n, int timeout_ms, bool interruptible) {
         if (ready >= 0)
             return ready;
         if (errno != EINTR)
-            XTHROW("poll: %s", strerror(errno));
+            XTHROW_ERRNO("poll");
         if (interruptible)
             return -1;
     }
@@ -235,7 +235,7 @@ void FileDescriptor::close() {
 int FileDescriptor::ioctl(int request, char* arg) {
     const int result = ::ioctl(fd, unsigned(request), arg);
     if (result == -1)
-        XTHROW("ioctl: %s", strerror(errno));
+        XTHROW_ERRNO("ioctl");
     return result;
 }
 
@@ -243,7 +243,7 @@ int FileDescriptor::ioctl(int request, char* arg) {
 void Pipe::open() {
     int ends[2];
     if (pipe(ends) == -1)
-        XTHROW("pipe: %s", strerror(errno));
+        XTHROW_ERRNO("pipe");
     FileDescriptor reading(ends[0]), writing(ends[1]);
     read_end.init(reading.fd);
     reading.fd = -1;

@@ -2,6 +2,7 @@
 
 #include "core/unwinding.h"
 #include "core/xception.h"
+#include "osapi/failure.h"
 #include "osapi/osapi.h"
 
 #include <cerrno>
@@ -19,13 +20,13 @@ namespace OSAPI {
 
 void chdir(const char* path) {
     if (strcmp(path, ".") != 0 && ::chdir(path) == -1)
-        XTHROW("chdir(%s): %s", path, strerror(errno));
+        XTHROW_ERRNO("chdir(%s)", path);
 }
 
 String getcwd() {
     char* const path = ::getcwd(nullptr, 0);
     if (!path)
-        XTHROW("getcwd: %s", strerror(errno));
+        XTHROW_ERRNO("getcwd");
     const String copy(path);
     free(path);
     return copy;
@@ -37,14 +38,8 @@ ScopedChdir::ScopedChdir(const char* dir) : previous(getcwd()), changed(*dir != 
 }
 
 ScopedChdir::~ScopedChdir() noexcept(false) {
-    if (!changed)
-        return;
-    try {
-        chdir(previous.str);
-    } catch (...) {
-        if (!velmora::unwinding())
-            throw;
-    }
+    if (changed)
+        velmora::release_in_destructor([this] { chdir(previous.str); });
 }
 
 // ---- Listings --------------------------------------------------------------------------------
@@ -52,7 +47,7 @@ ScopedChdir::~ScopedChdir() noexcept(false) {
 void lsdir(const char* path, Array<String>& out) {
     std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path), closedir);
     if (!folder)
-        XTHROW("opendir(\"%s\"): %s", path, strerror(errno));
+        XTHROW_ERRNO("opendir(\"%s\")", path);
     for (;;) {
         errno = 0; // the only way to tell a failure from the end
         const dirent* const entry = readdir(folder.get());
@@ -61,10 +56,10 @@ void lsdir(const char* path, Array<String>& out) {
         else if (errno == 0)
             break;
         else
-            XTHROW("readdir(\"%s\"): %s", path, strerror(errno));
+            XTHROW_ERRNO("readdir(\"%s\")", path);
     }
     if (closedir(folder.release()) == -1)
-        XTHROW("closedir(\"%s\"): %s", path, strerror(errno));
+        XTHROW_ERRNO("closedir(\"%s\")", path);
 }
 
 struct Glob::State {

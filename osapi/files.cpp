@@ -1,11 +1,7 @@
-#define XSOURCE "osapi-unix"
-
 #include "core/unwinding.h"
-#include "core/xception.h"
+#include "osapi/failure.h"
 #include "osapi/osapi.h"
 
-#include <cerrno>
-#include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,7 +11,7 @@ namespace OSAPI {
 
 void DiskFile::stat(struct ::stat* status) const {
     if (fstat(fd, status) == -1)
-        XTHROW("fstat: %s", strerror(errno));
+        XTHROW_ERRNO("fstat");
 }
 
 FileTime DiskFile::get_mtime() const {
@@ -26,6 +22,19 @@ FileTime DiskFile::get_mtime() const {
 
 // ---- Streams ---------------------------------------------------------------------------------
 
+// The two seeks of both streams, over their position `pos`; no call where nothing would move.
+static s64 seek_to(const DiskFile& file, s64& pos, s64 target) {
+    if (target != pos)
+        pos = lseek(file.fd, target, SEEK_SET);
+    return pos;
+}
+
+static s64 seek_by(const DiskFile& file, s64& pos, s64 delta) {
+    if (delta != 0)
+        pos = lseek(file.fd, delta, SEEK_CUR);
+    return pos;
+}
+
 int FileInput::read(char* buf, int n) {
     const sword count = read_short(file.fd, buf, uword(n));
     pos += count;
@@ -33,15 +42,11 @@ int FileInput::read(char* buf, int n) {
 }
 
 s64 FileInput::seek_from_start(s64 target) {
-    if (target != pos)
-        pos = lseek(file.fd, target, SEEK_SET);
-    return pos;
+    return seek_to(file, pos, target);
 }
 
 s64 FileInput::seek_from_curpos(s64 delta) {
-    if (delta != 0)
-        pos = lseek(file.fd, delta, SEEK_CUR);
-    return pos;
+    return seek_by(file, pos, delta);
 }
 
 int FileOutput::write(const char* buf, int n) {
@@ -51,15 +56,11 @@ int FileOutput::write(const char* buf, int n) {
 }
 
 s64 FileOutput::seek_from_start(s64 target) {
-    if (target != pos)
-        pos = lseek(file.fd, target, SEEK_SET);
-    return pos;
+    return seek_to(file, pos, target);
 }
 
 s64 FileOutput::seek_from_curpos(s64 delta) {
-    if (delta != 0)
-        pos = lseek(file.fd, delta, SEEK_CUR);
-    return pos;
+    return seek_by(file, pos, delta);
 }
 
 // ---- A file that is written through a buffer -------------------------------------------------

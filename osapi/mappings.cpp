@@ -1,11 +1,8 @@
-#define XSOURCE "osapi-unix"
-
 #include "core/unwinding.h"
-#include "core/xception.h"
+#include "osapi/failure.h"
 #include "osapi/osapi.h"
 
 #include <cerrno>
-#include <cstring>
 #include <sys/mman.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -23,14 +20,14 @@ MemoryMapping::~MemoryMapping() noexcept(false) {
     data = nullptr;
     size = 0;
     if (result == -1 && !velmora::unwinding())
-        XTHROW("munmap: %s", strerror(errno));
+        XTHROW_ERRNO("munmap");
 }
 
 AnonMapping::AnonMapping(uword len, bool shared) {
     const int sharing = shared ? MAP_SHARED : MAP_PRIVATE;
     void* range = mmap(nullptr, len, PROT_READ | PROT_WRITE, sharing | MAP_ANONYMOUS, -1, 0);
     if (range == MAP_FAILED)
-        XTHROW("mmap(anonymous): %s", strerror(errno));
+        XTHROW_ERRNO("mmap(anonymous)");
     data = range;
     size = len;
 }
@@ -49,7 +46,7 @@ void FileMapping::map(fd_t fd, uword len, int flags) {
     if (range == MAP_FAILED) {
         data = nullptr;
         size = 0;
-        XTHROW("mmap(file): %s", strerror(errno));
+        XTHROW_ERRNO("mmap(file)");
     }
     data = range;
     size = len;
@@ -72,7 +69,7 @@ static uword copy_through_pipe(char* to, const char* from, uword n) {
         else if (errno == EFAULT)
             break;
         else if (errno != EINTR)
-            XTHROW("write: %s", strerror(errno));
+            XTHROW_ERRNO("write");
     }
     pipe.read_end.close();
     pipe.write_end.close();
@@ -94,7 +91,7 @@ uword copy_can_fail(void* to, const void* from, uword n) {
 
 LockMemory::LockMemory(void* addr, uword len) : addr(addr), len(len) {
     if (mlock(addr, len) == -1)
-        XTHROW("mlock: %s", strerror(errno));
+        XTHROW_ERRNO("mlock");
 }
 
 LockMemory::~LockMemory() {

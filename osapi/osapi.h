@@ -62,6 +62,12 @@ enum {
     OPEN_NOWAIT = 16 // adds O_NONBLOCK: opening a pipe or a device does not wait for the other end
 };
 
+// ---- Failures --------------------------------------------------------------------------------
+
+// The system's text for a value of errno, such as "No such file or directory". Valid until the
+// calling thread's next call.
+const char* error_text(int error);
+
 // ---- Names of paths --------------------------------------------------------------------------
 
 // These look at the text alone.

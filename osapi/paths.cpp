@@ -1,7 +1,5 @@
-#define XSOURCE "osapi-unix"
-
 #include "core/unwinding.h"
-#include "core/xception.h"
+#include "osapi/failure.h"
 #include "osapi/osapi.h"
 
 #include <cerrno>
@@ -70,14 +68,14 @@ bool file_exists(const char* path, int flags) {
 bool is_directory(const char* path) {
     struct stat status;
     if (stat(path, &status) == -1)
-        XTHROW("stat(%s): %s", path, strerror(errno));
+        XTHROW_ERRNO("stat(%s)", path);
     return S_ISDIR(status.st_mode);
 }
 
 u64 getsize(const char* path) {
     struct stat status;
     if (stat(path, &status) == -1)
-        XTHROW("stat: %s", strerror(errno));
+        XTHROW_ERRNO("stat");
     return u64(status.st_size);
 }
 
@@ -89,7 +87,7 @@ static FileStamp stamp_of(const struct stat& status) {
 FileStamp get_stamp(fd_t fd) {
     struct stat status;
     if (fstat(fd, &status) == -1)
-        XTHROW("fstat: %s", strerror(errno));
+        XTHROW_ERRNO("fstat");
     return stamp_of(status);
 }
 
@@ -106,14 +104,14 @@ FileTime get_mtime_ifexist(const char* path) {
     if (stat(path, &status) == 0)
         return status.st_mtime;
     if (errno != ENOENT)
-        XTHROW("stat(%s): %s", path, strerror(errno));
+        XTHROW_ERRNO("stat(%s)", path);
     return 0;
 }
 
 FileTime get_mtime(const char* path) {
     const FileTime time = get_mtime_ifexist(path);
     if (time == 0)
-        XTHROW("stat(%s): %s", path, strerror(errno));
+        XTHROW_ERRNO("stat(%s)", path);
     return time;
 }
 
@@ -121,12 +119,12 @@ FileTime get_mtime(const char* path) {
 
 void mkdir(const char* path) {
     if (::mkdir(path, 0777) == -1)
-        XTHROW("mkdir(%s): %s", path, strerror(errno));
+        XTHROW_ERRNO("mkdir(%s)", path);
 }
 
 void make_named_pipe(const char* path) {
     if (mknod(path, S_IFIFO | 0664, 0) == -1)
-        XTHROW("mknod(%s): %s", path, strerror(errno));
+        XTHROW_ERRNO("mknod(%s)", path);
 }
 
 void set_mtime(const char* path, FileTime t) {
@@ -134,22 +132,22 @@ void set_mtime(const char* path, FileTime t) {
     times.actime = t;
     times.modtime = t;
     if (utime(path, &times) == -1)
-        XTHROW("utime(%s): %s", path, strerror(errno));
+        XTHROW_ERRNO("utime(%s)", path);
 }
 
 void rm(const char* path) {
     if (unlink(path) == -1)
-        XTHROW("unlink(%s): %s", path, strerror(errno));
+        XTHROW_ERRNO("unlink(%s)", path);
 }
 
 void rm_ifexist(const char* path) {
     if (unlink(path) == -1 && errno != ENOENT)
-        XTHROW("unlink(%s): %s", path, strerror(errno));
+        XTHROW_ERRNO("unlink(%s)", path);
 }
 
 void rename(const char* from, const char* to) {
     if (::rename(from, to) == -1)
-        XTHROW("rename(%s,%s): %s", from, to, strerror(errno));
+        XTHROW_ERRNO("rename(%s,%s)", from, to);
 }
 
 Remover::~Remover() noexcept(false) {

@@ -1,12 +1,12 @@
 #define XSOURCE "osapi-unix"
 
 #include "core/xception.h"
+#include "osapi/failure.h"
 #include "osapi/osapi.h"
 
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,7 +21,7 @@ OSAPI_pid_t getpid() {
 OSAPI_pid_t fork() {
     const OSAPI_pid_t pid = ::fork();
     if (pid == -1)
-        XTHROW("fork: %s", strerror(errno));
+        XTHROW_ERRNO("fork");
     return pid;
 }
 
@@ -38,7 +38,7 @@ void exec(const char* file, const char* const* argv) {
         execvp(file, const_cast<char* const*>(argv));
     else
         execlp(file, file, static_cast<char*>(nullptr));
-    XTHROW("exec(%s): %s", file, strerror(errno));
+    XTHROW_ERRNO("exec(%s)", file);
 }
 
 int _kill(OSAPI_pid_t pid, int sig) {
@@ -47,7 +47,7 @@ int _kill(OSAPI_pid_t pid, int sig) {
 
 void kill(OSAPI_pid_t pid, int sig) {
     if (_kill(pid, sig) != 0)
-        XTHROW("kill(%d,%d): %s", pid, sig, strerror(errno));
+        XTHROW_ERRNO("kill(%d,%d)", pid, sig);
 }
 
 // ---- Waiting ---------------------------------------------------------------------------------
@@ -62,7 +62,7 @@ int _wait_until_dead(OSAPI_pid_t pid, OSAPI_pid_t* out, bool nohang) {
             if (errno == ECHILD)
                 return no_such_child;
             if (errno != EINTR)
-                XTHROW("waitpid: %s", strerror(errno));
+                XTHROW_ERRNO("waitpid");
         } else if (waited != pid) {
             if (waited == 0 && nohang)
                 return -1;

@@ -1,11 +1,7 @@
-#define XSOURCE "osapi-unix"
-
-#include "core/xception.h"
+#include "osapi/failure.h"
 #include "osapi/osapi.h"
 
-#include <cerrno>
 #include <csignal>
-#include <cstring>
 
 namespace OSAPI {
 
@@ -22,7 +18,7 @@ Signal::~Signal() {
 
 void Signal::install(const struct ::sigaction* action) {
     if (sigaction(signum, action, old_action) == -1)
-        XTHROW("sigaction(%d): %s", signum, strerror(errno));
+        XTHROW_ERRNO("sigaction(%d)", signum);
 }
 
 static struct ::sigaction action_of(int signum, void (*handler)(int), bool restart) {

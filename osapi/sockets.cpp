@@ -2,6 +2,7 @@
 
 #include "core/unwinding.h"
 #include "core/xception.h"
+#include "osapi/failure.h"
 #include "osapi/osapi.h"
 
 #include <arpa/inet.h>
@@ -24,9 +25,57 @@ String gethostname() {
     static char cached[256];
     if (!cached[0] && ::gethostname(cached, sizeof cached) == -1) {
         cached[0] = 0;
-        XTHROW("gethostname: %s", strerror(errno));
+        XTHROW_ERRNO("gethostname");
     }
     return cached;
+}
+
+// ---- What both server sockets do -------------------------------------------------------------
+
+// These fail in the name of their caller, whose signature is `function`.
+
+static fd_t new_socket(int domain, int protocol, const char* function) {
+    const fd_t fd = socket(domain, SOCK_STREAM, protocol);
+    if (fd == -1)
+        throw_errno(function, __LINE__, "socket");
+    return fd;
+}
+
+template <class Address>
+static const sockaddr* general(const Address& address) {
+    return reinterpret_cast<const sockaddr*>(&address);
+}
+
+template <class Address>
+static void listen_at(fd_t fd, const Address& address, const char* function) {
+    if (bind(fd, general(address), sizeof address) == -1)
+        throw_errno(function, __LINE__, "bind");
+    if (listen(fd, backlog) == -1)
+        throw_errno(function, __LINE__, "listen");
+    close_on_exec(fd);
+}
+
+// Marks a new connection close-on-exec, or closes it again.
+static fd_t marked(fd_t connection) {
+    FileDescriptor owner(connection);
+    close_on_exec(owner.fd);
+    owner.fd = -1;
+    return connection;
+}
+
+template <class Address>
+static fd_t accept_from(fd_t fd, bool interruptible, const char* function) {
+    for (;;) {
+        Address peer;
+        socklen_t size = sizeof peer;
+        const fd_t connection = ::accept(fd, reinterpret_cast<sockaddr*>(&peer), &size);
+        if (connection != -1)
+            return marked(connection);
+        if (errno != EINTR)
+            throw_errno(function, __LINE__, "accept");
+        if (interruptible)
+            return -1;
+    }
 }
 
 // ---- Connections -----------------------------------------------------------------------------
@@ -39,10 +88,6 @@ static sockaddr_in ipv4_address(in_addr host, int port) {
     return address;
 }
 
-static const sockaddr* general(const sockaddr_in& address) {
-    return reinterpret_cast<const sockaddr*>(&address);
-}
-
 fd_t connect_tcp(const char* host, int port) {
     XASSERT(port > 0 && port <= 65535);
     const hostent* const h = gethostbyname(host);
@@ -50,23 +95,13 @@ fd_t connect_tcp(const char* host, int port) {
         XTHROW("gethostbyname(\"%s\"): %s", host, hstrerror(h_errno));
     XASSERT(h->h_addrtype == AF_INET);
 
-    const fd_t fd = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
-    if (fd == -1)
-        XTHROW("socket: %s", strerror(errno));
+    const fd_t fd = new_socket(AF_INET, IPPROTO_TCP, __PRETTY_FUNCTION__);
     in_addr first;
     memcpy(&first, h->h_addr_list[0], sizeof first);
     const sockaddr_in address = ipv4_address(first, port);
     if (connect(fd, general(address), sizeof address) == -1)
-        XTHROW("connect(\"%s:%d\"): %s", host, port, strerror(errno)); // and `fd` stays open
+        XTHROW_ERRNO("connect(\"%s:%d\")", host, port); // and `fd` stays open
     return fd;
-}
-
-// A new connection, marked close-on-exec or closed again.
-static fd_t marked(fd_t connection) {
-    FileDescriptor owner(connection);
-    close_on_exec(owner.fd);
-    owner.fd = -1;
-    return connection;
 }
 
 // ---- UNIXServerSocket ------------------------------------------------------------------------
@@ -77,46 +112,25 @@ UNIXServerSocket::UNIXServerSocket(const char* path) : UNIXServerSocket() {
 }
 
 UNIXServerSocket::~UNIXServerSocket() noexcept(false) {
-    try {
-        close();
-    } catch (...) {
-        if (!velmora::unwinding())
-            throw;
-    }
+    velmora::release_in_destructor([this] { close(); });
 }
 
 void UNIXServerSocket::open(const char* mypath) {
     sockaddr_un addr = {};
     XASSERT(mypath[0] != 0);
     close();
-    fd = socket(AF_UNIX, SOCK_STREAM, 0);
-    if (fd == -1)
-        XTHROW("socket: %s", strerror(errno));
+    fd = new_socket(AF_UNIX, 0, __PRETTY_FUNCTION__);
     XASSERT_AT(strlen(mypath) < sizeof(addr.sun_path) - 1,
                "strlen(mypath) < sizeof(addr.sun_path)-1", __PRETTY_FUNCTION__, __LINE__);
 
     addr.sun_family = AF_UNIX;
     strcpy(addr.sun_path, mypath);
-    if (bind(fd, reinterpret_cast<const sockaddr*>(&addr), sizeof addr) == -1)
-        XTHROW("bind: %s", strerror(errno));
-    if (listen(fd, backlog) == -1)
-        XTHROW("listen: %s", strerror(errno));
-    close_on_exec(fd);
+    listen_at(fd, addr, __PRETTY_FUNCTION__);
     path = mypath;
 }
 
 fd_t UNIXServerSocket::accept(bool interruptible) {
-    for (;;) {
-        sockaddr_un peer;
-        socklen_t size = sizeof peer;
-        const fd_t connection = ::accept(fd, reinterpret_cast<sockaddr*>(&peer), &size);
-        if (connection != -1)
-            return marked(connection);
-        if (errno != EINTR)
-            XTHROW("accept: %s", strerror(errno));
-        if (interruptible)
-            return -1;
-    }
+    return accept_from<sockaddr_un>(fd, interruptible, __PRETTY_FUNCTION__);
 }
 
 // Without a path, which open stores last, there is nothing to remove: another process may be
@@ -145,44 +159,22 @@ TCPServerSocket::TCPServerSocket(int port) : TCPServerSocket() {
 }
 
 TCPServerSocket::~TCPServerSocket() noexcept(false) {
-    try {
-        close();
-    } catch (...) {
-        if (!velmora::unwinding())
-            throw;
-    }
+    velmora::release_in_destructor([this] { close(); });
 }
 
 void TCPServerSocket::open(int port) {
     XASSERT(port > 0 && port <= 65535);
     close();
-    fd = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
-    if (fd == -1)
-        XTHROW("socket: %s", strerror(errno));
+    fd = new_socket(AF_INET, IPPROTO_TCP, __PRETTY_FUNCTION__);
     const int on = 1;
     if (setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on) == -1)
-        XTHROW("setsockopt(SO_REUSEADDR): %s", strerror(errno));
+        XTHROW_ERRNO("setsockopt(SO_REUSEADDR)");
 
-    const sockaddr_in address = ipv4_address({htonl(INADDR_ANY)}, port);
-    if (bind(fd, general(address), sizeof address) == -1)
-        XTHROW("bind: %s", strerror(errno));
-    if (listen(fd, backlog) == -1)
-        XTHROW("listen: %s", strerror(errno));
-    close_on_exec(fd);
+    listen_at(fd, ipv4_address({htonl(INADDR_ANY)}, port), __PRETTY_FUNCTION__);
 }
 
 fd_t TCPServerSocket::accept(bool interruptible) {
-    for (;;) {
-        sockaddr_in peer;
-        socklen_t size = sizeof peer;
-        const fd_t connection = ::accept(fd, reinterpret_cast<sockaddr*>(&peer), &size);
-        if (connection != -1)
-            return marked(connection);
-        if (errno != EINTR)
-            XTHROW("accept: %s", strerror(errno));
-        if (interruptible)
-            return -1;
-    }
+    return accept_from<sockaddr_in>(fd, interruptible, __PRETTY_FUNCTION__);
 }
 
 void TCPServerSocket::close() {

@@ -3,6 +3,7 @@
 #include "osapi/temporary_file.h"
 
 #include "core/xception.h"
+#include "osapi/failure.h"
 
 #include <cerrno>
 #include <cstring>
@@ -46,7 +47,7 @@ std::string temporary_name_of(const std::string& path) {
 std::string obstacle_to_temporary_of(const std::string& path) {
     struct stat status;
     if (lstat(temporary_name_of(path).c_str(), &status) == -1)
-        return errno == ENOENT || errno == ENOTDIR ? "" : strerror(errno);
+        return errno == ENOENT || errno == ENOTDIR ? "" : OSAPI::error_text(errno);
     const char* const kind = foreign_kind(status);
     return kind ? kind : "";
 }
@@ -66,7 +67,7 @@ static Lock lock(OSAPI::fd_t fd) {
         if (errno == ENOLCK || errno == ENOSYS || errno == EOPNOTSUPP)
             return Lock::unsupported;
         if (errno != EINTR)
-            XTHROW("flock: %s", strerror(errno));
+            XTHROW_ERRNO("flock");
     }
     return Lock::ours;
 }
@@ -86,7 +87,7 @@ TemporaryFile::TemporaryFile(const std::string& path, mode_t mode) : TemporaryFi
     }
     writing = fcntl(locked, F_DUPFD_CLOEXEC, 0);
     if (writing == -1)
-        XTHROW("fcntl: %s", strerror(errno));
+        XTHROW_ERRNO("fcntl");
 }
 
 // False when there is a file of that name, or there was until a moment ago.
@@ -95,12 +96,13 @@ bool TemporaryFile::create(mode_t mode) {
     if (locked == -1) {
         if (errno == EEXIST)
             return false;
-        refuse(name, strerror(errno));
+        refuse(name, OSAPI::error_text(errno));
     }
     if (fstat(locked, &identity) == -1) {
         const int error = errno;
         unlink(name.c_str());
-        XTHROW("fstat: %s", strerror(error));
+        errno = error;
+        XTHROW_ERRNO("fstat");
     }
     held = true;
     // Another may have taken the new file for one that was left, before it was locked.
@@ -155,7 +157,7 @@ void TemporaryFile::remove_leftover() const {
     if (found.fd == -1) {
         if (errno == ENOENT || errno == ELOOP || errno == ENXIO)
             return;
-        refuse(name, strerror(errno));
+        refuse(name, OSAPI::error_text(errno));
     }
     switch (lock(found.fd)) {
     case Lock::anothers:
@@ -167,7 +169,7 @@ void TemporaryFile::remove_leftover() const {
     }
     struct stat status;
     if (fstat(found.fd, &status) == -1)
-        XTHROW("fstat: %s", strerror(errno));
+        XTHROW_ERRNO("fstat");
     if (is_name_of(name, status) && !foreign_kind(status))
         OSAPI::rm_ifexist(name.c_str());
 }

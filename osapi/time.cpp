@@ -1,10 +1,6 @@
-#define XSOURCE "osapi-unix"
-
-#include "core/xception.h"
+#include "osapi/failure.h"
 #include "osapi/osapi.h"
 
-#include <cerrno>
-#include <cstring>
 #include <ctime>
 #include <sched.h>
 #include <unistd.h>
@@ -35,7 +31,7 @@ Date get_date() {
     tm local;
     tzset();
     if (now == -1 || !localtime_r(&now, &local))
-        XTHROW("time(): %s", strerror(errno));
+        XTHROW_ERRNO("time()");
     return {local.tm_year + 1900, local.tm_mon + 1, local.tm_mday};
 }
 

@@ -1,12 +1,9 @@
-#define XSOURCE "osapi-unix"
-
 #include "osapi/whole_file.h"
 
-#include "core/xception.h"
+#include "osapi/failure.h"
 #include "osapi/temporary_file.h"
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <optional>
 #include <unistd.h>
@@ -23,7 +20,7 @@ static std::optional<mode_t> mode_to_keep(const char* path) {
         return S_ISREG(status.st_mode) ? std::make_optional(status.st_mode & permissions)
                                        : std::nullopt;
     if (errno != ENOENT && errno != ENOTDIR)
-        XTHROW("lstat(%s): %s", path, strerror(errno));
+        XTHROW_ERRNO("lstat(%s)", path);
     return std::nullopt;
 }
 
@@ -38,7 +35,7 @@ public:
         const std::string name = slash == std::string::npos ? "." : path.substr(0, slash + 1);
         fd = open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         if (fd == -1 && errno != EACCES)
-            XTHROW("opening folder \"%s\": %s", name.c_str(), strerror(errno));
+            XTHROW_ERRNO("opening folder \"%s\"", name.c_str());
     }
     Folder(const Folder&) = delete;
     Folder& operator=(const Folder&) = delete;
@@ -50,7 +47,7 @@ public:
     // Not every file system can do that for a folder; EINVAL is how it says so.
     void sync() const {
         if (fd != -1 && fsync(fd) == -1 && errno != EINVAL)
-            XTHROW("fsync: %s", strerror(errno));
+            XTHROW_ERRNO("fsync");
     }
 
 private:
@@ -66,7 +63,7 @@ void write_whole_file(const char* path, const std::function<void(OSAPI::fd_t)>& 
     const Folder folder(path);
     write_bytes(file.fd());
     if (kept && fchmod(file.fd(), *kept) == -1)
-        XTHROW("fchmod: %s", strerror(errno));
+        XTHROW_ERRNO("fchmod");
     OSAPI::sync(file.fd());
     file.close();
     file.rename();
