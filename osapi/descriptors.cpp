@@ -134,6 +134,14 @@ sword read_short(int fd, char* buf, uword n) {
     }
 }
 
+sword read_can_fail(fd_t fd, char* buf, uword n) {
+    ssize_t count;
+    do
+        count = ::read(fd, buf, n);
+    while (count == -1 && errno == EINTR);
+    return count;
+}
+
 sword write(int fd, const char* buf, uword n) {
     uword written = 0;
     while (written < n) {
@@ -156,6 +164,25 @@ sword pwrite(int fd, const char* buf, uword n, u64 offset) {
             XTHROW_ERRNO("write");
     }
     return sword(written);
+}
+
+// After a write that failed: whether to try again, once a non-blocking pipe has room.
+static bool can_go_on_writing(fd_t fd) {
+    pollfd waiting = {fd, POLLOUT, 0};
+    return errno == EINTR || (errno == EAGAIN && (::poll(&waiting, 1, -1) == 1 || errno == EINTR));
+}
+
+bool write_can_fail(fd_t fd, const char* buf, uword n) {
+    while (n > 0) {
+        const ssize_t count = ::write(fd, buf, n);
+        if (count >= 0) {
+            buf += count;
+            n -= uword(count);
+        } else if (!can_go_on_writing(fd)) {
+            return false;
+        }
+    }
+    return true;
 }
 
 s64 lseek(fd_t fd, s64 offset, int whence) {

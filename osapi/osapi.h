@@ -1,29 +1,37 @@
 // The door to the operating system.
 //
-//     Types, Open modes
+//     Types                              OSAPI_pid_t, fd_t, FileTime, pollfd
+//     Open modes                         OPEN_READ, OPEN_WRITE, OPEN_DIRECT, OPEN_EXCL, OPEN_NOWAIT
+//     Failures                           error_text
 //     Names of paths                     basename, dirname, extension
-//     Time                               microsecs, sleep, pause, yield, get_date
-//     Descriptors                        open, read, write, lseek, …, FileDescriptor, Pipe, poll
-//     Files and folders by path          file_exists, mkdir, get_mtime, rm, get_stamp, …, Remover
+//     Time                               Date, microsecs, sleep, pause, yield, get_date
+//     Descriptors                        open, close, dup, read, write, lseek, sync, poll, …,
+//                                        FileDescriptor, Pipe
+//     Files and folders by path          file_exists, mkdir, get_mtime, rm, rename, get_stamp, …,
+//                                        FileStamp, Remover
 //     The working directory, listings    chdir, getcwd, ScopedChdir, lsdir, Glob
 //     Open files and streams over them   DiskFile, FileInput, FileOutput, BufferedFileOutput
 //     Files that appear whole            AtomicFileWrite
-//     Memory mappings                    AnonMapping, FileMapping, copy_can_fail, LockMemory,
-//                                        large pages
-//     Processes                          fork, exec, kill, wait_until_dead, ChildProcess
-//     Signals                            SignalIgnore, SignalDefault, SignalHandler
+//     Memory mappings                    get_page_size, MemoryMapping, AnonMapping, FileMapping,
+//                                        copy_can_fail, LockMemory, gather_into_large_pages
+//     Processes                          getpid, fork, exit, exec, kill, wait_until_dead, …,
+//                                        ChildEnd, running_as_root, stdin_is_console, …,
+//                                        ChildProcess
+//     Signals                            Signal, SignalIgnore, SignalDefault, SignalHandler
 //     Sockets                            gethostname, connect_tcp, UNIXServerSocket,
-//     TCPServerSocket Diagnostics and stdio              Profiler, print_statistics, ScopedFILE
+//                                        TCPServerSocket
+//     Diagnostics and stdio              Profiler, print_statistics, ScopedFILE
 //
 // Errors:    every failing system call throws StrXception with the call's name, its argument where
-//            it has one, and strerror(errno). What may fail without throwing says so in its name
+//            it has one, and error_text(errno). What may fail without throwing says so in its name
 //            (…_can_fail, …_ifexist, a leading underscore) or below.
 // Ownership: objects release what they hold in their destructors and cannot be copied. A destructor
-//            whose release fails throws where it is marked so, but for one that runs because of
-//            another exception: that one stays the failure to report.
-// Threads:   as safe as the system calls beneath, but for what keeps something for the whole
-//            process and says so; objects are not shared between threads.
-// Source:    one per noun; this header is the whole of it in one piece, and longer for that.
+//            marked noexcept(false) throws when the release fails, except during unwinding: the
+//            exception that is propagating stays the failure to report.
+// Threads:   as safe as the system calls themselves, except for what is kept for the whole process
+//            and says so; objects are not shared between threads.
+// Source:    one per noun. This header exceeds the usual length so that the whole layer is declared
+//            in one place.
 #pragma once
 
 #include "core/array.h"
@@ -34,7 +42,7 @@
 #include <cstdio>
 #include <sys/time.h>
 
-// The system's, for those who include its headers.
+// Declared by the system's own headers, <poll.h>, <csignal> and <sys/stat.h>.
 struct pollfd;
 struct sigaction;
 struct stat;
@@ -48,7 +56,7 @@ namespace OSAPI {
 using ::OSAPI_pid_t;
 using ::pollfd;
 
-typedef s32 fd_t;     // a POSIX descriptor; -1 means none
+typedef s32 fd_t;     // a POSIX descriptor; -1 is none
 typedef s64 FileTime; // seconds since 1970 began, UTC
 
 // ---- Open modes ------------------------------------------------------------------------------
@@ -70,12 +78,12 @@ const char* error_text(int error);
 
 // ---- Names of paths --------------------------------------------------------------------------
 
-// These look at the text alone.
+// These examine the text alone, not the file system.
 
-// What stands behind the last slash, which is nothing when the path ends in one.
+// The text after the last slash: empty when the path ends in one, the whole path without one.
 //
-// <libgen.h>, included before this or after it, makes `basename` a macro for another function's name.
-// That name leads to this function too, so OSAPI::basename means the same either way.
+// <libgen.h>, included before this or after it, makes `basename` a macro for another function's
+// name. A function of that name forwards to this one, so OSAPI::basename means the same either way.
 #pragma push_macro("basename")
 #undef basename
 String basename(const char* path);
@@ -84,13 +92,14 @@ inline String __xpg_basename(const char* path) {
 }
 #pragma pop_macro("basename")
 
-// What stands before the last slash: "a" for "a/b" and "/" for "/a", but "a/b" for "a/b/", whose
-// last slash is not dropped first. "." without a slash, and nothing of nothing.
+// The text before the last slash: "a" for "a/b" and "/" for "/a", but "a/b" for "a/b/", as a
+// trailing slash is not dropped first. "." without a slash, empty for an empty path.
 String dirname(const char* path);
 
-// What follows the last dot, wherever that is: "d/file" for "dir.d/file". A path that ends in
-// ".inprogress" (upper or lower case, in any locale) gives the extension before that, but only if
-// it is longer than 14 characters: "ab.c.inprogress" gives "c", "a.b.inprogress" "inprogress".
+// The text after the last dot, even one in a folder's name: "d/file" for "dir.d/file". Empty
+// without a dot. A path longer than 14 characters that ends in ".inprogress" (upper or lower case,
+// in any locale) gives the extension before that: "ab.c.inprogress" gives "c", but
+// "a.b.inprogress", which has 14, "inprogress".
 String extension(const char* path);
 
 // ---- Time ------------------------------------------------------------------------------------
@@ -104,16 +113,16 @@ struct Date {
 // Microseconds since 1970 began, by the system's clock, which may be set.
 u64 microsecs();
 
-// Waits; a signal ends that early. Gives the seconds that were left.
+// Waits, until a signal if one arrives. Returns the seconds that were left.
 unsigned sleep(unsigned seconds);
 
 // Waits for a signal whose handler returns.
 void pause();
 
-// Lets others run.
+// Lets other threads run.
 void yield();
 
-// Today, where the machine's clock says it stands. Throws "time(): …".
+// Today's date in local time. Throws "time(): …".
 Date get_date();
 
 // ---- Descriptors -----------------------------------------------------------------------------
@@ -128,59 +137,67 @@ fd_t open_can_fail(const char* path, int flags);
 // As open_can_fail, but throws `opening file "path": …`.
 fd_t open(const char* path, int flags);
 
-// With `blocking` false, calls on `fd` no longer wait. With `blocking` true the mode is turned
-// over, not set: a descriptor that waits already stops waiting. Call that only for one that is
-// known not to wait. Throws "fcntl: …".
+// With `blocking` false, sets O_NONBLOCK: calls on `fd` no longer wait. With `blocking` true,
+// O_NONBLOCK is toggled, not cleared: a blocking descriptor becomes non-blocking, so call that only
+// for one that is known to be non-blocking. Throws "fcntl: …".
 void set_blocking(fd_t fd, bool blocking);
 
-// A second descriptor for what `fd` stands for; not close-on-exec. Throws "dup: …".
+// A second descriptor of the same open file; not close-on-exec. Throws "dup: …".
 fd_t dup(fd_t fd);
 
-// Makes `to` stand for what `from` does, closing it first; not close-on-exec. Nothing happens when
-// they are the same, open or not. Throws "dup2: …".
+// Makes `to`, closed first if it is open, a descriptor of the open file of `from`; not
+// close-on-exec. Does nothing when both are the same number, open or not. Throws "dup2: …".
 void dup2(fd_t from, fd_t to);
 
 // Throws "close: …".
 void close(fd_t fd);
 
-// Reads exactly `n` bytes, and returns `n`; makes no call for none. Retries at once on EINTR and
-// EAGAIN, so it keeps the processor busy on a descriptor that does not wait. Throws "read: …", and
-// "unexpected EOF" at an end before that, when what was there has been read.
+// Reads exactly `n` bytes and returns `n`; makes no call when `n` is 0. Retries at once on EINTR
+// and EAGAIN, so on a non-blocking descriptor it waits busily. Throws "read: …", and "unexpected
+// EOF" when the file ends before that; the bytes before its end have then been read.
 sword read(int fd, char* buf, uword n);
 sword pread(int fd, char* buf, uword n, u64 offset);
 
-// Reads once, up to `n` bytes; returns how many, 0 at the end and also where nothing is there yet
-// on a descriptor that does not wait. Retries on EINTR. Throws "read: …".
+// Reads once, up to `n` bytes; returns how many: 0 at the end, and also when a non-blocking
+// descriptor has none yet. Retries on EINTR. Throws "read: …".
 sword read_short(int fd, char* buf, uword n);
 
-// Writes all `n` bytes and returns `n`; makes no call for none. Retries at once on EINTR and EAGAIN,
-// as read does, and also when the system takes no byte. Throws "write: …".
+// As read_short, but -1 with errno set when the system refuses, EAGAIN among the reasons: 0 is the
+// end and nothing else.
+sword read_can_fail(fd_t fd, char* buf, uword n);
+
+// Writes all `n` bytes and returns `n`; makes no call when `n` is 0. Retries at once on EINTR and
+// EAGAIN, as read does, and also when the system takes no byte. Throws "write: …".
 sword write(int fd, const char* buf, uword n);
 sword pwrite(int fd, const char* buf, uword n, u64 offset);
 
-// Moves where the descriptor stands; returns where that is, from the start. Throws "lseek: …".
+// Writes all `n` bytes, waiting without a busy loop when the reader of a non-blocking pipe is slow;
+// false with errno set when the system refuses. Allocates nothing.
+bool write_can_fail(fd_t fd, const char* buf, uword n);
+
+// Moves the file position; returns the new one, counted from the start. Throws "lseek: …".
 s64 lseek(fd_t fd, s64 offset, int whence);
 
 // The size in bytes of the open file. Throws "fstat: …".
 u64 getsize(fd_t fd);
 
-// The same of the file at `path`. Throws "stat: …", which does not name it.
+// The size in bytes of the file at `path`. Throws "stat: …", which does not name the file.
 u64 getsize(const char* path);
 
 // Cuts the file, or lengthens it with zeros, to `length` bytes. Throws "ftruncate: …".
 void truncate(fd_t fd, s64 length);
 
-// Wait until the file's bytes are on the medium, datasync without waiting for its times. Throw
-// "fsync: …", "fdatasync: …".
+// Wait until the file's bytes are on the storage device; datasync does not wait for its timestamps.
+// Throw "fsync: …", "fdatasync: …".
 void sync(fd_t fd);
 void datasync(fd_t fd);
 
-// Sends everything to the media, for the whole system.
+// Starts writing every modified file of the whole system to storage.
 void sync();
 
-// Waits until one of `n` descriptors is ready, for `timeout_ms` milliseconds or, below 0, for ever.
-// Returns how many are ready. A signal makes it return -1 when `interruptible`, and start over with
-// the whole time otherwise. Throws "poll: …".
+// Waits until one of `n` descriptors is ready, at most `timeout_ms` milliseconds; a negative
+// timeout is no limit. Returns how many are ready. On a signal it returns -1 when `interruptible`,
+// and otherwise starts over with the full timeout. Throws "poll: …".
 int poll(pollfd* fds, unsigned n, int timeout_ms, bool interruptible);
 
 // One owned descriptor.
@@ -196,65 +213,66 @@ public:
 
     bool is_open() const { return fd != -1; }
 
-    // Takes `opened` over; asserts "!is_open()".
+    // Takes ownership of `opened`; asserts "!is_open()".
     void init(fd_t opened);
 
-    // Closes if open; closed afterwards, also when "close: …" is thrown.
+    // Closes if open; the object is closed afterwards even when "close: …" is thrown.
     void close();
 
-    // The system's ioctl, and its result. Throws "ioctl: …".
+    // Calls the system's ioctl and returns its result. Throws "ioctl: …".
     int ioctl(int request, char* arg);
 };
 
-// The two ends of a pipe; closed at first.
+// The two ends of a pipe; both closed at first.
 class Pipe {
 public:
     FileDescriptor read_end;
     FileDescriptor write_end;
 
-    // Asserts "!is_open()" for both ends. Neither is close-on-exec: a program that is started holds
-    // them too. Throws "pipe: …".
+    // Asserts "!is_open()" for both ends. Neither is close-on-exec: programs started later inherit
+    // them. Throws "pipe: …".
     void open();
 };
 
 // ---- Files and folders by path ---------------------------------------------------------------
 
-// Whether `path` may be read, written (by `flags`) or, with neither, is there. Never throws.
+// Whether `path` may be read, written (OPEN_READ, OPEN_WRITE in `flags`) or, with neither, exists.
+// Never throws.
 bool file_exists(const char* path, int flags);
 
-// Throws "stat(path): …", for a missing path too.
+// Throws "stat(path): …", also for a missing path.
 bool is_directory(const char* path);
 
-// Mode 0777, less the process's mask. Throws "mkdir(path): …".
+// Mode 0777 less the process's umask. Throws "mkdir(path): …".
 void mkdir(const char* path);
 
-// Mode 0664, less the process's mask. Throws "mknod(path): …".
+// Mode 0664 less the process's umask. Throws "mknod(path): …".
 void make_named_pipe(const char* path);
 
-// When the file was last modified; 0 when it is not there. Throws "stat(path): …".
+// The time of the file's last modification; 0 when there is no such file. Throws "stat(path): …".
 FileTime get_mtime_ifexist(const char* path);
 
-// The same, but throws "stat(path): …" when the file is not there, and also when its time is
-// exactly 0: the reason is then whatever errno happens to hold.
+// As get_mtime_ifexist, but throws "stat(path): …" also when there is no such file. A time of
+// exactly 0 throws too; the reason is then whatever errno happens to hold.
 FileTime get_mtime(const char* path);
 
-// Sets the times of last modification and of last access. Throws "utime(path): …".
+// Sets the times of the last modification and the last access. Throws "utime(path): …".
 void set_mtime(const char* path, FileTime t);
 
-// Remove a file, rm_ifexist also one that is not there. Throw "unlink(path): …".
+// Remove a file; rm_ifexist accepts that there is none. Throw "unlink(path): …".
 void rm(const char* path);
 void rm_ifexist(const char* path);
 
 // Throws "rename(from,to): …".
 void rename(const char* from, const char* to);
 
-// Which file it is, and its contents as far as size and time identify them.
+// The identity of a file, and of its contents as far as size and time identify them.
 struct FileStamp {
     u64 device, inode; // together they name one file
     u64 size;          // bytes
     s64 seconds;       // of the last modification, since 1970 began, UTC
     s64 nanoseconds;   // of that second
-    bool is_regular;   // neither a folder nor a pipe, device or socket
+    bool is_regular;   // not a folder, pipe, device or socket
 
     bool is_same_file(const FileStamp& other) const {
         return device == other.device && inode == other.inode;
@@ -269,11 +287,11 @@ struct FileStamp {
 // Throws "fstat: …".
 FileStamp get_stamp(fd_t fd);
 
-// The same of the file at `path`; false with errno set, and `stamp` unchanged, when the system
+// The stamp of the file at `path`; false with errno set, and `stamp` unchanged, when the system
 // refuses.
 bool get_stamp_can_fail(const char* path, FileStamp& stamp);
 
-// Removes a file, if it is there, when it goes itself.
+// Removes a file, if it exists, in its destructor.
 class Remover {
 public:
     String path;
@@ -287,41 +305,40 @@ public:
 
 // ---- The working directory, listings ---------------------------------------------------------
 
-// Makes no call for ".". Throws "chdir(path): …".
+// Does nothing for ".". Throws "chdir(path): …".
 void chdir(const char* path);
 
 // Throws "getcwd: …".
 String getcwd();
 
-// Another working directory while it lives, for the whole process.
+// Changes the working directory, which is the whole process's, for its own lifetime.
 class ScopedChdir {
 public:
     String previous;
     bool changed;
 
-    // Nothing changes for an empty `dir`. Throws as getcwd and chdir do.
+    // An empty `dir` changes nothing. Throws as getcwd and chdir do.
     explicit ScopedChdir(const char* dir);
     ScopedChdir(const ScopedChdir&) = delete;
     ScopedChdir& operator=(const ScopedChdir&) = delete;
-    ~ScopedChdir() noexcept(false); // throws as chdir does, if the way back is gone
+    ~ScopedChdir() noexcept(false); // throws as chdir does when `previous` is gone
 };
 
-// Adds the names of a folder's entries to what `out` holds, "." and ".." among them, in the order
-// in which the system has them. Throws `opendir("path"): …`, `readdir("path"): …`,
-// `closedir("path"): …`.
+// Appends the names of a folder's entries to `out`, "." and ".." among them, in the system's order.
+// Throws `opendir("path"): …`, `readdir("path"): …`, `closedir("path"): …`.
 void lsdir(const char* path, Array<String>& out);
 
 // The paths that a shell pattern matches, sorted.
 class Glob {
 public:
-    // Finding none is no failure. Throws "glob(pattern): code" with the system's code.
+    // No match is not a failure. Throws "glob(pattern): code" with the code that glob returned.
     explicit Glob(const char* pattern);
     Glob(const Glob&) = delete;
     Glob& operator=(const Glob&) = delete;
     ~Glob();
 
-    // The next path, which lives as long as this; null behind the last. It must not be asked again
-    // after that null, unless nothing matched at all.
+    // The next path, valid while this object lives; null after the last. REQUIRES: it has not
+    // returned null yet, unless nothing matched at all.
     const char* next();
 
 private:
@@ -341,13 +358,13 @@ public:
     FileTime get_mtime() const;
 };
 
-// Streams of a file, which must outlive them. Their position counts from 0 where the descriptor
-// stood when they were made, until they seek; then it is that of the file. Who moves the descriptor
-// otherwise makes it wrong.
+// Streams over a file, which must outlive them.
 //
-// Reading throws as read_short does, and gives 0 where nothing is there yet; writing throws as
-// write does and takes everything; seeking throws as lseek does, and makes no call when it leads
-// nowhere.
+// Position:  counts from 0 at the file position when the stream was made; after a seek it is the
+//            file position. Moving the descriptor by other means invalidates it.
+// Errors:    reading throws as read_short does, and returns 0 when a non-blocking descriptor has no
+//            bytes yet; writing throws as write does, and writes everything; seeking throws as
+//            lseek does, and makes no call when the position would not change.
 class FileInput : public Input {
 public:
     explicit FileInput(DiskFile& file) : pos(0), file(file) {}
@@ -390,14 +407,14 @@ public:
     BufferedOutput buffered;
     bool close_when_done;
 
-    // Writes from where `fd` stands. `fd` is closed in the end, also by a constructor that throws,
-    // when `close_when_done`.
+    // Writes from the current position of `fd`. With `close_when_done`, this object owns `fd` and
+    // closes it, even when the constructor throws.
     BufferedFileOutput(fd_t fd, int bufsize, bool close_when_done);
     BufferedFileOutput(const BufferedFileOutput&) = delete;
     BufferedFileOutput& operator=(const BufferedFileOutput&) = delete;
 
-    // Flushes and closes; throws as those do. When it cannot flush, the descriptor is closed in any
-    // case, `close_when_done` or not: half a file is nobody's to go on with.
+    // Flushes, then closes if `close_when_done`; throws as those do. When the flush fails, the
+    // descriptor is closed in any case: the file is incomplete, and must not be written further.
     ~BufferedFileOutput() noexcept(false);
 };
 
@@ -419,12 +436,12 @@ public:
     // Aborts a write that is not done; may throw as rm_ifexist does.
     ~AtomicFileWrite() noexcept(false);
 
-    // A write of `path`, owned by the caller, or null with errno set when another writer's
-    // temporary file is there or it cannot be made. Throws std::bad_alloc, and leaves no file.
+    // Starts a write of `path`, owned by the caller; null with errno set when another writer's
+    // temporary file exists (EEXIST) or it cannot be created. On std::bad_alloc no file is left.
     static AtomicFileWrite* exclusive(const char* path);
 
-    void complete();        // sync, then complete_nosync
-    void complete_nosync(); // renames
+    void complete();        // syncs the file to storage, then complete_nosync
+    void complete_nosync(); // renames the temporary file
     void abort();           // removes the temporary file
 
 private:
@@ -436,7 +453,7 @@ private:
 // System page size in bytes.
 int get_page_size();
 
-// A mapped range; unmaps it in its destructor, which throws "munmap: …".
+// An owned mapped range. The destructor unmaps it, and throws "munmap: …".
 class MemoryMapping {
 public:
     void* data; // null when nothing is mapped
@@ -457,30 +474,29 @@ public:
     AnonMapping(uword len, bool shared);
 };
 
-// The first bytes of a file, shared with it: changes that others make show through. `flags` & 3 is
-// the protection. The descriptor may be closed once the mapping stands.
+// The first `len` bytes of a file, shared: changes that others make to the file are visible.
+// `flags` & 3 is the protection. The descriptor may be closed once the mapping is made.
 class FileMapping : public MemoryMapping {
 public:
     FileMapping(fd_t fd, uword len, int flags);
 
-    // Maps the whole file. Throws as open, getsize, map and close do; an empty file cannot be
-    // mapped ("mmap(file): Invalid argument"), and OPEN_WRITE empties it first.
+    // Maps the whole file. Throws as open, getsize, map and close do. An empty file cannot be
+    // mapped: "mmap(file): Invalid argument"; nor with OPEN_WRITE any other, which it truncates.
     FileMapping(const char* path, int flags);
 
-    // For an object that maps nothing yet, and that still maps nothing when "mmap(file): …" is
-    // thrown.
+    // REQUIRES: nothing is mapped yet. When "mmap(file): …" is thrown, nothing is mapped still.
     void map(fd_t fd, uword len, int flags);
 };
 
-// Copies `n` bytes from memory that may be lost at any moment, as a mapping's pages are when somebody
-// shortens the file. Reading them directly would end the process with SIGBUS; a system call that
-// meets a lost page only fails. Returns how many bytes were copied: fewer than `n` where memory is
-// lost, and then up to a page short of it. Needs no privilege: where process_vm_readv is forbidden, as in some sandboxes, the bytes go
-// through a pipe, at about twice the time. Throws "pipe: …", "fcntl: …", "write: …", "read: …" and
-// "close: …", all of the pipe.
+// Copies `n` bytes from memory that may vanish at any moment, as a mapping's pages do when another
+// process shortens the file. Reading them directly would end the process with SIGBUS; a system call
+// that meets a lost page only fails. Returns how many bytes were copied: fewer than `n` when memory
+// is lost, and then up to a page less than was still there. Where process_vm_readv is forbidden, as
+// in some sandboxes, the bytes go through a pipe, which takes about twice the time. Throws
+// "pipe: …", "fcntl: …", "write: …", "read: …" and "close: …", all about that pipe.
 uword copy_can_fail(void* to, const void* from, uword n);
 
-// Keeps a range in physical memory while it lives. Throws "mlock: …".
+// Locks a range in physical memory for its own lifetime. Throws "mlock: …".
 class LockMemory {
 public:
     void* addr;
@@ -492,10 +508,10 @@ public:
     ~LockMemory();
 };
 
-// Moves what lies in [addr, addr + len) of writable private memory, contents kept, into large pages
-// (2 MiB), as far as whole ones fit and the system has them; Linux before 6.1 has not. It is done
-// at once and leaves no advice on the range, so the memory may go back to any heap. Only speed
-// depends on it: it never fails, and keeps errno.
+// Moves the range [addr, addr + len) of writable private memory into large pages (2 MiB), contents
+// unchanged, as far as whole ones fit in it and the system supports it (Linux from 6.1). It is done
+// at once and leaves no advice on the range, so the memory may be returned to any heap. A hint for
+// speed alone: it never fails, and keeps errno.
 void gather_into_large_pages(void* addr, uword len);
 
 // ---- Processes -------------------------------------------------------------------------------
@@ -505,36 +521,58 @@ OSAPI_pid_t getpid();
 // 0 in the child, the child's process in the parent. Throws "fork: …".
 OSAPI_pid_t fork();
 
-// Ends the process with what was registered for that, and without.
+// As fork, but -1 with errno set when the system refuses.
+OSAPI_pid_t fork_can_fail();
+
+// Has the system send SIGTERM to this process, a child of `parent`, when that ends; false when it
+// has ended already, which is then too late. It is the thread that called fork whose end counts.
+bool end_with_parent(OSAPI_pid_t parent);
+
+// End the process; exit runs the exit handlers, exit_now does not.
 [[noreturn]] void exit(int status);
 [[noreturn]] void exit_now(int status);
 
-// Becomes the program `file`, looked for where the shell would. `argv` starts with the program's
-// name and ends in null; without it the name is all that the program is given. Returns only by
-// throwing "exec(file): …".
+// Replaces this process by the program `file`, searched for along PATH. `argv` starts with the
+// program's name and ends with null; a null `argv` passes the name alone. Returns only by throwing
+// "exec(file): …".
 [[noreturn]] void exec(const char* file, const char* const* argv);
 
-// Sends a signal; the system's result, -1 with errno set on failure.
+// Sends a signal; returns the system's result, -1 with errno set on failure.
 int _kill(OSAPI_pid_t pid, int sig);
 
 // Sends a signal. Throws "kill(pid,sig): …".
 void kill(OSAPI_pid_t pid, int sig);
 
-// Waits for the end of a child, or, with `nohang`, only asks for it; `pid` -1 is any child. Returns
-// the exit code, or the number of the signal that killed it, which look alike; -1 when `nohang` and
-// it still runs; 15 when there is no such child. `*out`, where given, becomes the process, but not
-// in the last two cases.
+// Waits for the end of a child or, with `nohang`, only checks for it; `pid` -1 is any child.
 //
-// A wait that a signal interrupts reports the end of a child that may well still run: it returns 0,
-// with `*out` -1. Whoever handles signals without SA_RESTART must look at `*out`.
+//     returns                                             *out, unless `out` is null
+//     the exit code, or the signal that killed the        the process
+//     child: the two cannot be told apart
+//     -1 with `nohang`: the child is still running        unchanged
+//     15: there is no such child                          unchanged
+//     0: a signal interrupted the wait, and the child     -1
+//     may still be running
+//
+// So callers that handle signals without SA_RESTART must check `*out`.
 //
 // Throws "waitpid: …", and "unexpected return value from waitpid()" when `pid` names a process
 // group.
 int _wait_until_dead(OSAPI_pid_t pid, OSAPI_pid_t* out, bool nohang);
 
-// Waits for a child that must end with exit code 0; everything else throws "child process returned
-// non-zero exit code", with no way to tell what it was. An interrupted wait counts as exit code 0.
+// Waits for a child that must end with exit code 0; any other result of _wait_until_dead throws
+// "child process returned non-zero exit code". An interrupted wait counts as exit code 0.
 void wait_until_dead(OSAPI_pid_t pid);
+
+// How a child ended.
+struct ChildEnd {
+    OSAPI_pid_t pid;
+    int exit_code; // -1 when a signal killed it
+    int signal;    // 0 when it exited
+};
+
+// Waits for the end of any child, also when signals interrupt that. Throws "waitpid: …", with
+// error_text(ECHILD) when there is no child.
+ChildEnd wait_for_any_child();
 
 bool running_as_root(); // by the effective user
 
@@ -542,8 +580,7 @@ bool stdin_is_console();
 bool stdout_is_console();
 bool stderr_is_console();
 
-// A function that runs in a process of its own. Nothing happens to a child that still runs when
-// this goes.
+// A function that runs in a process of its own. Destruction leaves a running child alone.
 class ChildProcess {
 public:
     OSAPI_pid_t pid; // -1 without a child
@@ -553,35 +590,35 @@ public:
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     // Starts `fn` and returns its process, which exits with what `fn` returns; an exception that
-    // leaves `fn` ends it by std::terminate. Throws "fork: …".
+    // `fn` throws ends the child by std::terminate. Throws "fork: …".
     OSAPI_pid_t start(int (*fn)());
 
-    // Waits for the child's end, if there is one; sends it no signal. Throws as wait_until_dead,
-    // and then keeps `pid`.
+    // Waits for the child's end, if there is a child; sends it no signal. Throws as wait_until_dead
+    // does, and then keeps `pid`.
     void stop();
 };
 
 // ---- Signals ---------------------------------------------------------------------------------
 
-// Another disposition of a signal while it lives, for the whole process. Those of the same signal
-// must go in the reverse order of their coming.
+// Changes the disposition of a signal, for the whole process, and restores it in its destructor.
+// Objects for the same signal must be destroyed in the reverse order of their construction.
 class Signal {
 public:
     struct ::sigaction* old_action; // the disposition before install(); owned
     int signum;
 
-    // Installs nothing yet, and the destructor then restores nothing.
+    // Installs nothing; without install() the destructor restores nothing.
     explicit Signal(int signum);
     Signal(const Signal&) = delete;
     Signal& operator=(const Signal&) = delete;
     ~Signal();
 
-    // To be called once. Throws "sigaction(signum): …".
+    // Call once. Throws "sigaction(signum): …".
     void install(const struct ::sigaction* action);
 };
 
-// Their actions block the signal itself and nothing else while they run. Calls that it interrupts
-// go on afterwards (SA_RESTART), where the system can; under a handler, only when `restart`.
+// While the action runs, the signal itself is blocked and no other. System calls that it interrupts
+// are resumed where the system can (SA_RESTART); with a handler, only when `restart`.
 class SignalIgnore : public Signal {
 public:
     explicit SignalIgnore(int signum);
@@ -599,17 +636,17 @@ public:
 
 // ---- Sockets ---------------------------------------------------------------------------------
 
-// The machine's name, as it was when it was first asked for. One thread at a time. Throws
-// "gethostname: …".
+// The machine's name; the first call's result is kept for the whole process. One thread at a time.
+// Throws "gethostname: …".
 String gethostname();
 
-// A connection to the first IPv4 address of `host`; not close-on-exec. The resolver is the
-// process's own: one thread at a time. Asserts "port > 0 && port <= 65535" and, for what the
-// resolver found, "h->h_addrtype == AF_INET". Throws `gethostbyname("host"): …`, "socket: …" and
-// `connect("host:port"): …`; the last one leaks the socket, so do not try again for ever.
+// Connects to the first IPv4 address of `host`; the descriptor is not close-on-exec. The resolver's
+// state is the whole process's: one thread at a time. Asserts "port > 0 && port <= 65535" and, of
+// the resolver's answer, "h->h_addrtype == AF_INET". Throws `gethostbyname("host"): …`, "socket: …"
+// and `connect("host:port"): …`. A failed connect leaks the socket, so retries must be limited.
 fd_t connect_tcp(const char* host, int port);
 
-// Where processes of this machine connect: a socket with a name in the file system.
+// A listening socket for processes of this machine, with a name in the file system.
 class UNIXServerSocket {
 public:
     fd_t fd;     // -1 when closed
@@ -621,22 +658,22 @@ public:
     UNIXServerSocket& operator=(const UNIXServerSocket&) = delete;
     ~UNIXServerSocket() noexcept(false); // throws as close does
 
-    // Listens at `mypath`, where nothing may be yet, close-on-exec; what was open here is closed
-    // first. Asserts "mypath[0] != 0" and "strlen(mypath) < sizeof(addr.sun_path)-1", which is 106
-    // characters at most. Throws "socket: …", "bind: …", "listen: …", "fcntl: …"; the last two
-    // leave the socket's file.
+    // Listens at `mypath`, close-on-exec; nothing may exist there yet. A socket open in this object
+    // is closed first. Asserts "mypath[0] != 0" and "strlen(mypath) < sizeof(addr.sun_path)-1": at
+    // most 106 characters. Throws "socket: …", "bind: …", "listen: …", "fcntl: …"; the last
+    // two leave the socket's file.
     void open(const char* mypath);
 
-    // Waits for a connection and returns it, close-on-exec. A signal makes it return -1 when
-    // `interruptible`, and wait on otherwise. Throws "accept: …".
+    // Waits for a connection and returns it, close-on-exec. On a signal it returns -1 when
+    // `interruptible`, and otherwise continues to wait. Throws "accept: …".
     fd_t accept(bool interruptible);
 
-    // Closes and removes the socket's file, if open; both are tried, and the object is closed
-    // afterwards in any case. Throws as close and rm_ifexist do, the first failure of the two.
+    // If open, closes the socket and removes its file. Both are attempted, the object is closed
+    // afterwards in any case, and the first failure is thrown, as by close and rm_ifexist.
     void close();
 };
 
-// Where everybody connects, on every IPv4 address of this machine.
+// A listening TCP socket on every IPv4 address of this machine.
 class TCPServerSocket {
 public:
     fd_t fd; // -1 when closed
@@ -647,7 +684,7 @@ public:
     TCPServerSocket& operator=(const TCPServerSocket&) = delete;
     ~TCPServerSocket() noexcept(false); // throws as close does
 
-    // Listens at `port`, close-on-exec; what was open here is closed first. Asserts
+    // Listens at `port`, close-on-exec; a socket open in this object is closed first. Asserts
     // "port > 0 && port <= 65535". Throws "socket: …", "setsockopt(SO_REUSEADDR): …", "bind: …",
     // "listen: …", "fcntl: …".
     void open(int port);
@@ -659,8 +696,8 @@ public:
 
 // ---- Diagnostics and stdio -------------------------------------------------------------------
 
-// Tells on standard output how long it lived, indented by how many others do. The indent is the
-// process's: one thread at a time.
+// Prints on standard output how long it lived, indented by the number of profilers around it. The
+// indent is the whole process's: one thread at a time.
 class Profiler {
 public:
     const char* name; // not copied
@@ -674,8 +711,8 @@ public:
     ~Profiler();
 };
 
-// Tells on standard output how large this process is. Sizes beyond 32 bits are told without what
-// lies above: 5 GB are 1 GB, pages likewise. Throws as open and read_short do, and "error reading
+// Prints on standard output how much memory this process takes. Bytes and pages are kept modulo
+// 2^32: 5 GB are printed as 1 GB. Throws as open and read_short do, and "error reading
 // /proc/self/stat", also for a program with a space in its name.
 void print_statistics();
 
@@ -684,12 +721,13 @@ class ScopedFILE {
 public:
     FILE* file;
 
-    // `name` is for the message, `fdopen("name", "mode")`; `fd` then stays the caller's.
+    // Throws `fdopen("name", "mode")`, and then `fd` is still the caller's; `name` is used for
+    // nothing else.
     ScopedFILE(fd_t fd, const char* name, const char* mode);
     ScopedFILE(const ScopedFILE&) = delete;
     ScopedFILE& operator=(const ScopedFILE&) = delete;
 
-    // Closes; what cannot be written then is lost without a word. To be told, flush first.
+    // Closes; bytes that cannot be written are silently lost. Call fflush() first to see errors.
     ~ScopedFILE();
 };
 

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -18,11 +19,21 @@ OSAPI_pid_t getpid() {
     return ::getpid();
 }
 
+OSAPI_pid_t fork_can_fail() {
+    return ::fork();
+}
+
 OSAPI_pid_t fork() {
-    const OSAPI_pid_t pid = ::fork();
+    const OSAPI_pid_t pid = fork_can_fail();
     if (pid == -1)
         XTHROW_ERRNO("fork");
     return pid;
+}
+
+// In this order: a parent that ends between the two calls is noticed by the second.
+bool end_with_parent(OSAPI_pid_t parent) {
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    return getppid() == parent;
 }
 
 void exit(int status) {
@@ -82,6 +93,19 @@ int _wait_until_dead(OSAPI_pid_t pid, OSAPI_pid_t* out, bool nohang) {
 void wait_until_dead(OSAPI_pid_t pid) {
     if (_wait_until_dead(pid, nullptr, false) != 0)
         XTHROW("child process returned non-zero exit code");
+}
+
+ChildEnd wait_for_any_child() {
+    for (;;) {
+        int status = 0;
+        const OSAPI_pid_t pid = waitpid(-1, &status, 0);
+        if (pid == -1 && errno != EINTR)
+            XTHROW_ERRNO("waitpid");
+        if (pid != -1 && WIFEXITED(status))
+            return {pid, WEXITSTATUS(status), 0};
+        if (pid != -1 && WIFSIGNALED(status))
+            return {pid, -1, WTERMSIG(status)};
+    }
 }
 
 // ---- About this process ----------------------------------------------------------------------

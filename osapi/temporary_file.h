@@ -41,8 +41,8 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    // Removes the file unless it was renamed. Never throws: what the system refuses here comes after
-    // a failure that is already on its way.
+    // Removes the file unless it was renamed. Never throws: what the system refuses here comes
+    // after a failure that is already on its way.
     ~TemporaryFile();
 
     // For writing; -1 when closed.

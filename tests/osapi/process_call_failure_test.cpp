@@ -43,6 +43,8 @@ TEST(ProcessCallFailure, IsToldWholeAndLeavesNothingBehind) {
          "kill(77,9): Operation not permitted" + in("void OSAPI::kill(OSAPI_pid_t, int)")},
         {"waitpid", 1, EINVAL, [] { OSAPI::_wait_until_dead(77, nullptr, false); },
          "waitpid: Invalid argument" + in_wait},
+        {"waitpid", 1, ECHILD, [] { OSAPI::wait_for_any_child(); },
+         "waitpid: No child processes" + in("OSAPI::ChildEnd OSAPI::wait_for_any_child()")},
         {"waitpid", 1, EINVAL, [] { OSAPI::wait_until_dead(77); },
          "waitpid: Invalid argument" + in_wait},
         {"waitpid", 1, ECHILD, [] { OSAPI::wait_until_dead(77); },
