@@ -1,6 +1,7 @@
 #include "bench/sky.h"
 
-#include "stars/setup.h"
+#include "stars/film.h"
+#include "stars/host_camera.h"
 
 #include <cmath>
 #include <cstring>

@@ -2,7 +2,9 @@
 
 #include "core/xception.h"
 #include "node/sdk.h"
-#include "stars/setup.h"
+#include "stars/film.h"
+#include "stars/host_camera.h"
+#include "stars/shutter.h"
 
 #include <algorithm>
 #include <cmath>

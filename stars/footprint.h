@@ -7,7 +7,8 @@
 // Threads:   pure functions.
 #pragma once
 
-#include "stars/streak.h"
+#include "core/newmatrix.h"
+#include "stars/framebuffer.h"
 
 namespace velmora {
 

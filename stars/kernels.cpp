@@ -1,5 +1,5 @@
 #include "stars/kernels.h"
-#include "stars/lane_kernels.h"
+#include "stars/fast/lane_kernels.h"
 
 #include <atomic>
 

@@ -2,15 +2,16 @@
 
 #include "stars/stars.h"
 #include "core/xception.h"
-#include "stars/draw_list.h"
+#include "stars/draw_call.h"
+#include "stars/fast/batch.h"
+#include "stars/fast/shading.h"
+#include "stars/fast/steady_math.h"
+#include "stars/fast/tiles.h"
+#include "stars/film.h"
 #include "stars/kernels.h"
+#include "stars/plain/shading.h"
 #include "stars/projection.h"
-#include "stars/rasteriser.h"
 #include "stars/record_reader.h"
-#include "stars/setup.h"
-#include "stars/shading.h"
-#include "stars/star_block.h"
-#include "stars/steady_math.h"
 
 #include <cmath>
 

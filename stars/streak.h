@@ -19,33 +19,7 @@
 #pragma once
 
 #include "core/newmatrix.h"
-
-#include <cstddef>
-
-// Which rows a call may write, for video rendered field by field; other values act as ODD.
-enum op_stars_lines : s32 {
-    OP_STARS_LINES_ALL = 0,
-    OP_STARS_LINES_EVEN = 1,
-    OP_STARS_LINES_ODD = 2,
-};
-
-// A view of a float image with coverage; it owns nothing. Pixel (x, y) of a plane stands
-// y * row_stride + x * pixel_stride floats from its pointer. Row 0 is the top row.
-struct StarFramebuffer {
-    float* red;
-    float* green;
-    float* blue;
-    float* alpha; // coverage: only read, stars are added behind it
-    s32 width;    // pixels in a row
-    s32 height;   // rows
-    s32 row_stride;
-    s32 pixel_stride;
-};
-
-static_assert(offsetof(StarFramebuffer, alpha) == 3 * sizeof(float*) &&
-                  offsetof(StarFramebuffer, width) == 4 * sizeof(float*) &&
-                  sizeof(StarFramebuffer) == 4 * sizeof(float*) + 4 * sizeof(s32),
-              "four planes, then four numbers");
+#include "stars/framebuffer.h"
 
 // Adds (1 - alpha) * profile * color to every pixel of the footprint that is not covered
 // (alpha >= 1). A path of up to 1e-5 pixels is a spot at its midpoint. Returns whether any pixel

@@ -1,6 +1,8 @@
 // The node's pictures against those that the renderer draws by itself.
 #include "host/script/transform.h"
-#include "stars/setup.h"
+#include "stars/film.h"
+#include "stars/host_camera.h"
+#include "stars/shutter.h"
 #include "tests/node/comp.h"
 #include "tests/node/sky.h"
 

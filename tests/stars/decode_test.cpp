@@ -1,9 +1,10 @@
 // Directions, projections and shading of the fast kernels against the functions in long double and
 // against the plain reading.
-#include "stars/lane_kernels.h"
+#include "stars/fast/batch.h"
+#include "stars/fast/lane_kernels.h"
+#include "stars/fast/shading.h"
+#include "stars/plain/shading.h"
 #include "stars/projection.h"
-#include "stars/shading.h"
-#include "stars/star_block.h"
 #include "tests/special_values.h"
 #include "tests/stars/dice.h"
 #include "tests/stars/kernels.h"

@@ -1,5 +1,5 @@
 // What the fast kernels leave to the plain reading: a call on either side of each of their limits.
-#include "stars/rasteriser.h"
+#include "stars/fast/rasterise.h"
 #include "tests/special_values.h"
 #include "tests/stars/picture.h"
 

@@ -1,6 +1,9 @@
 // How far the plain reading and the fast kernels are from the formulas in double, case by case, at
-// every pixel that the plain reading visits: within what stars/rasteriser.h states.
-#include "stars/rasteriser.h"
+// every pixel that the plain reading visits: within what stars/accuracy.h states.
+#include "stars/accuracy.h"
+#include "stars/draw_call.h"
+#include "stars/footprint.h"
+#include "stars/plain/rasterise.h"
 #include "tests/stars/dice.h"
 #include "tests/stars/kernels.h"
 #include "tests/stars/picture.h"

@@ -1,10 +1,10 @@
 // The kernels' own exponentials and error function against the C library's in double. One level is
 // enough: the others give the same bits.
-#include "stars/lanes_sse2.h"
+#include "stars/fast/lanes_sse2.h"
 
 #define VELMORA_LANES sse2_lanes
 #pragma GCC diagnostic ignored "-Wunused-function" // the kernels themselves are not used here
-#include "stars/lane_kernels.inc"
+#include "stars/fast/lane_kernels.inc"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 // The segments that a star leaves from camera sample to camera sample.
+#include "stars/plain/shading.h"
 #include "stars/projection.h"
-#include "stars/shading.h"
 #include "tests/stars/render.h"
 
 #include <cmath>

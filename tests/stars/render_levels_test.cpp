@@ -1,6 +1,6 @@
 // Whole renders at every level: the same bytes, the same counts, star by star or all at once, and
 // by tiles or not; and the plain reading's picture.
-#include "stars/rasteriser.h"
+#include "stars/accuracy.h"
 #include "tests/special_values.h"
 #include "tests/stars/dice.h"
 #include "tests/stars/kernels.h"

@@ -1,4 +1,4 @@
-#include "stars/shading.h"
+#include "stars/plain/shading.h"
 #include "tests/special_values.h"
 #include "tests/stars/sky.h"
 

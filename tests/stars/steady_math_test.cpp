@@ -1,5 +1,5 @@
 // Against the C library's functions in double, whose own error does not show in a float.
-#include "stars/steady_math.h"
+#include "stars/fast/steady_math.h"
 #include "tests/special_values.h"
 #include "tests/stars/dice.h"
 

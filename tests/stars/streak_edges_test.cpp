@@ -1,6 +1,8 @@
 // Where thresholds, roundings and numbers out of range decide what a streak touches.
 #include "core/xception.h"
-#include "stars/rasteriser.h"
+#include "stars/draw_call.h"
+#include "stars/fast/rasterise.h"
+#include "stars/plain/rasterise.h"
 #include "tests/special_values.h"
 #include "tests/stars/kernels.h"
 #include "tests/stars/picture.h"

@@ -1,5 +1,6 @@
 // The fast kernels of every level give the same bytes, touch nothing else, and tell the same.
-#include "stars/rasteriser.h"
+#include "stars/draw_call.h"
+#include "stars/plain/rasterise.h"
 #include "tests/stars/dice.h"
 #include "tests/stars/kernels.h"
 #include "tests/stars/picture.h"

@@ -1,7 +1,10 @@
 // Windows side by side add up to the same bits as one around them, and so do the tiles of a draw
 // list, wherever on the float axis a star is: from 2^24 pixels on a column counter adds 1.0 without
 // moving, and the row runs on to the image's right edge.
-#include "stars/draw_list.h"
+#include "stars/draw_call.h"
+#include "stars/fast/rasterise.h"
+#include "stars/fast/tiles.h"
+#include "stars/plain/rasterise.h"
 #include "tests/stars/dice.h"
 #include "tests/stars/kernels.h"
 #include "tests/stars/picture.h"

@@ -3,7 +3,7 @@
 #include "host/runtime/op_tree.h"
 #include "host/runtime/scanlines.h"
 #include "host/script/transform.h"
-#include "stars/setup.h"
+#include "stars/host_camera.h"
 #include "tests/scratch_folder.h"
 #include "tools/comp/star_node.h"
 #include "tools/comp/view.h"

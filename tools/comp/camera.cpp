@@ -4,7 +4,7 @@
 #include "host/script/chan.h"
 #include "host/script/lens.h"
 #include "host/script/transform.h"
-#include "stars/setup.h"
+#include "stars/render_data.h"
 #include "tools/comp/star_node.h"
 #include "tools/failure.h"
 #include "tools/files/text_file.h"

@@ -4,7 +4,8 @@
 // Errors:    WorkFailure for a camera that stands where single precision does not reach.
 #pragma once
 
-#include "stars/setup.h"
+#include "stars/film.h"
+#include "stars/host_camera.h"
 
 #include <DDImage/Op.h>
 

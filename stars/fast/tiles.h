@@ -9,7 +9,7 @@
 #pragma once
 
 #include "core/array.h"
-#include "stars/rasteriser.h"
+#include "stars/fast/rasterise.h"
 
 namespace velmora {
 

@@ -6,22 +6,10 @@
 // Threads:   pure functions over disjoint pixels.
 #pragma once
 
-#include "stars/lane_decode.h"
-#include "stars/streak.h"
+#include "stars/fast/lane_decode.h"
+#include "stars/star_call.h"
 
 namespace velmora {
-
-// What a call left behind.
-struct Drawn {
-    bool lit;   // whether any pixel got a weight above zero
-    s64 pixels; // that were written
-
-    Drawn& operator+=(const Drawn& more) {
-        lit |= more.lit;
-        pixels += more.pixels;
-        return *this;
-    }
-};
 
 // Where a star goes.
 struct LaneTarget {

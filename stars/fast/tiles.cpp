@@ -1,4 +1,4 @@
-#include "stars/draw_list.h"
+#include "stars/fast/tiles.h"
 
 #include <algorithm>
 #include <cmath>

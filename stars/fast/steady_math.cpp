@@ -1,6 +1,6 @@
-#include "stars/steady_math.h"
+#include "stars/fast/steady_math.h"
 #include "core/types.h"
-#include "stars/fitted.h"
+#include "stars/fast/fitted.h"
 
 #include <cmath>
 #include <cstring>

@@ -1,8 +1,7 @@
 // The fast rasteriser: the plain reading's steps up to the pixels, which are the kernels'.
-#include "stars/fitted.h"
-#include "stars/kernels.h"
-#include "stars/rasteriser.h"
-#include "stars/steady_math.h"
+#include "stars/fast/rasterise.h"
+#include "stars/fast/fitted.h"
+#include "stars/fast/steady_math.h"
 
 #include <algorithm>
 #include <climits>
@@ -336,7 +335,7 @@ static bool is_moderate(const StreakWork& work) {
            within(work.light, 0, huge) && work.width * work.light <= huge;
 }
 
-static Brush brush_of(const LaneKernels* kernels, const StarCall& call) {
+Brush brush_of(const LaneKernels* kernels, const StarCall& call) {
     return {kernels, call.dst, call.size_x, call.size_y, call.lines};
 }
 
@@ -378,17 +377,6 @@ Drawn draw_placed(const Brush& brush, const PlacedStar& star, const Window& wind
     const fitted::Rule* rule = rule_for(double(work.half_path) * work.t);
     return rule ? draw_short_streak(brush, star, *rule, window)
                 : draw_streak(brush, star, work, window);
-}
-
-Drawn draw_star_streak(const StarCall& call) {
-    const Brush brush = brush_of(lane_kernels(), call);
-    PlacedStar star;
-    const Fit fit = brush.kernels ? place_star(call, star) : Fit::left_to_plain;
-    if (fit == Fit::left_to_plain)
-        return plain_star_streak(call);
-    if (fit == Fit::outside)
-        return {false, 0};
-    return draw_placed(brush, star, {0, 0, call.dst.width, call.dst.height});
 }
 
 } // namespace velmora

@@ -1,4 +1,4 @@
-#include "stars/star_block.h"
+#include "stars/fast/batch.h"
 
 #include <algorithm>
 #include <cmath>

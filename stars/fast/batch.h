@@ -6,8 +6,9 @@
 #pragma once
 
 #include "core/array.h"
-#include "stars/lane_kernels.h"
-#include "stars/stars.h"
+#include "stars/fast/lane_kernels.h"
+#include "stars/render_data.h"
+#include "stars/starfile.h"
 
 #include <memory>
 

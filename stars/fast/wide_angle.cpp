@@ -1,4 +1,4 @@
-#include "stars/wide_angle.h"
+#include "stars/fast/wide_angle.h"
 #include "core/types.h"
 
 #include <algorithm>
