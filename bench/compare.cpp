@@ -34,7 +34,7 @@ double seconds_on(clockid_t clock) {
     return double(time.tv_sec) + 1e-9 * double(time.tv_nsec);
 }
 
-// Of this thread's processor time, which others on the machine disturb less than the wall's.
+// Of this thread's processor time, which other processes disturb less than wall-clock time.
 double seconds_of(const std::function<void()>& work) {
     const double start = seconds_on(CLOCK_THREAD_CPUTIME_ID);
     work();
@@ -144,8 +144,8 @@ std::vector<float> floats_of(const BenchImage& image) {
     return std::vector<float>(first, first + 1920 * 1080 * 4);
 }
 
-// Places are rounded to floats, 6e-5 pixels apart at the image's far end; one of them off moves a
-// pixel by that times the profile's slope.
+// Positions are rounded to floats, 6e-5 pixels apart at the image's far end; an error of one such
+// step changes a pixel by that times the profile's slope.
 bool look_alike(const std::vector<float>& a, const std::vector<float>& b) {
     double brightest = 0, worst = 0;
     for (size_t i = 0; i < a.size(); i++) {
@@ -290,13 +290,13 @@ void compare_jobs() {
               ", at least 1.8");
 }
 
-// Out of the compiler's sight, which would ask for zeros in the first place.
+// Hidden from the compiler, which would otherwise request zeroed memory.
 __attribute__((noinline)) void clear(char* memory, size_t size) {
     memset(memory, 0, size);
     asm volatile("" : : "r"(memory) : "memory");
 }
 
-// What a fresh 4096x2160 image costs until it is black, over a block from malloc.
+// The cost of a new 4096x2160 image until it is black, over a block from malloc.
 void compare_image() {
     const size_t size = size_t(4096) * 2160 * 16;
     std::vector<double> block, image;

@@ -1,7 +1,7 @@
 // Ways to take the records of a mapped file in blocks, and what a scan of faint stars costs in all.
 //
-// Only the copies survive a file that is cut while it is walked: the others look whether its pages
-// are there, or make them be there, and walk the block after that.
+// Only the copies survive a file that is cut while it is read: the others check whether its pages
+// exist, or fault them in, and read the block after that.
 #include "bench/sky.h"
 
 #include <benchmark/benchmark.h>
@@ -14,7 +14,7 @@ using namespace velmora;
 
 static const u32 star_count = 1000000;
 
-// A database of faint stars; its file has no name any more, but is still mapped.
+// A database of faint stars; its file is already unlinked, but still mapped.
 class FaintSky {
 public:
     FaintSky() {
@@ -47,7 +47,7 @@ static u32 kept_of(const star* records, u32 count) {
     return kept;
 }
 
-// `block` readies a stretch of records and returns where to walk it.
+// `block` prepares a stretch of records and returns where to read it.
 template <class Block>
 static void walk(benchmark::State& state, const Block& block) {
     const star* const records = faint_sky().records();

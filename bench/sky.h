@@ -21,8 +21,8 @@ private:
     const star* cursor;
 };
 
-// `count` stars over the whole sphere. Their counts grow with faintness as the real sky's do, ten
-// times for two magnitudes, and half of them lie above the node's default threshold.
+// `count` stars over the whole sphere. As in the real sky, there are ten times as many stars two
+// magnitudes fainter; half of them are above the node's default threshold.
 std::vector<star> made_up_sky(std::size_t count);
 
 // The node's default knobs with the film window of a 24.576 mm wide camera of the image's shape.

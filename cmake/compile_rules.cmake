@@ -1,4 +1,4 @@
-# How every source of ours is compiled: warnings on, floating point exactly as written.
+# How all our sources are compiled: with warnings, and with floating point exactly as written.
 
 add_library(velmora_rules INTERFACE)
 

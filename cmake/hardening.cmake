@@ -1,10 +1,10 @@
-# What is released is hardened as Debian hardens its own programs: overflows of the stack are noticed,
-# the tables of addresses are read-only once the program has started, and programs load at an address
-# of their own (PIE). Checks by the processor (-fcf-protection) are left out: Debian 12's start-up
+# Release builds are hardened as Debian hardens its own programs: stack overflows are detected, the
+# tables of addresses are read-only once the program has started, and programs load at a random
+# address (PIE). Checks by the processor (-fcf-protection) are left out: Debian 12's start-up
 # files switch them off for the whole program.
 #
-# _FORTIFY_SOURCE is for what links velmora_fortified, not for the library: it calls open, read and
-# vsnprintf by other names, and who tests the library may replace them by their plain ones.
+# _FORTIFY_SOURCE is for targets that link velmora_fortified, not for the library: it would call open,
+# read and vsnprintf by other names, but tests of the library replace them by their plain names.
 
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)

@@ -1,14 +1,14 @@
-# What `cmake --install` makes: a folder that renders by itself, wherever it is moved to, and that
-# Nuke's users add to NUKE_PATH.
+# What `cmake --install` makes: a self-contained folder that may be moved anywhere, and that users of
+# Nuke add to NUKE_PATH.
 #
 #     bin/velmora   lib/libDDImage.so   plugin/VelmoraNK.so    the command line and its stand-in
 #     share/velmora/                                           the star database
 #     init.py   menu.py   icons/   plugin/nuke<version>/       what Nuke runs, shows and loads
 #     examples/   docs/
 #
-# A build for a real Nuke adds its plug-in to the same folder, or makes one without command line.
+# A build for a real Nuke adds its plug-in to the same folder, or makes one without the command line.
 
-# Start-up scripts of a host have no place in /usr/local.
+# Start-up scripts of a host do not belong in /usr/local.
 if(CMAKE_INSTALL_PREFIX_INITIALIZED_TO_DEFAULT)
     set(CMAKE_INSTALL_PREFIX ${PROJECT_BINARY_DIR}/installed
         CACHE PATH "The folder that cmake --install makes" FORCE)

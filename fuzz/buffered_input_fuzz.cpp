@@ -1,5 +1,5 @@
-// Any bytes read through a buffer of any small size, with bytes pushed back, lines cut and seeks in
-// between: the same as out of the plain bytes.
+// Any bytes read through a buffer of any small size, with pushed back bytes, line reads and seeks in
+// between: the result is the same as from the plain bytes.
 //
 // Input: the buffer's size less 1, the number of steps, two bytes for each step, the bytes to read.
 #include "core/io.h"
@@ -71,7 +71,7 @@ public:
         const std::size_t length = end + (two == "\r\n" || two == "\n\r" ? 2 : 1);
         if (length == end + 2 || two.size() == 1)
             return read(length);
-        // The byte behind the end was looked at, pushed back, and lost if it is 0xFF.
+        // The byte after the end was looked at, pushed back, and lost if it is 0xFF.
         pos += s64(length);
         keep(two[1] == '\xff' ? std::nullopt : std::optional<char>(two[1]), all.substr(end + 2));
         return all.substr(0, length);
@@ -98,7 +98,7 @@ private:
 };
 
 std::string read(BufferedInput& input, std::size_t n) {
-    std::vector<char> buffer(n); // of just that size, so that a sanitizer sees writes behind it
+    std::vector<char> buffer(n); // of exactly that size, so that a sanitizer sees writes beyond it
     const int count = input.read(buffer.data(), int(n));
     require(count >= 0 && std::size_t(count) <= n, "no more is given than was asked for");
     return std::string(buffer.data(), std::size_t(count));

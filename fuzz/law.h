@@ -15,8 +15,8 @@ inline void require(bool holds, const char* law) {
     abort();
 }
 
-// What readers say about bytes that they quote: ASCII without controls, and other characters but
-// for the controls of one byte more and the separators of lines and paragraphs.
+// A reader's message: no ASCII controls, no controls of U+0080 to U+009F, and no separators of lines
+// or paragraphs.
 inline void require_printable_line(const std::string& message) {
     for (std::size_t i = 0; i < message.size(); i++) {
         const auto byte = static_cast<unsigned char>(message[i]);

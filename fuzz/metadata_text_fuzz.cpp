@@ -151,11 +151,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         const bool valid = starts_with(text, "KESSMETA1");
         require(MetaData::string_valid(text) == valid, "valid texts start like metadata");
         require(valid || (!read && set.empty()), "other texts are refused and set nothing");
-        // A refused text keeps what it set before, which is a set like any other.
+        // Tags set before a refusal remain, and are a set like any other.
         check_writing(set);
         check_reading_twice(set, text, read);
     }
-    // The names of this input are needed no more, and the table would grow without end.
+    // The names of this input are no longer needed, and the table would grow without limit.
     InString::cleanup();
     return 0;
 }

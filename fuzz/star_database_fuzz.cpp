@@ -1,4 +1,4 @@
-// Any bytes read as a star database: what the inspector tells adds up, and the renderer's reader
+// Any bytes read as a star database: the inspector's figures add up, and the renderer's reader
 // sees the same stars.
 #include "catalog/catalog_error.h"
 #include "catalog/database_info.h"
@@ -51,7 +51,7 @@ static void check_reader(const DatabaseInfo& info, const std::string& path) {
     require(dark == info.dark.count, "both see the same stars");
 }
 
-// Files too short for a header are the inspector's to refuse; the reader wants the magic alone.
+// The inspector refuses files too short for a header; the reader requires only the magic.
 static void check_refusal(const std::string& path, size_t size) {
     try {
         MMAPStarFile file(path.c_str());

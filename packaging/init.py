@@ -38,6 +38,6 @@ def _velmora_init(home):
            + ("only for " + others if others else "nor for any other",)))
 
 
-# Nuke does not always say where a start-up script lies; its code knows.
+# Nuke does not always define __file__ for a start-up script; its code object has the path.
 _velmora_init(os.path.dirname(os.path.abspath(
     inspect.currentframe().f_code.co_filename)))

@@ -28,6 +28,6 @@ def _velmora_menu(home):
         nodes.addCommand("Draw/VelmoraNK", create, icon="VelmoraNK.png")
 
 
-# Nuke does not always say where a start-up script lies; its code knows.
+# Nuke does not always define __file__ for a start-up script; its code object has the path.
 _velmora_menu(os.path.dirname(os.path.abspath(
     inspect.currentframe().f_code.co_filename)))

@@ -1,5 +1,4 @@
-// For programs that intern texts: what the intern table keeps by design, told to the leak
-// sanitizer. The texts are not freed when the process ends, and the list nodes of texts made
+// For programs that intern texts: tells the leak sanitizer what the intern table keeps by design. The texts are not freed when the process ends, and the list nodes of texts made
 // permanent not when the table is cleaned up.
 
 extern "C" const char* __lsan_default_suppressions();
@@ -8,7 +7,7 @@ extern "C" const char* __lsan_default_suppressions() {
            "leak:^TempInString::make_permanent\n";
 }
 
-// What is suppressed is not told: standard error belongs to the program.
+// Suppressed leaks are not reported: standard error belongs to the program.
 extern "C" const char* __lsan_default_options();
 extern "C" const char* __lsan_default_options() {
     return "print_suppressions=0";

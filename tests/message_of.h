@@ -1,4 +1,4 @@
-// What an action that must fail says.
+// The message of an action that must fail.
 #pragma once
 
 #include "core/xception.h"
@@ -16,7 +16,7 @@ std::string message_of(Action action) {
     return "(no StrXception)";
 }
 
-// The same with the line number at the end as LINE: "text in <function> (source:LINE)".
+// The same with LINE in place of the line number at the end: "text in <function> (source:LINE)".
 template <class Action>
 std::string message_without_line_of(Action action) {
     const std::string message = message_of(action);

@@ -1,4 +1,4 @@
-// A folder that is there while the object lives, and the files in it.
+// A folder that exists while the object lives, and the files in it.
 #pragma once
 
 #include <algorithm>
@@ -13,7 +13,7 @@
 
 class ScratchFolder {
 public:
-    // Open to all for reading, so that tests may go on as another user.
+    // Readable by everyone, so that tests can continue as another user.
     ScratchFolder() {
         std::string name = (std::filesystem::temp_directory_path() / "velmora-XXXXXX").string();
         if (!mkdtemp(&name[0]) || chmod(name.c_str(), 0755) != 0)
@@ -29,7 +29,7 @@ public:
 
     std::string path() const { return root.string(); }
 
-    // The path of a file of this name, whether it is there or not.
+    // The path of a file of this name, whether it exists or not.
     std::string file(const std::string& name) const { return (root / name).string(); }
 
     // Writes a file and returns its path.

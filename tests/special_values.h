@@ -1,4 +1,4 @@
-// The floating-point values beyond all numbers, under one name each: a test takes those of its type.
+// Infinity and NaN under one name each: a test takes those of its type.
 //
 //     using namespace velmora_test::doubles;
 //     EXPECT_FALSE(is_valid(-infinity) || is_valid(not_a_number));

@@ -1,5 +1,5 @@
 // Gives every file of a folder, whole and cut at every length, to the fuzz program that this is
-// linked with, and says so. A file that breaks a law is the last one named.
+// linked with, and prints its name. A file that breaks a law is the last one named.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -28,7 +28,7 @@ static std::vector<uint8_t> bytes_of(const fs::path& path) {
 
 static void replay(const std::vector<uint8_t>& bytes) {
     for (size_t length = 0; length <= bytes.size(); length++) {
-        // A block of just that size, so that a sanitizer sees reads behind it.
+        // A block of exactly that size, so that a sanitizer sees reads beyond its end.
         const std::vector<uint8_t> cut(bytes.begin(), bytes.begin() + std::ptrdiff_t(length));
         LLVMFuzzerTestOneInput(cut.data(), length);
     }

@@ -79,7 +79,7 @@ TEST_F(Binaries, AskForNoLaterSystemThanPromised) {
                  found(needs, "Name: " + std::string(library) + R"(_([0-9.]+))"))
                 EXPECT_LE(numbers_of(asked), numbers_of(version)) << file << " " << library;
     }
-    // The plug-in, which other people's hosts load, gets along with less.
+    // The plug-in, which is loaded by other programs, requires less.
     for (const std::string& asked : found(readelf("-V", plugin), R"(Name: GLIBC_([0-9.]+))"))
         EXPECT_LE(numbers_of(asked), numbers_of("2.33"));
 }

@@ -1,5 +1,4 @@
-// The example scripts are the pictures that they say they are: what the options that they stand for
-// give, bit for bit.
+// The example scripts give the same pictures as the options that they document, bit for bit.
 #include "tests/packaging/installed.h"
 
 class Examples : public Installed {
@@ -7,7 +6,7 @@ protected:
     const std::string look = "--knob brightness=40 --knob bias=0.8 --knob saturation=1.3 "
                              "--knob lum_max=4 ";
 
-    // Both at a small size, for frames FRAMES, which say nothing and light some pixels.
+    // Renders both at a small size; they must print nothing and light some pixels.
     void expect_same(const std::string& example, const std::string& options,
                      const std::vector<std::string>& frames) const {
         const std::string more = " -F " + frames.front() + "-" + frames.back() + " ";
@@ -59,7 +58,7 @@ TEST_F(Examples, DomeIsHalfOfTheSkyWithoutACamera) {
                 {"1"});
 }
 
-// Each finds the database by where it lies itself, however it is called.
+// Each finds the database relative to itself, however it is named.
 TEST_F(Examples, FindTheirStarsFromEveryFolder) {
     const auto render = [&](const std::string& from, const std::string& script) {
         const std::string raw = folder.file("sky.raw");

@@ -61,7 +61,7 @@ TEST_F(InstalledFolder, RendersTheSameOnceMoved) {
     EXPECT_TRUE(folder.read("before.raw") == folder.read("after.raw"));
 }
 
-// Size and kind as PNG's header tells them: big-endian width and height behind its name.
+// Size and kind from the PNG header: big-endian width and height after its name.
 TEST_F(InstalledFolder, HasIconsOfTheirSizes) {
     const std::pair<const char*, int> icons[] = {
         {"VelmoraNK_16.png", 16},

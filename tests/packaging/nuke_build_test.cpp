@@ -47,7 +47,7 @@ TEST_F(NukeBuild, HasTheNewStringsFrom15On) {
 TEST_F(NukeBuild, MakesAPluginThatRendersTheSame) {
     configure(16, 1); // whose cameras speak most differently from the stand-in's
 
-    // Beside the command line, and in a folder of its own.
+    // Next to the command line, and in a folder of its own.
     ASSERT_TRUE(runs(CMAKE " --build '" + folder.file("build") + "' -j 2")) << folder.read("said");
     for (const std::string& prefix : {home, folder.file("alone")})
         ASSERT_TRUE(
@@ -58,7 +58,7 @@ TEST_F(NukeBuild, MakesAPluginThatRendersTheSame) {
         EXPECT_TRUE(std::filesystem::exists(folder.file("alone/" + std::string(file)))) << file;
     EXPECT_FALSE(std::filesystem::exists(folder.file("alone/plugin/VelmoraNK.so")));
 
-    // It asks for the host's library by name and looks for nothing along a path of its own.
+    // It requires the host's library by name and has no search path of its own.
     ASSERT_TRUE(runs("readelf --dynamic --wide '" + plugin + "'"));
     const std::string dynamic = folder.read("said");
     EXPECT_NE(dynamic.find("(NEEDED)             Shared library: [libDDImage.so]"),

@@ -1,4 +1,4 @@
-// What NUKE_ROOT has to be, and what is said of one that is not.
+// What NUKE_ROOT must be, and the messages when it is not.
 #include "tests/packaging/nuke_installation.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ protected:
     ScratchFolder folder;
     const std::string alone = "-DVELMORA_TOOLS=OFF -DVELMORA_TESTS=OFF -DVELMORA_BENCH=OFF";
 
-    // What CMake says of the folder as one line, ROOT for the folder; empty when it is taken.
+    // CMake's message about the folder as one line, with ROOT for the folder; empty when accepted.
     std::string said_of(const std::string& root, const std::string& options) const {
         const std::string command = CMAKE " -G Ninja -S " VELMORA_SOURCE
                                           "/tests/packaging/nuke_root -B '" +

@@ -1,4 +1,4 @@
-// The scripts that the host runs as it starts, in a host that says what they did.
+// The scripts that the host runs at start-up, in a mock host that reports what they did.
 #include "tests/scratch_folder.h"
 
 #include <cstdlib>
@@ -23,8 +23,8 @@ protected:
         home.folder("icons");
     }
 
-    // Runs `scripts` of the folder, apart by blanks, in the host that `host` describes. What it
-    // prints has HOME where the folder stands.
+    // Runs `scripts` of the folder, separated by blanks, in the host that `host` describes. In the
+    // output the folder is replaced by HOME.
     std::string start(const std::string& host, const std::string& scripts) const {
         const ScratchFolder streams;
         const std::string command =
@@ -48,7 +48,7 @@ TEST_F(Startup, AddsThePluginOfTheRunningVersion) {
 TEST_F(Startup, NamesTheVersionsThatAreThereWhenTheRunningOneIsNot) {
     EXPECT_EQ(start("NUKE_VERSION=12.1", "init.py"),
               "velmora: HOME/plugin: no plug-in for Nuke 12.1, only for 7.0, 12.2, 13.1\n");
-    // Neither a folder without a plug-in nor one with another name counts.
+    // A folder without a plug-in does not count, nor does one with another name.
     std::filesystem::remove(home.file("plugin/nuke12.2/VelmoraNK.so"));
     std::filesystem::rename(home.file("plugin/nuke7.0"), home.file("plugin/nuke7"));
     EXPECT_EQ(start("NUKE_VERSION=12.2", "init.py"),
