@@ -1,10 +1,10 @@
-// Every block between fences on the pages: commands of ours run as they stand, and whatever else
-// there is must be listed here with what is done about it.
+// Every fenced block on the pages: our own commands are run as written, and everything else must be
+// listed here with what is done about it.
 //
 // The commands of a page run in its order in one folder, which holds the examples and the catalogue
-// of the source tree and what `supplied` adds. They must succeed, and say nothing on standard error
-// but how many stars were imported and which nodes are off. Pictures are rendered small: a `velmora
-// render` without --format gets one.
+// of the source tree and what `supplied` adds. They must succeed, and print nothing to standard error
+// except how many stars were imported and which nodes are disabled. Pictures are rendered small: a
+// `velmora render` without --format is given one.
 #include "tests/docs/page.h"
 #include "tests/tools/program.h"
 
@@ -17,8 +17,8 @@ namespace {
 
 enum class Listed {
     output,   // is what `with`, a command, prints and says
-    file,     // stands in the file `with`, whose text the commands of the page read
-    appended, // is run behind `with`, the beginning of a command
+    file,     // is the text of the file `with`, which the commands of the page read
+    appended, // is run after `with`, the beginning of a command
     shown,    // is compared by another test, as `with` tells
     not_run,  // for the reason `with`
 };
@@ -30,7 +30,7 @@ struct Entry {
     const char* with;
 };
 
-// A file that a page's commands read and do not make.
+// A file that a page's commands read but do not make.
 struct Supply {
     const char* page;
     const char* name;
@@ -51,6 +51,7 @@ static const Entry entries[] = {
      "check-includes holds the folders to it"},
     {"README.md", "cmake --install ", Listed::not_run, machine},
     {"README.md", "cmake --preset release", Listed::not_run, machine},
+    {"docs/architecture.md", " velmora   ", Listed::not_run, "is a drawing"},
     {"docs/catalogues.md", "velmora: sky.velmora: stars written: ", Listed::output,
      "velmora catalog import stars.csv.gz -o sky.velmora"},
     {"docs/catalogues.md", "velmora: mine.csv, line 7: ", Listed::output,
@@ -123,7 +124,7 @@ static const Entry* entry_of(const Block& block) {
     return nullptr;
 }
 
-// A command goes on behind a backslash.
+// A line that ends in a backslash continues on the next.
 static std::vector<std::string> commands_of(const Block& block) {
     std::vector<std::string> commands;
     bool goes_on = false;
@@ -138,7 +139,7 @@ static std::vector<std::string> commands_of(const Block& block) {
     return commands;
 }
 
-// Whether the command's first word is our program, wherever it lies.
+// Whether the command's first word is our program, in any folder.
 static bool is_ours(const std::string& command) {
     const std::string word = command.substr(0, command.find(' '));
     return fs::path(word).filename() == "velmora";
@@ -177,7 +178,7 @@ public:
     void write(const std::string& name, const std::string& text) { folder.write(name, text); }
 
     Ran run(std::string command) const {
-        // Pages install where not everybody may write.
+        // Pages install to a folder that needs special rights.
         const std::string prefix = "/opt/velmora", here = folder.file("opt/velmora");
         for (std::size_t at = 0; (at = command.find(prefix, at)) != std::string::npos;
              at += here.size())
@@ -227,7 +228,7 @@ private:
 
 } // namespace
 
-// What remains when the lines are taken out that a command of a page may say.
+// `said` without the lines that a command of a page may print.
 static std::string unexpected(const std::string& said) {
     std::string rest;
     std::istringstream lines(said);
