@@ -8,6 +8,7 @@
 #include <cstdio>
 
 using namespace velmora;
+using namespace velmora::host;
 
 typedef std::vector<double> Columns;
 

@@ -11,6 +11,7 @@
 #include <stdexcept>
 
 using namespace velmora;
+using namespace velmora::host;
 
 static const char* const name = "shot.nk";
 

@@ -37,7 +37,7 @@ void CameraOp::_validate(bool for_real) {
 Matrix4 CameraOp::projection(int mode) const {
     Matrix4 matrix;
     matrix.makeIdentity();
-    matrix.rotateZ(float(win_roll_ * velmora::radians_per_degree));
+    matrix.rotateZ(float(win_roll_ * velmora::host::radians_per_degree));
     matrix.scale(1 / win_scale_.x, 1 / win_scale_.y, 1);
     matrix.translate(-win_translate_.x, -win_translate_.y);
     if (mode == LENS_UV || mode == LENS_SPHERICAL)

@@ -1,7 +1,7 @@
 // An op that makes an image, row by row.
 //
 // Shapes:    row 0 is the bottom one; spans are half-open.
-// Errors:    while the host checks its plug-ins, get() throws velmora::PluginMisuse.
+// Errors:    while the host checks its plug-ins, get() throws velmora::host::PluginMisuse.
 // Threads:   get and engine run in several threads at once, in any order of rows.
 #pragma once
 

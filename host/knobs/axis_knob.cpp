@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace velmora {
+namespace velmora::host {
 
 using DD::Image::KnobSpec;
 
@@ -129,4 +129,4 @@ void AxisKnob::store(DD::Image::StoreType, void* data, DD::Image::Hash& hash,
     hash.append(columns.data(), sizeof columns);
 }
 
-} // namespace velmora
+} // namespace velmora::host

@@ -12,7 +12,7 @@
 #include <memory>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 class AxisKnob : public HostKnob {
 public:
@@ -45,4 +45,4 @@ private:
     ChoiceKnob *transform_order = nullptr, *rotation_order = nullptr;
 };
 
-} // namespace velmora
+} // namespace velmora::host

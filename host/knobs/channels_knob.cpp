@@ -1,6 +1,6 @@
 #include "host/knobs/channels_knob.h"
 
-namespace velmora {
+namespace velmora::host {
 
 using DD::Image::Channel;
 using DD::Image::ChannelSet;
@@ -59,4 +59,4 @@ void ChannelsKnob::store(DD::Image::StoreType, void* data, DD::Image::Hash& hash
     chosen.append(hash);
 }
 
-} // namespace velmora
+} // namespace velmora::host

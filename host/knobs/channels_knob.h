@@ -3,7 +3,7 @@
 
 #include "host/knobs/host_knob.h"
 
-namespace velmora {
+namespace velmora::host {
 
 class ChannelsKnob : public HostKnob {
 public:
@@ -21,4 +21,4 @@ private:
     DD::Image::ChannelSet chosen;
 };
 
-} // namespace velmora
+} // namespace velmora::host

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cmath>
 
-namespace velmora {
+namespace velmora::host {
 
 using DD::Image::KnobSpec;
 
@@ -74,4 +74,4 @@ void ChoiceKnob::store(DD::Image::StoreType, void* data, DD::Image::Hash& hash,
     *static_cast<int*>(data) = chosen;
 }
 
-} // namespace velmora
+} // namespace velmora::host

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 class ChoiceKnob : public HostKnob {
 public:
@@ -43,4 +43,4 @@ private:
     void choose(int index);
 };
 
-} // namespace velmora
+} // namespace velmora::host

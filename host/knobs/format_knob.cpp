@@ -2,7 +2,7 @@
 
 #include "host/knobs/format_text.h"
 
-namespace velmora {
+namespace velmora::host {
 
 FormatKnob::FormatKnob(const DD::Image::KnobSpec& spec, const Project& project)
     : HostKnob(spec), project(project) {
@@ -35,4 +35,4 @@ void FormatKnob::store(DD::Image::StoreType, void* data, DD::Image::Hash& hash,
     format().append(hash);
 }
 
-} // namespace velmora
+} // namespace velmora::host

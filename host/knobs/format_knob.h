@@ -4,7 +4,7 @@
 #include "host/knobs/host_knob.h"
 #include "host/runtime/project.h"
 
-namespace velmora {
+namespace velmora::host {
 
 class FormatKnob : public HostKnob {
 public:
@@ -29,4 +29,4 @@ private:
     const DD::Image::Format* picked = nullptr;
 };
 
-} // namespace velmora
+} // namespace velmora::host

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cmath>
 
-namespace velmora {
+namespace velmora::host {
 
 using DD::Image::Format;
 
@@ -73,4 +73,4 @@ std::string format_text(const Format& format) {
     return format.name() ? text + " " + format.name() : text;
 }
 
-} // namespace velmora
+} // namespace velmora::host

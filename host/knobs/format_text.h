@@ -7,7 +7,7 @@
 
 #include <DDImage/Format.h>
 
-namespace velmora {
+namespace velmora::host {
 
 // The largest width and height that a format may have.
 const int largest_format_side = 1 << 24;
@@ -17,4 +17,4 @@ DDImage_API DD::Image::Format parse_format_text(const ScriptValue& value,
                                                 const std::string& script);
 DDImage_API std::string format_text(const DD::Image::Format& format);
 
-} // namespace velmora
+} // namespace velmora::host

@@ -3,7 +3,7 @@
 #include "host/runtime/checks.h"
 #include "host/script/script_writer.h"
 
-namespace velmora {
+namespace velmora::host {
 
 using DD::Image::StoreType;
 
@@ -95,4 +95,4 @@ void HostKnob::store_into(DD::Image::Op& op, StoreType type, void* data, DD::Ima
     put(op, type, data, hash);
 }
 
-} // namespace velmora
+} // namespace velmora::host

@@ -8,7 +8,7 @@
 #include <DDImage/Knobs.h>
 #include <DDImage/Op.h>
 
-namespace velmora {
+namespace velmora::host {
 
 class DDImage_API HostKnob : public DD::Image::Knob {
 public:
@@ -56,4 +56,4 @@ private:
     bool remembered = false;
 };
 
-} // namespace velmora
+} // namespace velmora::host

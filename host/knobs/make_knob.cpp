@@ -5,7 +5,7 @@
 #include "host/knobs/format_knob.h"
 #include "host/knobs/text_knob.h"
 
-namespace velmora {
+namespace velmora::host {
 
 std::vector<std::unique_ptr<HostKnob>> make_knobs(const DD::Image::KnobSpec& spec,
                                                   const Project& project) {
@@ -47,4 +47,4 @@ std::vector<std::unique_ptr<HostKnob>> make_knobs(const DD::Image::KnobSpec& spe
     return knobs;
 }
 
-} // namespace velmora
+} // namespace velmora::host

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-namespace velmora {
+namespace velmora::host {
 
 using DD::Image::KnobSpec;
 using DD::Image::StoreType;
@@ -178,4 +178,4 @@ void NumberKnob::store(StoreType type, void* data, DD::Image::Hash& hash,
     }
 }
 
-} // namespace velmora
+} // namespace velmora::host

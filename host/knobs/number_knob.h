@@ -11,7 +11,7 @@
 #include <functional>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 class NumberKnob : public HostKnob {
 public:
@@ -46,4 +46,4 @@ private:
     std::vector<ScriptValue> items_for(const ScriptValue& value, const std::string& script) const;
 };
 
-} // namespace velmora
+} // namespace velmora::host

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-namespace velmora {
+namespace velmora::host {
 
 using DD::Image::StoreType;
 
@@ -73,4 +73,4 @@ void TextKnob::store(StoreType type, void* data, DD::Image::Hash& hash,
         *static_cast<const char**>(data) = text.c_str(); // alive until the knob changes
 }
 
-} // namespace velmora
+} // namespace velmora::host

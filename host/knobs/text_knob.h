@@ -3,7 +3,7 @@
 
 #include "host/knobs/host_knob.h"
 
-namespace velmora {
+namespace velmora::host {
 
 class TextKnob : public HostKnob {
 public:
@@ -30,4 +30,4 @@ private:
     std::string text;
 };
 
-} // namespace velmora
+} // namespace velmora::host

@@ -4,7 +4,7 @@
 
 #include <DDImage/CameraOp.h>
 
-namespace velmora {
+namespace velmora::host {
 
 using DD::Image::Op;
 
@@ -33,4 +33,4 @@ static const Op::Description camera("Camera", &make<DD::Image::CameraOp>);
 static const Op::Description camera2("Camera2", &make<DD::Image::CameraOp>);
 static const Op::Description camera3("Camera3", &make<DD::Image::CameraOp>);
 
-} // namespace velmora
+} // namespace velmora::host

@@ -4,7 +4,7 @@
 
 #include <DDImage/Iop.h>
 
-namespace velmora {
+namespace velmora::host {
 
 #ifdef NDEBUG
 static bool checking = false;
@@ -23,25 +23,25 @@ void set_checks_plugins(bool on) {
 PluginMisuse::PluginMisuse(const DD::Image::Op& op, const std::string& what)
     : std::logic_error(printable(std::string(op.node_name()) + " (" + op.Class() + "): " + what)) {}
 
-} // namespace velmora
+} // namespace velmora::host
 
 namespace DD::Image {
 
 bool Row::has_guards() {
-    return velmora::checks_plugins();
+    return velmora::host::checks_plugins();
 }
 
 void Iop::checked_engine(int y, int x, int r, ChannelMask channels, Row& row) {
-    if (!velmora::checks_plugins()) {
+    if (!velmora::host::checks_plugins()) {
         engine(y, x, r, channels, row);
         return;
     }
     if (!opened())
-        throw velmora::PluginMisuse(*this, "engine was called while the op was not open");
+        throw velmora::host::PluginMisuse(*this, "engine was called while the op was not open");
     engine(y, x, r, channels, row);
     if (const Channel channel = row.written_beside()) {
         const char* const name = getName(channel);
-        throw velmora::PluginMisuse(
+        throw velmora::host::PluginMisuse(
             *this, "engine, for row " + std::to_string(y) + " from " + std::to_string(x) + " to " +
                        std::to_string(r) + ", wrote beside the span in " +
                        (name ? name : "channel " + std::to_string(channel)));

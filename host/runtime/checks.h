@@ -15,7 +15,7 @@ namespace DD::Image {
 class Op;
 }
 
-namespace velmora {
+namespace velmora::host {
 
 // On in builds with assertions, off otherwise.
 DDImage_API bool checks_plugins();
@@ -27,4 +27,4 @@ public:
     PluginMisuse(const DD::Image::Op& op, const std::string& what);
 };
 
-} // namespace velmora
+} // namespace velmora::host

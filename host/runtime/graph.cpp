@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace velmora {
+namespace velmora::host {
 
 Graph::Graph(const PluginPath& plugins) : path(plugins) {}
 
@@ -43,4 +43,4 @@ Node* Graph::find(const std::string& name) const {
     return found == by_name.end() ? nullptr : found->second;
 }
 
-} // namespace velmora
+} // namespace velmora::host

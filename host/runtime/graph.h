@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 class DDImage_API Graph {
 public:
@@ -50,4 +50,4 @@ private:
     std::string free_name(const std::string& class_name);
 };
 
-} // namespace velmora
+} // namespace velmora::host

@@ -12,7 +12,7 @@ using DD::Image::Knob_Closure;
 using DD::Image::KnobSpec;
 using DD::Image::Op;
 
-namespace velmora {
+namespace velmora::host {
 
 // The first pass over an op's knobs: makes them with the op's own values.
 class KnobMaker : public Knob_Closure {
@@ -77,13 +77,13 @@ private:
     }
 };
 
-} // namespace velmora
+} // namespace velmora::host
 
 Node::Node(const Op::Description& description, const std::string& name,
-           const velmora::Project& project)
+           const velmora::host::Project& project)
     : description_(description), name_(name), project_(project) {
     prototype_ = make_op();
-    velmora::KnobMaker maker(*this);
+    velmora::host::KnobMaker maker(*this);
     prototype_->knobs(maker);
 }
 
@@ -92,12 +92,12 @@ Node::~Node() {}
 std::unique_ptr<Op> Node::make_op() {
     Op* const op = description_.constructor(this);
     if (!op)
-        throw velmora::PluginError(description_.name, "its plug-in made no op");
+        throw velmora::host::PluginError(description_.name, "its plug-in made no op");
     return std::unique_ptr<Op>(op);
 }
 
-velmora::HostKnob* Node::knob(const std::string& name) const {
-    for (const std::unique_ptr<velmora::HostKnob>& knob : knobs_)
+velmora::host::HostKnob* Node::knob(const std::string& name) const {
+    for (const std::unique_ptr<velmora::host::HostKnob>& knob : knobs_)
         if (!name.empty() && knob->name() == name)
             return knob.get();
     return nullptr;
@@ -141,11 +141,11 @@ bool Node::set_input(int n, Node* node) {
 
 void Node::store_early(Op& op) const {
     Hash ignored;
-    velmora::KnobStorer storer(*this, op, true, ignored);
+    velmora::host::KnobStorer storer(*this, op, true, ignored);
     op.knobs(storer);
 }
 
 void Node::store_all(Op& op, Hash& hash) const {
-    velmora::KnobStorer storer(*this, op, false, hash);
+    velmora::host::KnobStorer storer(*this, op, false, hash);
     op.knobs(storer);
 }

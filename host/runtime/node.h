@@ -14,16 +14,16 @@
 #include <string>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 class KnobMaker;
 class KnobStorer;
-} // namespace velmora
+} // namespace velmora::host
 
 class DDImage_API Node {
 public:
     // The project must outlive the node. Throws PluginError for a class that makes no op.
     Node(const DD::Image::Op::Description& description, const std::string& name,
-         const velmora::Project& project);
+         const velmora::host::Project& project);
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
     ~Node();
@@ -31,13 +31,13 @@ public:
     const std::string& name() const { return name_; }
     const char* class_name() const { return description_.name; }
     const DD::Image::Op::Description& description() const { return description_; }
-    const velmora::Project& project() const { return project_; }
+    const velmora::host::Project& project() const { return project_; }
     const DD::Image::Format& script_format() const { return project_.format(); }
     DD::Image::Op& prototype() const { return *prototype_; }
 
     // In the order of the panel, with the parts of an axis behind it.
-    const std::vector<std::unique_ptr<velmora::HostKnob>>& knobs() const { return knobs_; }
-    velmora::HostKnob* knob(const std::string& name) const;
+    const std::vector<std::unique_ptr<velmora::host::HostKnob>>& knobs() const { return knobs_; }
+    velmora::host::HostKnob* knob(const std::string& name) const;
 
     int inputs() const { return prototype_->maximum_inputs(); }
     Node* input(int n) const;
@@ -58,15 +58,15 @@ public:
     std::unique_ptr<DD::Image::Op> make_op();
 
 private:
-    friend class velmora::KnobMaker;
-    friend class velmora::KnobStorer;
+    friend class velmora::host::KnobMaker;
+    friend class velmora::host::KnobStorer;
 
     const DD::Image::Op::Description& description_;
     std::string name_;
-    const velmora::Project& project_;
+    const velmora::host::Project& project_;
     std::unique_ptr<DD::Image::Op> prototype_;
-    std::vector<std::unique_ptr<velmora::HostKnob>> knobs_;
-    std::vector<velmora::HostKnob*> declared; // those that the op itself declares
+    std::vector<std::unique_ptr<velmora::host::HostKnob>> knobs_;
+    std::vector<velmora::host::HostKnob*> declared; // those that the op itself declares
     std::vector<Node*> inputs_;
 
     // Whether `other` is this node or depends on it.

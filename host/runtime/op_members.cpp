@@ -7,7 +7,7 @@
 namespace DD::Image {
 
 void Op::Description::announced(DD::Image::Description* description) {
-    description->plugin = velmora::plugin_being_loaded();
+    description->plugin = velmora::host::plugin_being_loaded();
 }
 
 const char* Op::node_name() const {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace velmora {
+namespace velmora::host {
 
 using DD::Image::Hash;
 using DD::Image::Op;
@@ -112,4 +112,4 @@ bool OpTree::wire(Node& node, Op& op, Hash& hash) {
     return anew;
 }
 
-} // namespace velmora
+} // namespace velmora::host

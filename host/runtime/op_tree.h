@@ -17,7 +17,7 @@
 #include <memory>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 class DDImage_API OpTree {
 public:
@@ -55,4 +55,4 @@ private:
     void close_all();
 };
 
-} // namespace velmora
+} // namespace velmora::host

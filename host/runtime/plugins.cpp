@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
-namespace velmora {
+namespace velmora::host {
 
 // How often one .tcl file may lead to another.
 static const int deepest_tcl = 8;
@@ -90,4 +90,4 @@ const DD::Image::Op::Description& PluginPath::find(const std::string& class_name
                                       (searched.empty() ? "an empty plug-in path" : searched));
 }
 
-} // namespace velmora
+} // namespace velmora::host

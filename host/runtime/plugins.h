@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 // Says "<file or class>: <why>", printable.
 class DDImage_API PluginError : public TextError {
@@ -43,4 +43,4 @@ private:
 // The file whose classes announce themselves at the moment; null when none is being loaded.
 DDImage_API const char* plugin_being_loaded();
 
-} // namespace velmora
+} // namespace velmora::host

@@ -2,7 +2,7 @@
 
 #include <DDImage/Iop.h>
 
-namespace velmora {
+namespace velmora::host {
 
 namespace {
 
@@ -41,4 +41,4 @@ void Project::set_format(const DD::Image::Format& format) {
     black_image->set_hash(hash); // which the hashes of those that it feeds depend on
 }
 
-} // namespace velmora
+} // namespace velmora::host

@@ -10,7 +10,7 @@ namespace DD::Image {
 class Iop;
 }
 
-namespace velmora {
+namespace velmora::host {
 
 class DDImage_API Project {
 public:
@@ -31,4 +31,4 @@ private:
     std::unique_ptr<DD::Image::Iop> black_image;
 };
 
-} // namespace velmora
+} // namespace velmora::host

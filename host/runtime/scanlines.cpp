@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 using DD::Image::Box;
 using DD::Image::ChannelMask;
@@ -141,4 +141,4 @@ void pull_rows(Iop& iop, const Box& box, ChannelMask channels, const Pulling& pu
     throw_error_of(iop);
 }
 
-} // namespace velmora
+} // namespace velmora::host

@@ -15,7 +15,7 @@
 #include <stdexcept>
 #include <string>
 
-namespace velmora {
+namespace velmora::host {
 
 // An op called error(). Says "<node>: <message>", printable.
 class DDImage_API OpFailure : public std::runtime_error {
@@ -60,4 +60,4 @@ DDImage_API void pull_rows(DD::Image::Iop& iop, const DD::Image::Box& box,
                            DD::Image::ChannelMask channels, const Pulling& pulling,
                            const RowSink& sink);
 
-} // namespace velmora
+} // namespace velmora::host

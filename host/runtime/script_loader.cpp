@@ -6,7 +6,7 @@
 #include <map>
 #include <set>
 
-namespace velmora {
+namespace velmora::host {
 
 // Ops validate and open what feeds them, each within the other.
 static const int longest_chain = 1000;
@@ -192,4 +192,4 @@ LoadedScript load_script(const Script& script, const std::string& class_name, Gr
     return result;
 }
 
-} // namespace velmora
+} // namespace velmora::host

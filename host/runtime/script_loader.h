@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 struct LoadedScript {
     std::vector<Node*> nodes;                 // of the class asked for, in the script's order
@@ -25,4 +25,4 @@ struct LoadedScript {
 DDImage_API LoadedScript load_script(const Script& script, const std::string& class_name,
                                      Graph& graph);
 
-} // namespace velmora
+} // namespace velmora::host

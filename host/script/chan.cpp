@@ -6,7 +6,7 @@
 #include <cmath>
 #include <string_view>
 
-namespace velmora {
+namespace velmora::host {
 
 static const char* const blanks = " \t\r\v\f";
 
@@ -127,4 +127,4 @@ ChanSample Chan::sample(double time) const {
     return between(previous->sample, next->sample, part);
 }
 
-} // namespace velmora
+} // namespace velmora::host

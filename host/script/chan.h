@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 // Says "<where>: <why>", printable, where <where> is FILE:LINE, or FILE when the whole file is at fault.
 class ChanError : public TextError {
@@ -56,4 +56,4 @@ private:
     Chan() {}
 };
 
-} // namespace velmora
+} // namespace velmora::host

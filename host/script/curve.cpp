@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cmath>
 
-namespace velmora {
+namespace velmora::host {
 
 static const double farthest_frame = 1e9;
 static const double closest_frames = 1e-6;
@@ -435,4 +435,4 @@ std::string AnimationCurve::text() const {
     return is_animated() ? "{" + whole.text + "}" : whole.text;
 }
 
-} // namespace velmora
+} // namespace velmora::host

@@ -38,7 +38,7 @@
 #include <string>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 struct CurveKey {
     double frame = 0.0;
@@ -93,4 +93,4 @@ private:
     double between(std::size_t key, double frame) const;
 };
 
-} // namespace velmora
+} // namespace velmora::host

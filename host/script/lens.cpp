@@ -4,10 +4,10 @@
 
 #include <cmath>
 
-namespace velmora {
+namespace velmora::host {
 
 double focal_of_fov(double fov, double aperture) {
     return aperture / (2.0 * std::tan(fov * radians_per_degree / 2.0));
 }
 
-} // namespace velmora
+} // namespace velmora::host

@@ -6,9 +6,9 @@
 // Threads:   pure functions.
 #pragma once
 
-namespace velmora {
+namespace velmora::host {
 
 // aperture / (2 tan(fov / 2))
 double focal_of_fov(double fov, double aperture);
 
-} // namespace velmora
+} // namespace velmora::host

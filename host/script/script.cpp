@@ -10,7 +10,7 @@
 #include <system_error>
 #include <unordered_map>
 
-namespace velmora {
+namespace velmora::host {
 
 static const std::size_t deepest_group = 100;
 static const int most_inputs = 1000;
@@ -417,4 +417,4 @@ Script Script::parse(const std::string& text, const std::string& name) {
     return script;
 }
 
-} // namespace velmora
+} // namespace velmora::host

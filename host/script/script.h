@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 struct ScriptKnob {
     std::string name;
@@ -71,4 +71,4 @@ std::vector<ScriptKnob> knobs_of_clone(std::vector<ScriptKnob> original,
 // stay.
 bool is_looked_through(const std::string& class_name);
 
-} // namespace velmora
+} // namespace velmora::host

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
-namespace velmora {
+namespace velmora::host {
 
 // Blanks that end no command.
 static bool is_blank(char ch) {
@@ -303,4 +303,4 @@ std::string in_quotes(const ScriptValue& value) {
     return in_quotes(value.kind == ScriptValue::Kind::braced ? "{" + value.text + "}" : value.text);
 }
 
-} // namespace velmora
+} // namespace velmora::host

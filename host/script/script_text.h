@@ -22,7 +22,7 @@
 #include <string_view>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 struct ScriptPlace {
     int line = 1;
@@ -65,6 +65,7 @@ std::vector<ScriptValue> list_items(const ScriptValue& value, const std::string&
 double number_of(const ScriptValue& value, const std::string& name);
 
 // The value as a message shows it, a list with its braces.
+using velmora::in_quotes; // else the next line would hide those for texts
 std::string in_quotes(const ScriptValue& value);
 
-} // namespace velmora
+} // namespace velmora::host

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-namespace velmora {
+namespace velmora::host {
 
 static bool is_plain(char ch) {
     return (ch >= '0' && ch <= '9') || (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') ||
@@ -161,4 +161,4 @@ ScriptValue list_value(const std::vector<ScriptValue>& items) {
     return {ScriptValue::Kind::braced, text, {}};
 }
 
-} // namespace velmora
+} // namespace velmora::host

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace velmora {
+namespace velmora::host {
 
 std::string write_script(const Script& script);
 
@@ -24,4 +24,4 @@ ScriptValue text_value(const std::string& text);
 ScriptValue number_value(double number);
 ScriptValue list_value(const std::vector<ScriptValue>& items);
 
-} // namespace velmora
+} // namespace velmora::host

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-namespace velmora {
+namespace velmora::host {
 
 namespace {
 
@@ -82,4 +82,4 @@ std::array<double, 3> look_at_rotation(double ra, double dec, double roll) {
     return {dec, ra - 90.0, roll};
 }
 
-} // namespace velmora
+} // namespace velmora::host

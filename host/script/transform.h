@@ -14,7 +14,7 @@
 
 #include <array>
 
-namespace velmora {
+namespace velmora::host {
 
 typedef std::array<float, 16> HostMatrix;
 
@@ -41,4 +41,4 @@ struct Transform {
 // (ra, dec) along (cos dec cos ra, sin dec, -cos dec sin ra).
 std::array<double, 3> look_at_rotation(double ra, double dec, double roll);
 
-} // namespace velmora
+} // namespace velmora::host

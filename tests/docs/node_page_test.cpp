@@ -8,6 +8,7 @@
 #include <set>
 
 using namespace velmora;
+using namespace velmora::host;
 
 namespace fs = std::filesystem;
 

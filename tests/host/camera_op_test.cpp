@@ -4,6 +4,7 @@
 #include <DDImage/CameraOp.h>
 
 using namespace velmora;
+using namespace velmora::host;
 using namespace DD::Image;
 
 // Single precision over a few steps with numbers below 10.

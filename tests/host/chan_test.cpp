@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 using namespace velmora;
+using namespace velmora::host;
 
 static std::string error_of(const std::string& text) {
     try {

@@ -6,6 +6,7 @@
 #include <random>
 
 using namespace velmora;
+using namespace velmora::host;
 
 // The value `text` as it stands in a list.
 static ScriptValue value_of(const std::string& text) {

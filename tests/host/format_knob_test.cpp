@@ -3,6 +3,7 @@
 #include "tests/host/panel.h"
 
 using namespace velmora;
+using namespace velmora::host;
 using DD::Image::Format;
 
 class FormatKnobTest : public PanelTest {

@@ -4,6 +4,7 @@
 
 using DD::Image::Format;
 using namespace velmora;
+using namespace velmora::host;
 
 static ScriptValue quoted(const std::string& text) {
     return {ScriptValue::Kind::quoted, text, {4, 9}};

@@ -3,6 +3,7 @@
 #include "tests/host/comp.h"
 
 using namespace velmora;
+using namespace velmora::host;
 using DD::Image::Format;
 
 TEST(Graph, HasTheHostsFormatAndRangeAtFirst) {

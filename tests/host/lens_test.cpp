@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 using namespace velmora;
+using namespace velmora::host;
 
 // A few roundings in double.
 static const double tolerance = 1e-13;

@@ -4,6 +4,7 @@
 #include <DDImage/NukeWrapper.h>
 
 using namespace velmora;
+using namespace velmora::host;
 using namespace DD::Image;
 
 // A node that adds 100 to its source, in the wrapper with all additions; and two images.

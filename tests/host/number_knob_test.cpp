@@ -4,6 +4,7 @@
 #include "tests/special_values.h"
 
 using namespace velmora;
+using namespace velmora::host;
 using DD::Image::Hash;
 using DD::Image::OutputContext;
 using namespace velmora_test::doubles;

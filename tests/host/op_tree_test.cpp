@@ -8,6 +8,7 @@
 #include <set>
 
 using namespace velmora;
+using namespace velmora::host;
 using DD::Image::Chan_Alpha;
 using DD::Image::Chan_Green;
 using DD::Image::Chan_Red;

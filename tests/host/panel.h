@@ -56,11 +56,11 @@ public:
 
 class PanelTest : public testing::Test {
 protected:
-    velmora::Project project;
+    velmora::host::Project project;
     const DD::Image::Op::Description description{"Panel", &make};
     Node node{description, "P", project};
 
-    velmora::HostKnob& knob(const char* name) { return *node.knob(name); }
+    velmora::host::HostKnob& knob(const char* name) { return *node.knob(name); }
 
     // What an op of the node is given at a frame.
     std::unique_ptr<Panel> stored(double frame = 1, DD::Image::Hash* hash = nullptr) {
@@ -81,11 +81,12 @@ protected:
 
     // Reads the value as it stands in a saved script, from column 2 of line 1.
     std::string read_error(const char* name, const std::string& text) {
-        const velmora::ScriptValue list = {velmora::ScriptValue::Kind::braced, text, {1, 1}};
+        const velmora::host::ScriptValue list = {
+            velmora::host::ScriptValue::Kind::braced, text, {1, 1}};
         const std::string before = knob(name).to_script();
         try {
-            knob(name).read(velmora::list_items(list, "shot.nk").at(0), "shot.nk");
-        } catch (const velmora::ScriptError& error) {
+            knob(name).read(velmora::host::list_items(list, "shot.nk").at(0), "shot.nk");
+        } catch (const velmora::host::ScriptError& error) {
             EXPECT_EQ(knob(name).to_script(), before) << "changed all the same";
             return error.what();
         }

@@ -6,6 +6,7 @@
 #include <DDImage/CameraOp.h>
 
 using namespace velmora;
+using namespace velmora::host;
 using DD::Image::Op;
 
 static const std::string built = VELMORA_TEST_PLUGINS;

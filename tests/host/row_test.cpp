@@ -104,11 +104,11 @@ TEST(Row, HasNoColumnsWhenItEndsBeforeItStarts) {
 
 class WatchedRow : public testing::Test {
 protected:
-    WatchedRow() { velmora::set_checks_plugins(true); }
-    ~WatchedRow() override { velmora::set_checks_plugins(before); }
+    WatchedRow() { velmora::host::set_checks_plugins(true); }
+    ~WatchedRow() override { velmora::host::set_checks_plugins(before); }
 
 private:
-    const bool before = velmora::checks_plugins();
+    const bool before = velmora::host::checks_plugins();
 };
 
 TEST_F(WatchedRow, FindsNothingWhenTheSpanIsKeptTo) {

@@ -8,6 +8,7 @@
 #include <thread>
 
 using namespace velmora;
+using namespace velmora::host;
 using namespace DD::Image;
 
 class ScanlinesTest : public CompTest {

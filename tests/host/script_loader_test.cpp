@@ -5,6 +5,7 @@
 #include <DDImage/CameraOp.h>
 
 using namespace velmora;
+using namespace velmora::host;
 
 typedef std::vector<std::string> Names;
 

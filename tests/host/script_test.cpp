@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 using namespace velmora;
+using namespace velmora::host;
 
 typedef std::vector<std::string> Texts;
 

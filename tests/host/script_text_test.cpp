@@ -5,6 +5,7 @@
 #include <limits>
 
 using namespace velmora;
+using namespace velmora::host;
 
 typedef std::vector<std::string> Texts;
 typedef ScriptValue::Kind Kind;

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 using namespace velmora;
+using namespace velmora::host;
 
 static ScriptKnob knob(const std::string& name, const ScriptValue& value) {
     return {name, {}, value};

@@ -8,6 +8,7 @@
 #include <new>
 
 using namespace velmora;
+using namespace velmora::host;
 
 namespace {
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 using namespace velmora;
+using namespace velmora::host;
 
 // Half an ulp of a float below 1, and what double adds to it.
 static const double narrowing = 0x1p-25 + 1e-15;

@@ -141,11 +141,11 @@ TEST_F(NodeChangedFile, IsToldOfByTheHostThatPullsTheRows) {
     comp.set_star_file(path);
     Op& op = comp.validated();
     cut(0);
-    const velmora::Opened opened(op);
+    const velmora::host::Opened opened(op);
     try {
         pulled(opened.iop());
         FAIL() << "nothing was thrown";
-    } catch (const velmora::OpFailure& failure) {
+    } catch (const velmora::host::OpFailure& failure) {
         EXPECT_EQ(failure.why, changed());
     }
 }

@@ -15,8 +15,8 @@
 
 namespace node_test {
 
-inline velmora::PluginPath plugin_path() {
-    return velmora::PluginPath({VELMORA_PLUGIN_FOLDER});
+inline velmora::host::PluginPath plugin_path() {
+    return velmora::host::PluginPath({VELMORA_PLUGIN_FOLDER});
 }
 
 // The node's op behind the host's wrapper, to look into.
@@ -26,7 +26,7 @@ inline const VelmoraNK& inside(DD::Image::Op& op) {
 
 // Sets a knob to what a saved script would have behind its name.
 inline void set(Node& node, const std::string& knob, const std::string& value) {
-    velmora::HostKnob* const known = node.knob(knob);
+    velmora::host::HostKnob* const known = node.knob(knob);
     ASSERT_NE(known, nullptr) << knob;
     ASSERT_TRUE(known->from_script(value.c_str())) << knob << " " << value;
 }
@@ -78,9 +78,9 @@ inline testing::AssertionResult same_bits(const Pixels& a, const Pixels& b) {
 }
 
 // The whole box of an op that is open.
-inline Pixels pulled(DD::Image::Iop& iop, const velmora::Pulling& pulling = {}) {
+inline Pixels pulled(DD::Image::Iop& iop, const velmora::host::Pulling& pulling = {}) {
     Pixels pixels(iop.info());
-    velmora::pull_rows(
+    velmora::host::pull_rows(
         iop, iop.info(), DD::Image::Mask_RGBA, pulling,
         [&](const DD::Image::Row& row, int y, int x, int r) { pixels.take(row, y, x, r); });
     return pixels;
@@ -88,9 +88,9 @@ inline Pixels pulled(DD::Image::Iop& iop, const velmora::Pulling& pulling = {}) 
 
 class Comp {
 public:
-    velmora::Graph graph{plugin_path()};
+    velmora::host::Graph graph{plugin_path()};
     Node& stars = graph.create("VelmoraNK");
-    velmora::OpTree tree{stars};
+    velmora::host::OpTree tree{stars};
 
     Comp() { graph.set_format(DD::Image::Format(24, 16)); }
 
@@ -109,7 +109,7 @@ public:
 
     DD::Image::Op& validated(double frame = 1) {
         DD::Image::Op& op = tree.at(frame);
-        velmora::validate(op);
+        velmora::host::validate(op);
         return op;
     }
 

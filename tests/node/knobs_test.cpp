@@ -201,7 +201,7 @@ TEST_F(NodeKnobs, AreDeclaredAlikeEachTime) {
 TEST_F(NodeKnobs, StartAsTheTableSays) {
     for (const KnobRow& row : table) {
         SCOPED_TRACE(row.name);
-        const velmora::HostKnob* const knob = comp.stars.knob(row.name);
+        const velmora::host::HostKnob* const knob = comp.stars.knob(row.name);
         ASSERT_NE(knob, nullptr);
         EXPECT_FALSE(knob->not_default());
         for (std::size_t k = 0; k < row.defaults.size(); k++)

@@ -26,7 +26,7 @@ protected:
     NodeLimits() { comp.set_star_file(folder.write("sky", sky(60))); }
 
     void set_format(int width, int height) {
-        dynamic_cast<velmora::FormatKnob&>(*comp.stars.knob("format"))
+        dynamic_cast<velmora::host::FormatKnob&>(*comp.stars.knob("format"))
             .set_format(Format(width, height));
     }
 

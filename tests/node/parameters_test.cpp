@@ -150,7 +150,7 @@ TEST_F(NodeParameters, GiveTheOutputItsFormat) {
     EXPECT_TRUE(image.info() == DD::Image::Box(4, 2, 36, 26));
     EXPECT_EQ(inside(op).render_data.right, 40.0 / 30);
 
-    const velmora::Opened opened(op);
+    const velmora::host::Opened opened(op);
     ASSERT_NE(inside(op).image, nullptr);
     EXPECT_EQ(inside(op).image->width, 40);
     EXPECT_EQ(inside(op).image->height, 30);
@@ -171,7 +171,7 @@ TEST_F(NodeParameters, StayAsTheyWereValidatedWhileTheKnobsMoveOn) {
     DD::Image::Op& op = comp.validated();
     comp.set("format", "\"8 6\"");
     comp.set("brightness", "1");
-    const velmora::Opened opened(op);
+    const velmora::host::Opened opened(op);
     EXPECT_EQ(opened.iop().format(), DD::Image::Format(24, 16));
     EXPECT_EQ(inside(op).image->width, 24);
     EXPECT_EQ(inside(op).image->height, 16);
@@ -181,29 +181,30 @@ TEST_F(NodeParameters, StayAsTheyWereValidatedWhileTheKnobsMoveOn) {
 TEST_F(NodeParameters, StayAsTheyWereValidatedWhileTheProjectMovesOn) {
     DD::Image::Op& op = comp.validated();
     comp.graph.set_format(DD::Image::Format(8, 6));
-    const velmora::Opened opened(op);
+    const velmora::host::Opened opened(op);
     EXPECT_EQ(opened.iop().format(), DD::Image::Format(24, 16));
     EXPECT_EQ(inside(op).image->width, 24);
 }
 
 // ---- saved scripts -----------------------------------------------------------------------------
 
-static const VelmoraNK& loaded(velmora::Graph& graph, std::unique_ptr<velmora::OpTree>& tree,
+static const VelmoraNK& loaded(velmora::host::Graph& graph,
+                               std::unique_ptr<velmora::host::OpTree>& tree,
                                const std::string& knobs) {
     const std::string text =
         "Root {\n format \"24 16 small\"\n}\nVelmoraNK {\n inputs 0\n" + knobs + "}\n";
-    const velmora::LoadedScript script =
-        velmora::load_script(velmora::Script::parse(text, "shot.nk"), "VelmoraNK", graph);
-    tree = std::make_unique<velmora::OpTree>(*script.nodes.at(0));
+    const velmora::host::LoadedScript script = velmora::host::load_script(
+        velmora::host::Script::parse(text, "shot.nk"), "VelmoraNK", graph);
+    tree = std::make_unique<velmora::host::OpTree>(*script.nodes.at(0));
     DD::Image::Op& op = tree->at(1);
-    velmora::validate(op);
+    velmora::host::validate(op);
     return inside(op);
 }
 
 TEST(NodeOfAScript, RendersAProjectionThatIsNoneAsPerspective) {
     for (const char* const index : {"3", "7", "-1", "-2147483647"}) {
-        velmora::Graph graph(plugin_path());
-        std::unique_ptr<velmora::OpTree> tree;
+        velmora::host::Graph graph(plugin_path());
+        std::unique_ptr<velmora::host::OpTree> tree;
         const VelmoraNK& node = loaded(graph, tree, std::string(" projection ") + index + "\n");
         EXPECT_EQ(node.projection, std::stoi(index));
         EXPECT_EQ(node.projection_mode, 0) << index;
@@ -212,8 +213,8 @@ TEST(NodeOfAScript, RendersAProjectionThatIsNoneAsPerspective) {
 }
 
 TEST(NodeOfAScript, HasTheScriptsValues) {
-    velmora::Graph graph(plugin_path());
-    std::unique_ptr<velmora::OpTree> tree;
+    velmora::host::Graph graph(plugin_path());
+    std::unique_ptr<velmora::host::OpTree> tree;
     const VelmoraNK& node =
         loaded(graph, tree,
                " brightness 7.5\n bias 0\n tint_color {0.25 0.5 1}\n"

@@ -9,7 +9,7 @@ using DD::Image::ChannelSet;
 using DD::Image::Iop;
 using DD::Image::Op;
 using DD::Image::Row;
-using velmora::Opened;
+using velmora::host::Opened;
 
 namespace {
 
@@ -102,13 +102,13 @@ TEST_F(NodePicture, WritesAllFourChannelsWhateverIsAsked) {
 }
 
 TEST_F(NodePicture, ComesInSpansOfAnyLength) {
-    velmora::set_checks_plugins(true); // no float beside a span
+    velmora::host::set_checks_plugins(true); // no float beside a span
     Op& op = comp.validated();
     const Opened opened(op);
     const Pixels whole = pulled(opened.iop());
     EXPECT_FALSE(whole.is_black());
     for (const int span : {1, 2, 5, 23, 24, 100}) {
-        velmora::Pulling pulling;
+        velmora::host::Pulling pulling;
         pulling.span = span;
         pulling.shuffled = unsigned(span);
         EXPECT_TRUE(same_bits(pulled(opened.iop(), pulling), whole)) << span;

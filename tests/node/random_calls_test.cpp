@@ -60,7 +60,7 @@ struct Plan {
 
 class Nodes {
 public:
-    velmora::Graph graph{plugin_path()};
+    velmora::host::Graph graph{plugin_path()};
     Node& stars = graph.create("VelmoraNK");
     Node& camera = graph.create("Camera2");
     Node& axis = graph.create("Axis2");
@@ -171,7 +171,7 @@ public:
             folder.write("fresh", *held);
             others.stars.knob("starfile")->set_text(folder.file("fresh").c_str());
         }
-        velmora::OpTree other_tree(others.stars);
+        velmora::host::OpTree other_tree(others.stars);
         const Outcome fresh = rendered(other_tree.at(op->outputContext()));
         EXPECT_EQ(worn.thrown, fresh.thrown);
         EXPECT_TRUE(same_bits(worn.pixels, fresh.pixels));
@@ -184,7 +184,7 @@ private:
     const ScratchFolder& folder;
     Dice dice;
     std::unique_ptr<Nodes> nodes;
-    std::unique_ptr<velmora::OpTree> tree;
+    std::unique_ptr<velmora::host::OpTree> tree;
     Op* op = nullptr;
     Plan plan;
 
@@ -250,7 +250,7 @@ private:
     }
 
     void grow_tree() {
-        tree = std::make_unique<velmora::OpTree>(nodes->stars);
+        tree = std::make_unique<velmora::host::OpTree>(nodes->stars);
         tried = "";
         held.reset();
         failures = 0;
@@ -304,14 +304,14 @@ private:
         if (!op->opened())
             return;
         Iop& iop = *op->iop();
-        velmora::Pulling pulling;
+        velmora::host::Pulling pulling;
         pulling.threads = 1 + dice.below(2);
         pulling.span = dice.below(6);
         pulling.shuffled = unsigned(dice.below(5));
         try {
-            velmora::pull_rows(iop, iop.info(), DD::Image::Mask_RGBA, pulling,
-                               [](const DD::Image::Row&, int, int, int) {});
-        } catch (const velmora::OpFailure&) {
+            velmora::host::pull_rows(iop, iop.info(), DD::Image::Mask_RGBA, pulling,
+                                     [](const DD::Image::Row&, int, int, int) {});
+        } catch (const velmora::host::OpFailure&) {
             EXPECT_TRUE(op->has_error()); // told again by the host, which looked past it
         }
     }

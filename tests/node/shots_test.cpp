@@ -126,7 +126,7 @@ HostMatrix4 placed(Node& node, double time) {
             values[std::size_t(i)] = node.knob(knob)->get_value_at(time, i);
         return values;
     };
-    velmora::Transform transform;
+    velmora::host::Transform transform;
     transform.translate = three("translate");
     transform.rotate = three("rotate");
     transform.scaling = three("scaling");

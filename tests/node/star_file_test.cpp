@@ -109,7 +109,7 @@ TEST_F(NodeStarFile, StaysOpenUntilThePathChanges) {
         comp.set("brightness", std::to_string(frame));
         Op& op = comp.validated(frame);
         {
-            const velmora::Opened opened(op);
+            const velmora::host::Opened opened(op);
             EXPECT_EQ(held(), 1);
         }
         EXPECT_EQ(inside(op).star_input, first);
@@ -127,7 +127,7 @@ TEST_F(NodeStarFile, GoesWithTheNode) {
     {
         Comp other;
         other.set_star_file(folder.write("sky", sky(5)));
-        const velmora::Opened opened(other.validated());
+        const velmora::host::Opened opened(other.validated());
         EXPECT_EQ(held(), 1);
     }
     EXPECT_EQ(held(), 0);
@@ -164,7 +164,7 @@ TEST_F(NodeStarFile, IsToldOfOnceWhenItIsMissing) {
     const std::string path = folder.file("sky");
     comp.set_star_file(path);
     Op& op = comp.tree.at(1);
-    EXPECT_THROW(velmora::validate(op), velmora::OpFailure);
+    EXPECT_THROW(velmora::host::validate(op), velmora::host::OpFailure);
     EXPECT_EQ(op.error_message(), missing(path));
     EXPECT_EQ(op.error_count(), 1);
     EXPECT_EQ(told(), "");
@@ -186,7 +186,7 @@ TEST_F(NodeStarFile, IsToldOfWithTheNodesName) {
     try {
         comp.validated();
         FAIL() << "nothing was thrown";
-    } catch (const velmora::OpFailure& failure) {
+    } catch (const velmora::host::OpFailure& failure) {
         EXPECT_STREQ(failure.what(),
                      "VelmoraNK1: Star database file '/no/such file' is missing or invalid");
     }
@@ -243,7 +243,7 @@ TEST_F(NodeStarFile, OfAnotherMagicFailsAtEveryOpening) {
     Op& op = comp.validated();
     EXPECT_FALSE(op.has_error());
     for (int opening = 0; opening < 3; opening++) {
-        EXPECT_EQ(message_of([&] { velmora::Opened opened(op); }), bad_magic);
+        EXPECT_EQ(message_of([&] { velmora::host::Opened opened(op); }), bad_magic);
         EXPECT_FALSE(op.opened());
         EXPECT_FALSE(op.has_error());
         ASSERT_NE(inside(op).image, nullptr) << "blank, as it was made";
@@ -263,7 +263,7 @@ TEST_F(NodeStarFile, OfAnotherMagicFailsAgainBeforeARecordThatLooksLikeAHeader) 
         folder.write("sky", stars_test::header_bytes("NOTSTARS") + sky(20, 1, "VELMORA1")));
     Op& op = comp.validated();
     for (int opening = 0; opening < 3; opening++)
-        EXPECT_EQ(message_of([&] { velmora::Opened opened(op); }), bad_magic);
+        EXPECT_EQ(message_of([&] { velmora::host::Opened opened(op); }), bad_magic);
 }
 
 TEST_F(NodeStarFile, OfTheHeaderAloneDrawsNothingAndIsRewound) {
@@ -272,7 +272,7 @@ TEST_F(NodeStarFile, OfTheHeaderAloneDrawsNothingAndIsRewound) {
         Op& op = comp.validated();
         const auto& input = static_cast<const MMAPStarFile&>(*inside(op).star_input);
         EXPECT_EQ(input.count, 1u);
-        const velmora::Opened opened(op);
+        const velmora::host::Opened opened(op);
         EXPECT_EQ(static_cast<const void*>(input.cursor), input.mapping.data);
         EXPECT_TRUE(pulled(opened.iop()).is_black());
     }

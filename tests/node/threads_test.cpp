@@ -8,7 +8,7 @@
 using namespace node_test;
 using DD::Image::Op;
 using DD::Image::Row;
-using velmora::Opened;
+using velmora::host::Opened;
 
 namespace {
 
@@ -32,7 +32,7 @@ TEST_F(NodeThreads, ReceiveThePictureOfOne) {
     ASSERT_FALSE(alone.is_black());
     const int spans[] = {0, 1, 7, 29, 16};
     for (int pull = 0; pull < 100; pull++) {
-        velmora::Pulling pulling;
+        velmora::host::Pulling pulling;
         pulling.threads = 8;
         pulling.shuffled = unsigned(pull + 1);
         pulling.span = spans[pull % 5];
@@ -51,16 +51,16 @@ TEST_F(NodeThreads, LeaveOffInTheMiddle) {
 
         Pixels pixels(opened.iop().info());
         std::atomic<int> spans{0};
-        velmora::Pulling pulling;
+        velmora::host::Pulling pulling;
         pulling.threads = 8;
         pulling.shuffled = unsigned(stop + 1);
         pulling.span = 10;
-        velmora::pull_rows(opened.iop(), opened.iop().info(), DD::Image::Mask_RGBA, pulling,
-                           [&](const Row& row, int y, int x, int r) {
-                               pixels.take(row, y, x, r);
-                               if (++spans == stop + 1)
-                                   comp.tree.abort();
-                           });
+        velmora::host::pull_rows(opened.iop(), opened.iop().info(), DD::Image::Mask_RGBA, pulling,
+                                 [&](const Row& row, int y, int x, int r) {
+                                     pixels.take(row, y, x, r);
+                                     if (++spans == stop + 1)
+                                         comp.tree.abort();
+                                 });
         // 60 spans in all; each of the other threads may be one ahead.
         EXPECT_GE(spans, stop + 1);
         EXPECT_LE(spans, stop + 8);

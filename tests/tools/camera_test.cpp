@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 using namespace velmora;
+using namespace velmora::host;
 using DD::Image::CameraOp;
 
 // A node of ours with the camera that the options ask for.

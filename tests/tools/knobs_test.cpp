@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 using namespace velmora;
+using namespace velmora::host;
 
 // The node of the plug-in, in a comp of the command line's format.
 class Knobs : public testing::Test {

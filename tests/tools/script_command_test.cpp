@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 using namespace velmora;
+using namespace velmora::host;
 
 // A field of stars around right ascension 90, declination 0, some of them near.
 class ScriptNew : public Program {

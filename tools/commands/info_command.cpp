@@ -17,14 +17,14 @@ static void print_info() {
     printf("OpenEXR    " OPENEXR_VERSION_STRING "\n");
     printf("libpng     %s\n", png_get_libpng_ver(nullptr));
     printf("CLI11      " CLI11_VERSION "\n");
-    Graph graph(plugin_path());
+    host::Graph graph(plugin_path());
     graph.set_format(default_format);
     const Node& node = create_star_node(graph);
     printf("kernels    %s\n", PluginDoors(node.description()).kernels().c_str());
     printf("star file  %s\n", printable(default_star_file()).c_str());
 
     printf("\n%-16s %-22s %s\n", "knob", "default", "takes");
-    for (const HostKnob* const knob : own_knobs(node))
+    for (const host::HostKnob* const knob : own_knobs(node))
         printf("%-16s %-22s %s\n", knob->name().c_str(), printable(knob_text(*knob, 1)).c_str(),
                takes_of(*knob).c_str());
 }

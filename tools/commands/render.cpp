@@ -32,7 +32,7 @@ struct Piece {
 
 } // namespace
 
-static std::vector<int> frames_of(const RenderOptions& options, const Graph& graph) {
+static std::vector<int> frames_of(const RenderOptions& options, const host::Graph& graph) {
     if (!options.frames.empty())
         return parse_frame_range(options.frames);
     if (options.comp.script.empty())

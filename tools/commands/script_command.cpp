@@ -22,7 +22,7 @@ static void write_new_script(const ScriptArguments& arguments) {
         arguments.frames.empty() ? std::vector<int>() : parse_frame_range(arguments.frames);
     const std::unique_ptr<Comp> comp = make_comp(arguments.comp);
     check_output(arguments.out, comp->inputs);
-    write_file(arguments.out, write_script(script_of(*comp, arguments.comp, frames)));
+    write_file(arguments.out, host::write_script(script_of(*comp, arguments.comp, frames)));
 }
 
 void add_script_command(CLI::App& program) {

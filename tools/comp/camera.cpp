@@ -90,25 +90,25 @@ static void set_view(Node& node, const CameraOptions& options) {
     if (options.look_at.empty())
         return;
     const double roll = options.look_at.size() > 2 ? options.look_at[2] : 0;
-    const auto rotate = look_at_rotation(options.look_at[0], options.look_at[1], roll);
+    const auto rotate = host::look_at_rotation(options.look_at[0], options.look_at[1], roll);
     set_three(node, "rotate", {rotate.begin(), rotate.end()});
 }
 
-std::shared_ptr<const Chan> read_chan(const std::string& path) {
+std::shared_ptr<const host::Chan> read_chan(const std::string& path) {
     try {
-        return std::make_shared<Chan>(Chan::parse(read_text_file(path), path));
-    } catch (const ChanError& error) {
+        return std::make_shared<host::Chan>(host::Chan::parse(read_text_file(path), path));
+    } catch (const host::ChanError& error) {
         throw WorkFailure(error.where, error.why);
     }
 }
 
-static NumberKnob& number_knob(const Node& node, const char* name) {
-    return dynamic_cast<NumberKnob&>(*node.knob(name));
+static host::NumberKnob& number_knob(const Node& node, const char* name) {
+    return dynamic_cast<host::NumberKnob&>(*node.knob(name));
 }
 
 // The camera moves as the file says. A lens given outright holds against the file's.
 static void follow(Node& camera, const std::string& path, bool with_lens) {
-    const std::shared_ptr<const Chan> chan = read_chan(path);
+    const std::shared_ptr<const host::Chan> chan = read_chan(path);
     for (std::size_t i = 0; i < 3; i++) {
         number_knob(camera, "translate").follow(int(i), [chan, i](double time) {
             return chan->sample(time).transform.translate[i];
@@ -121,11 +121,11 @@ static void follow(Node& camera, const std::string& path, bool with_lens) {
         return;
     const double aperture = camera.knob("vaperture")->get_value_at(0, 0);
     number_knob(camera, "focal").follow(0, [chan, aperture](double time) {
-        return focal_of_fov(*chan->sample(time).vfov, aperture);
+        return host::focal_of_fov(*chan->sample(time).vfov, aperture);
     });
 }
 
-void add_camera(Graph& graph, Node& stars, const CameraOptions& options) {
+void add_camera(host::Graph& graph, Node& stars, const CameraOptions& options) {
     check_lens(options, stars);
     check_view(options);
     check_connected(options);
@@ -140,7 +140,7 @@ void add_camera(Graph& graph, Node& stars, const CameraOptions& options) {
     set_one(camera, "focal", options.focal);
     if (options.fov)
         set_one(camera, "focal",
-                focal_of_fov(*options.fov, camera.knob("haperture")->get_value_at(0, 0)));
+                host::focal_of_fov(*options.fov, camera.knob("haperture")->get_value_at(0, 0)));
     set_view(camera, options);
     if (!options.chan_file.empty())
         follow(camera, options.chan_file, !options.focal && !options.fov);

@@ -33,10 +33,10 @@ struct CameraOptions {
 };
 
 // The camera file at `path`.
-std::shared_ptr<const Chan> read_chan(const std::string& path);
+std::shared_ptr<const host::Chan> read_chan(const std::string& path);
 
 // Makes the camera and connects it to `stars`, whose projection a field of view needs to be the
 // perspective one. Without a camera the view, if one is given, goes into the node's transform.
-void add_camera(Graph& graph, Node& stars, const CameraOptions& options);
+void add_camera(host::Graph& graph, Node& stars, const CameraOptions& options);
 
 } // namespace velmora

@@ -5,45 +5,46 @@
 
 namespace velmora {
 
-static ScriptValue curve_through(const std::vector<double>& frames,
-                                 const std::vector<double>& values) {
+static host::ScriptValue curve_through(const std::vector<double>& frames,
+                                       const std::vector<double>& values) {
     if (frames.size() == 1)
-        return number_value(values[0]);
-    std::vector<ScriptValue> words = {text_value("curve"), text_value("L")};
+        return host::number_value(values[0]);
+    std::vector<host::ScriptValue> words = {host::text_value("curve"), host::text_value("L")};
     for (std::size_t i = 0; i < frames.size(); i++) {
-        words.push_back(text_value("x" + number_text(frames[i])));
-        words.push_back(number_value(values[i]));
+        words.push_back(host::text_value("x" + number_text(frames[i])));
+        words.push_back(host::number_value(values[i]));
     }
-    return list_value(words);
+    return host::list_value(words);
 }
 
 template <class Value>
-static ScriptValue curve_of(const Chan& chan, Value value) {
+static host::ScriptValue curve_of(const host::Chan& chan, Value value) {
     std::vector<double> values;
     for (const double frame : chan.frames())
         values.push_back(value(chan.sample(frame)));
     return curve_through(chan.frames(), values);
 }
 
-static ScriptValue curves_of(const Chan& chan, std::array<double, 3> Transform::*part) {
-    std::vector<ScriptValue> curves;
+static host::ScriptValue curves_of(const host::Chan& chan,
+                                   std::array<double, 3> host::Transform::*part) {
+    std::vector<host::ScriptValue> curves;
     for (std::size_t i = 0; i < 3; i++)
-        curves.push_back(
-            curve_of(chan, [&](const ChanSample& sample) { return (sample.transform.*part)[i]; }));
-    return list_value(curves);
+        curves.push_back(curve_of(
+            chan, [&](const host::ChanSample& sample) { return (sample.transform.*part)[i]; }));
+    return host::list_value(curves);
 }
 
-ScriptValue translate_curves(const Chan& chan) {
-    return curves_of(chan, &Transform::translate);
+host::ScriptValue translate_curves(const host::Chan& chan) {
+    return curves_of(chan, &host::Transform::translate);
 }
 
-ScriptValue rotate_curves(const Chan& chan) {
-    return curves_of(chan, &Transform::rotate);
+host::ScriptValue rotate_curves(const host::Chan& chan) {
+    return curves_of(chan, &host::Transform::rotate);
 }
 
-ScriptValue focal_curve(const Chan& chan, double vertical_aperture) {
-    return list_value({curve_of(chan, [&](const ChanSample& sample) {
-        return focal_of_fov(*sample.vfov, vertical_aperture);
+host::ScriptValue focal_curve(const host::Chan& chan, double vertical_aperture) {
+    return host::list_value({curve_of(chan, [&](const host::ChanSample& sample) {
+        return host::focal_of_fov(*sample.vfov, vertical_aperture);
     })});
 }
 

@@ -7,10 +7,10 @@
 
 namespace velmora {
 
-ScriptValue translate_curves(const Chan& chan);
-ScriptValue rotate_curves(const Chan& chan);
+host::ScriptValue translate_curves(const host::Chan& chan);
+host::ScriptValue rotate_curves(const host::Chan& chan);
 
 // The focal length, in the aperture's unit. The file must have fields of view.
-ScriptValue focal_curve(const Chan& chan, double vertical_aperture);
+host::ScriptValue focal_curve(const host::Chan& chan, double vertical_aperture);
 
 } // namespace velmora

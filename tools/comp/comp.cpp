@@ -44,7 +44,8 @@ static bool set_knobs(const CompOptions& options, Node& node) {
     exclusive("--no-camera", !options.camera.connected && options.camera.gives_view(), "transform");
 
     if (!options.format.empty())
-        dynamic_cast<FormatKnob&>(*node.knob("format")).set_format(parse_format(options.format));
+        dynamic_cast<host::FormatKnob&>(*node.knob("format"))
+            .set_format(parse_format(options.format));
     if (!options.star_file.empty())
         node.knob("starfile")->set_text(options.star_file.c_str());
     return !options.star_file.empty() || given.count("starfile") > 0;
@@ -85,7 +86,7 @@ static Node* find_node(const std::vector<Node*>& nodes, const std::string& name)
     return alike.size() == 1 ? alike[0] : nullptr;
 }
 
-static Node* node_named(const CompOptions& options, const LoadedScript& loaded) {
+static Node* node_named(const CompOptions& options, const host::LoadedScript& loaded) {
     const std::string what = "--node " + options.node;
     if (Node* const node = find_node(loaded.nodes, options.node))
         return node;
@@ -99,8 +100,8 @@ static void read_script(const CompOptions& options, Comp& comp) {
     if (options.camera.given())
         throw UsageFailure("arguments", "the camera is what the script says: options such as "
                                         "--camera, --focal or --look-at are for renders without");
-    const Script script = Script::parse(read_text_file(options.script), options.script);
-    const LoadedScript loaded = load_script(script, star_node_class, comp.graph);
+    const host::Script script = host::Script::parse(read_text_file(options.script), options.script);
+    const host::LoadedScript loaded = host::load_script(script, star_node_class, comp.graph);
     comp.inputs.push_back(options.script);
     if (!loaded.skipped_classes.empty())
         comp.notes.push_back("note: " + options.script + ": skipped nodes of other classes: " +

@@ -23,7 +23,7 @@ struct CompOptions {
 };
 
 struct Comp {
-    Graph graph;
+    host::Graph graph;
     std::vector<Node*> stars;        // the nodes to render
     std::vector<std::string> inputs; // the files that rendering them reads
     std::vector<std::string> notes;  // what the user should hear

@@ -13,24 +13,24 @@
 
 namespace velmora {
 
-static ScriptNode node_of(const Node& node) {
-    ScriptNode written;
+static host::ScriptNode node_of(const Node& node) {
+    host::ScriptNode written;
     written.class_name = node.class_name();
     written.name = node.name();
-    for (const std::unique_ptr<HostKnob>& knob : node.knobs())
+    for (const std::unique_ptr<host::HostKnob>& knob : node.knobs())
         if (!knob->name().empty() && knob->not_default())
             written.knobs.push_back({knob->name(), {}, knob->script_value()});
     return written;
 }
 
-static void set_root(Script& script, const DD::Image::Format& format, int first, int last) {
-    const auto add = [&](const char* name, const ScriptValue& value) {
+static void set_root(host::Script& script, const DD::Image::Format& format, int first, int last) {
+    const auto add = [&](const char* name, const host::ScriptValue& value) {
         script.root.push_back({name, {}, value});
     };
-    add("frame", number_value(first));
-    add("first_frame", number_value(first));
-    add("last_frame", number_value(last));
-    add("format", text_value(format_text(format)));
+    add("frame", host::number_value(first));
+    add("first_frame", host::number_value(first));
+    add("last_frame", host::number_value(last));
+    add("format", host::text_value(host::format_text(format)));
 }
 
 // The host takes what stands in brackets in a path for an expression, however it is quoted.
@@ -40,17 +40,18 @@ static void check_star_file(const Node& stars) {
         throw UsageFailure(path, "cannot stand in a script, where [ begins an expression");
 }
 
-Script script_of(const Comp& comp, const CompOptions& options, const std::vector<int>& frames) {
+host::Script script_of(const Comp& comp, const CompOptions& options,
+                       const std::vector<int>& frames) {
     const Node& stars = *comp.stars[0];
     check_star_file(stars);
     double first = 1, last = 1;
-    Script script;
+    host::Script script;
 
     int camera_place = -1;
     if (const Node* const camera = stars.input(star_camera_input)) {
-        ScriptNode written = node_of(*camera);
+        host::ScriptNode written = node_of(*camera);
         if (!options.camera.chan_file.empty()) {
-            const Chan chan = *read_chan(options.camera.chan_file);
+            const host::Chan chan = *read_chan(options.camera.chan_file);
             first = std::ceil(chan.first_frame());
             last = std::max(first, std::floor(chan.last_frame()));
             written.knobs.push_back({"translate", {}, translate_curves(chan)});
@@ -64,7 +65,7 @@ Script script_of(const Comp& comp, const CompOptions& options, const std::vector
         script.nodes.push_back(written);
         camera_place = 0;
     }
-    ScriptNode written = node_of(stars);
+    host::ScriptNode written = node_of(stars);
     if (camera_place >= 0)
         written.inputs = {-1, camera_place};
     script.nodes.push_back(written);
@@ -73,7 +74,7 @@ Script script_of(const Comp& comp, const CompOptions& options, const std::vector
         first = *std::min_element(frames.begin(), frames.end());
         last = *std::max_element(frames.begin(), frames.end());
     }
-    const auto& format = dynamic_cast<const FormatKnob&>(*stars.knob("format"));
+    const auto& format = dynamic_cast<const host::FormatKnob&>(*stars.knob("format"));
     set_root(script, format.format(), int(first), int(last));
     return script;
 }

@@ -13,6 +13,7 @@ namespace velmora {
 // lines between; its fields of view become focal lengths, so that between frames a zoom differs by
 // a trifle from one that follows the file. The range is that of `frames`, the whole file's when
 // there is none, or 1. Throws UsageFailure for a star database whose path a script cannot hold.
-Script script_of(const Comp& comp, const CompOptions& options, const std::vector<int>& frames);
+host::Script script_of(const Comp& comp, const CompOptions& options,
+                       const std::vector<int>& frames);
 
 } // namespace velmora

@@ -20,16 +20,16 @@ using DD::Image::Format;
 static const int most_blur_segs = 10000;
 
 // The parts of the transform knob are set through it, and the host's own additions not at all.
-std::vector<HostKnob*> own_knobs(const Node& node) {
-    std::vector<HostKnob*> knobs;
-    for (const std::unique_ptr<HostKnob>& knob : node.knobs())
+std::vector<host::HostKnob*> own_knobs(const Node& node) {
+    std::vector<host::HostKnob*> knobs;
+    for (const std::unique_ptr<host::HostKnob>& knob : node.knobs())
         if (knob->declared() && !knob->flag(DD::Image::Knob::NODE_KNOB))
             knobs.push_back(knob.get());
     return knobs;
 }
 
-static HostKnob* own_knob(const Node& node, const std::string& name) {
-    for (HostKnob* const knob : own_knobs(node))
+static host::HostKnob* own_knob(const Node& node, const std::string& name) {
+    for (host::HostKnob* const knob : own_knobs(node))
         if (knob->name() == name)
             return knob;
     return nullptr;
@@ -50,28 +50,28 @@ static bool fits_float(double number) {
     return std::fabs(number) <= double(std::numeric_limits<float>::max());
 }
 
-static void set_number(HostKnob& knob, const std::string& text) {
+static void set_number(host::HostKnob& knob, const std::string& text) {
     double number;
     if (!parse_number(text, number) || !std::isfinite(number))
         throw Refused{"takes a number"};
     knob.set_value(number, 0);
 }
 
-static void set_whole_number(HostKnob& knob, const std::string& text) {
+static void set_whole_number(host::HostKnob& knob, const std::string& text) {
     int number;
     if (!parse_number(text, number) || number > most_blur_segs)
         throw Refused{"takes a whole number up to 10000"};
     knob.set_value(number, 0);
 }
 
-static void set_switch(HostKnob& knob, const std::string& text) {
+static void set_switch(host::HostKnob& knob, const std::string& text) {
     const bool on = text == "true" || text == "1";
     if (!on && text != "false" && text != "0")
         throw Refused{"takes true or false"};
     knob.set_value(on, 0);
 }
 
-static void set_color(HostKnob& knob, const std::string& text) {
+static void set_color(host::HostKnob& knob, const std::string& text) {
     std::vector<double> numbers;
     if (!parse_numbers(text, numbers) || (numbers.size() != 3 && numbers.size() != 1) ||
         !std::all_of(numbers.begin(), numbers.end(), fits_float))
@@ -88,7 +88,7 @@ static std::string in_words(const std::vector<std::string>& items) {
     return text;
 }
 
-static void set_choice(ChoiceKnob& knob, const std::string& text) {
+static void set_choice(host::ChoiceKnob& knob, const std::string& text) {
     int index;
     const std::vector<std::string>& items = knob.items();
     const bool is_item = std::find(items.begin(), items.end(), text) != items.end();
@@ -98,22 +98,22 @@ static void set_choice(ChoiceKnob& knob, const std::string& text) {
     knob.set_text(text.c_str());
 }
 
-static void set_axis(AxisKnob& knob, const std::string& text) {
+static void set_axis(host::AxisKnob& knob, const std::string& text) {
     std::vector<double> rows;
     if (!parse_numbers(text, rows) || rows.size() != 16 ||
         !std::all_of(rows.begin(), rows.end(), fits_float))
         throw Refused{"takes sixteen numbers, the rows of a matrix for column vectors"};
-    HostMatrix columns;
+    host::HostMatrix columns;
     for (std::size_t row = 0; row < 4; row++)
         for (std::size_t column = 0; column < 4; column++)
             columns[4 * column + row] = float(rows[4 * row + column]);
     knob.set_matrix(columns);
 }
 
-static void set_by_kind(HostKnob& knob, const std::string& text) {
+static void set_by_kind(host::HostKnob& knob, const std::string& text) {
     switch (knob.ClassID()) {
     case DD::Image::FORMAT_KNOB:
-        dynamic_cast<FormatKnob&>(knob).set_format(parse_format(text));
+        dynamic_cast<host::FormatKnob&>(knob).set_format(parse_format(text));
         break;
     case DD::Image::INT_KNOB:
         set_whole_number(knob, text);
@@ -125,10 +125,10 @@ static void set_by_kind(HostKnob& knob, const std::string& text) {
         set_color(knob, text);
         break;
     case DD::Image::ENUMERATION_KNOB:
-        set_choice(dynamic_cast<ChoiceKnob&>(knob), text);
+        set_choice(dynamic_cast<host::ChoiceKnob&>(knob), text);
         break;
     case DD::Image::AXIS_KNOB:
-        set_axis(dynamic_cast<AxisKnob&>(knob), text);
+        set_axis(dynamic_cast<host::AxisKnob&>(knob), text);
         break;
     case DD::Image::FILE_KNOB:
         knob.set_text(text.c_str());
@@ -140,7 +140,7 @@ static void set_by_kind(HostKnob& knob, const std::string& text) {
 
 void set_knob(Node& node, const std::string& name, const std::string& text) {
     const std::string what = "--knob " + name + "=" + text;
-    HostKnob* const knob = own_knob(node, name);
+    host::HostKnob* const knob = own_knob(node, name);
     if (!knob)
         throw UsageFailure(what, "the node has no such knob (velmora info lists them)");
     try {
@@ -164,7 +164,7 @@ Format parse_format(const std::string& text) {
 
 // ---- to text -----------------------------------------------------------------------------------
 
-std::string takes_of(const HostKnob& knob) {
+std::string takes_of(const host::HostKnob& knob) {
     switch (knob.ClassID()) {
     case DD::Image::FORMAT_KNOB:
         return "<width>x<height> in pixels";
@@ -175,7 +175,7 @@ std::string takes_of(const HostKnob& knob) {
     case DD::Image::COLOR_KNOB:
         return "three numbers, red green blue, or one";
     case DD::Image::ENUMERATION_KNOB: {
-        const std::vector<std::string>& items = dynamic_cast<const ChoiceKnob&>(knob).items();
+        const std::vector<std::string>& items = dynamic_cast<const host::ChoiceKnob&>(knob).items();
         return in_words(items) + ", or 0 to " + std::to_string(items.size() - 1);
     }
     case DD::Image::FILE_KNOB:
@@ -191,15 +191,15 @@ static std::string size_text(const Format& format) {
     return std::to_string(format.width()) + "x" + std::to_string(format.height());
 }
 
-static std::vector<double> numbers_of(const HostKnob& knob, double frame) {
+static std::vector<double> numbers_of(const host::HostKnob& knob, double frame) {
     std::vector<double> numbers;
     for (int i = 0; i < knob.size(); i++)
         numbers.push_back(knob.get_value_at(frame, i));
     return numbers;
 }
 
-static std::vector<double> rows_of(const AxisKnob& knob, double frame) {
-    const HostMatrix columns = knob.matrix_at(frame);
+static std::vector<double> rows_of(const host::AxisKnob& knob, double frame) {
+    const host::HostMatrix columns = knob.matrix_at(frame);
     std::vector<double> rows;
     for (std::size_t row = 0; row < 4; row++)
         for (std::size_t column = 0; column < 4; column++)
@@ -207,10 +207,10 @@ static std::vector<double> rows_of(const AxisKnob& knob, double frame) {
     return rows;
 }
 
-KnobValue knob_value(const HostKnob& knob, double frame) {
+KnobValue knob_value(const host::HostKnob& knob, double frame) {
     switch (knob.ClassID()) {
     case DD::Image::FORMAT_KNOB:
-        return size_text(dynamic_cast<const FormatKnob&>(knob).format());
+        return size_text(dynamic_cast<const host::FormatKnob&>(knob).format());
     case DD::Image::INT_KNOB:
         return int(knob.get_value_at(frame, 0));
     case DD::Image::BOOL_KNOB:
@@ -221,13 +221,13 @@ KnobValue knob_value(const HostKnob& knob, double frame) {
     case DD::Image::FILE_KNOB:
         return std::string(knob.get_text());
     case DD::Image::AXIS_KNOB:
-        return rows_of(dynamic_cast<const AxisKnob&>(knob), frame);
+        return rows_of(dynamic_cast<const host::AxisKnob&>(knob), frame);
     default:
         return knob.get_value_at(frame, 0);
     }
 }
 
-std::string knob_text(const HostKnob& knob, double frame) {
+std::string knob_text(const host::HostKnob& knob, double frame) {
     struct Text {
         std::string operator()(double number) const { return shortest_text(number); }
         std::string operator()(int number) const { return std::to_string(number); }
@@ -250,7 +250,7 @@ std::string knob_text(const HostKnob& knob, double frame) {
 }
 
 void check_sizes(const Node& node, double frame, const std::string& where) {
-    const auto& knob = dynamic_cast<const FormatKnob&>(*node.knob("format"));
+    const auto& knob = dynamic_cast<const host::FormatKnob&>(*node.knob("format"));
     const double bytes = 16.0 * knob.format().width() * knob.format().height();
     if (bytes >= 4294967296.0)
         refuse(where, "format " + in_quotes(size_text(knob.format())),

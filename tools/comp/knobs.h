@@ -12,20 +12,20 @@
 namespace velmora {
 
 // The knobs that the node's class declares itself, in the order of its panel.
-std::vector<HostKnob*> own_knobs(const Node& node);
+std::vector<host::HostKnob*> own_knobs(const Node& node);
 
 // The forms of text that set_knob takes for it.
-std::string takes_of(const HostKnob& knob);
+std::string takes_of(const host::HostKnob& knob);
 
 // Sets the knob from the text that a user gave.
 void set_knob(Node& node, const std::string& name, const std::string& text);
 
 // Numbers as they are at a frame; a matrix as its rows.
 typedef std::variant<double, int, bool, std::string, std::vector<double>> KnobValue;
-KnobValue knob_value(const HostKnob& knob, double frame);
+KnobValue knob_value(const host::HostKnob& knob, double frame);
 
 // The same as text that set_knob takes back.
-std::string knob_text(const HostKnob& knob, double frame);
+std::string knob_text(const host::HostKnob& knob, double frame);
 
 // `text` as <width>x<height>.
 DD::Image::Format parse_format(const std::string& text);

@@ -9,23 +9,23 @@ namespace velmora {
 const char* const star_node_class = "VelmoraNK";
 const DD::Image::Format default_format(1920, 1080);
 
-PluginPath plugin_path() {
-    return PluginPath({(program_prefix() / "plugin").string()});
+host::PluginPath plugin_path() {
+    return host::PluginPath({(program_prefix() / "plugin").string()});
 }
 
 void working_in_host(const std::function<void()>& work) {
     try {
         work();
-    } catch (const PluginError& error) {
+    } catch (const host::PluginError& error) {
         throw WorkFailure(error.where, error.why);
-    } catch (const ScriptError& error) {
+    } catch (const host::ScriptError& error) {
         throw WorkFailure(error.where, error.why);
-    } catch (const OpFailure& failure) {
+    } catch (const host::OpFailure& failure) {
         throw WorkFailure(failure.node, failure.why);
     }
 }
 
-Node& create_star_node(Graph& graph, const std::string& name) {
+Node& create_star_node(host::Graph& graph, const std::string& name) {
     Node* node = nullptr;
     working_in_host([&] { node = &graph.create(star_node_class, name); });
     return *node;

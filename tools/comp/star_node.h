@@ -20,12 +20,12 @@ const int star_camera_input = 1;
 extern const DD::Image::Format default_format;
 
 // The folder plugin beside the program's bin folder.
-PluginPath plugin_path();
+host::PluginPath plugin_path();
 
 // Runs `work` in the host; what the host throws becomes a failure of one line.
 void working_in_host(const std::function<void()>& work);
 
 // A new node of ours in `graph`.
-Node& create_star_node(Graph& graph, const std::string& name = "");
+Node& create_star_node(host::Graph& graph, const std::string& name = "");
 
 } // namespace velmora

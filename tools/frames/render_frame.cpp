@@ -38,8 +38,8 @@ void NodeRenderer::check_star_file(Op& op) {
         throw WorkFailure(node.name(), failure);
     failure.clear();
     try {
-        validate(op);
-    } catch (const OpFailure& failed) {
+        host::validate(op);
+    } catch (const host::OpFailure& failed) {
         failed_file = file;
         failure = failed.why;
         throw;
@@ -74,10 +74,10 @@ std::unique_ptr<RenderedFrame> NodeRenderer::render(double frame) {
             std::size_t(rendered->view.width) * std::size_t(rendered->view.height);
         rendered->pixels.resize(4 * pixels);
         check_same_stars();
-        const Opened opened(op);
+        const host::Opened opened(op);
         rendered->times.drawing = watch.lap();
-        pull_rows(opened.iop(), opened.iop().info(), DD::Image::Mask_RGBA, {},
-                  [&](const Row& row, int y, int, int) { put_row(row, y, *rendered); });
+        host::pull_rows(opened.iop(), opened.iop().info(), DD::Image::Mask_RGBA, {},
+                        [&](const Row& row, int y, int, int) { put_row(row, y, *rendered); });
         rendered->times.taking_rows = watch.lap();
         check_same_stars();
     });

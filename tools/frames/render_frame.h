@@ -43,7 +43,7 @@ public:
 private:
     Node& node;
     std::string where;
-    OpTree tree;
+    host::OpTree tree;
     std::string failed_file; // the star database that could not be opened, of which the node tells
     std::string failure;     // once and then renders black
 

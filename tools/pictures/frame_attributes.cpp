@@ -40,7 +40,7 @@ static FrameRate frame_rate_of(double fps) {
 
 // Numbers and switches keep their type, a colour becomes a vector, everything else is text. Of a
 // path only the file's name is told, which does not depend on where it lies.
-static ExrValue attribute_of(const HostKnob& knob, double frame) {
+static ExrValue attribute_of(const host::HostKnob& knob, double frame) {
     const KnobValue value = knob_value(knob, frame);
     if (knob.ClassID() == DD::Image::FILE_KNOB)
         return std::filesystem::path(std::get<std::string>(value)).filename().string();
@@ -68,7 +68,7 @@ ExrMetadata frame_attributes(const RenderedFrame& frame, double fps) {
                      window_to_ndc(frame.view.film));
     metadata.frame_rate = frame_rate_of(fps);
     metadata.software = "velmora " VELMORA_VERSION;
-    for (const HostKnob* const knob : own_knobs(frame.node))
+    for (const host::HostKnob* const knob : own_knobs(frame.node))
         metadata.attributes.push_back(
             {"velmora/" + knob->name(), attribute_of(*knob, frame.frame)});
     return metadata;
