@@ -39,6 +39,42 @@ REFUSED = {
     "ours, in the host": (
         "host/planted.cpp", '#include "stars/starfile.h"\n',
         'host/planted.cpp:1: host must not include "stars/starfile.h"'),
+    "the fast wing, in the plain one": (
+        "stars/plain/planted.cpp", '#include "stars/fast/rasterise.h"\n',
+        'stars/plain/planted.cpp:1: stars/plain must not include "stars/fast/rasterise.h"'),
+    "the plain wing, in the fast one": (
+        "stars/fast/planted.inc", "#include <stars/plain/rasterise.h>\n",
+        'stars/fast/planted.inc:1: stars/fast must not include "stars/plain/rasterise.h"'),
+    "the facade, in the plain wing": (
+        "stars/plain/planted.h", '#include "stars/stars.h"\n',
+        'stars/plain/planted.h:1: stars/plain must not include "stars/stars.h"'),
+    "the facade, in the fast wing": (
+        "stars/fast/planted.h", '#include "stars/streak.h"\n',
+        'stars/fast/planted.h:1: stars/fast must not include "stars/streak.h"'),
+    "a wing, in what both are written with": (
+        "stars/footprint.h", '#include "stars/plain/rasterise.h"\n',
+        'stars/footprint.h:1: stars/footprint.h must not include "stars/plain/rasterise.h"'),
+    "the facade, in what both are written with": (
+        "stars/starfile.cpp", '#include "stars/stars.h"\n',
+        'stars/starfile.cpp:1: stars/starfile.cpp must not include "stars/stars.h"'),
+    "the runtime, in the host's interface": (
+        "host/DDImage/planted.cpp", '#include "host/runtime/graph.h"\n',
+        'host/DDImage/planted.cpp:1: host/DDImage must not include "host/runtime/graph.h"'),
+    "ours, in the host's runtime": (
+        "host/runtime/planted.cpp", '#include "core/string.h"\n',
+        'host/runtime/planted.cpp:1: host/runtime must not include "core/string.h"'),
+    "a program, in a reader of catalogues": (
+        "catalog/readers/planted.cpp", '#include "tools/say.h"\n',
+        'catalog/readers/planted.cpp:1: catalog/readers must not include "tools/say.h"'),
+    "a reader of catalogues, in the import": (
+        "catalog/planted.cpp", '#include "catalog/readers/star_table.h"\n',
+        'catalog/planted.cpp:1: catalog must not include "catalog/readers/star_table.h"'),
+    "a command, in what commands are made of": (
+        "tools/frames/planted.cpp", '#include "tools/commands/render.h"\n',
+        'tools/frames/planted.cpp:1: tools/frames must not include "tools/commands/render.h"'),
+    "anything of ours, at the bottom": (
+        "text/planted.h", '#include "core/types.h"\n',
+        'text/planted.h:1: text must not include "core/types.h"'),
     "a root that is not ours": (
         "core/planted.cpp", '#include "boost/any.hpp"\n',
         'core/planted.cpp:1: "boost/any.hpp" does not start at a folder of ours'),
@@ -70,7 +106,12 @@ PASSING = {
     "the host's interface, in the node": (
         "node/planted.cpp", "#include <DDImage/Op.h>\n"),
     "the interface, in its runtime": (
-        "host/planted.cpp", "#include <DDImage/Op.h>\n"),
+        "host/runtime/planted.cpp", "#include <DDImage/Op.h>\n"),
+    "both wings, in the facade": (
+        "stars/planted.cpp",
+        '#include "stars/plain/rasterise.h"\n#include "stars/fast/rasterise.h"\n'),
+    "what both wings use": (
+        "stars/fast/planted.inc", '#include "stars/footprint.h"\n'),
     "an include in a comment": (
         "core/planted.cpp", '// #include "stars/stars.h"\n'),
     "tests, which include what they like": (
