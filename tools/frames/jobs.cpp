@@ -9,9 +9,6 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace velmora {
 
@@ -26,30 +23,18 @@ static std::size_t run_in_turn(std::size_t count, const std::function<void(std::
     return failed;
 }
 
-static pid_t start_child(std::size_t i, const std::function<void(std::size_t)>& work) {
+static OSAPI_pid_t start_child(std::size_t i, const std::function<void(std::size_t)>& work) {
     fflush(nullptr); // or the child would write what is buffered a second time
-    const pid_t parent = getpid();
-    const pid_t child = fork();
+    const OSAPI_pid_t parent = OSAPI::getpid();
+    const OSAPI_pid_t child = OSAPI::fork_can_fail();
     if (child != 0)
         return child;
-    // An interrupted render leaves no children behind, not even one made at that moment.
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    if (getppid() != parent)
-        _exit(EXIT_FAILED);
+    // An interrupted render leaves no running children, not even one made at that moment.
+    if (!OSAPI::end_with_parent(parent))
+        OSAPI::exit_now(EXIT_FAILED);
     const ExitStatus status = exit_status_of([&] { work(i); });
     fflush(nullptr);
-    _exit(status);
-}
-
-// Waits for any child and returns it, with what became of it in `status`.
-static pid_t wait_for_child(int& status) {
-    pid_t child;
-    do
-        child = waitpid(-1, &status, 0);
-    while (child == -1 && errno == EINTR);
-    if (child == -1)
-        throw WorkFailure("waiting for frames", strerror(errno));
-    return child;
+    OSAPI::exit_now(status);
 }
 
 std::size_t run_jobs(std::size_t count, int jobs, const std::function<void(std::size_t)>& work,
@@ -60,13 +45,13 @@ std::size_t run_jobs(std::size_t count, int jobs, const std::function<void(std::
 
     // A caller may have left SIGCHLD ignored: the system would then drop the statuses of children.
     const OSAPI::SignalDefault statuses_kept(SIGCHLD);
-    std::map<pid_t, std::size_t> running;
+    std::map<OSAPI_pid_t, std::size_t> running;
     std::size_t next = 0, failed = 0;
     while (next < count || !running.empty()) {
         if (next < count && running.size() < std::size_t(jobs)) {
-            const pid_t child = start_child(next, work);
+            const OSAPI_pid_t child = start_child(next, work);
             if (child == -1) {
-                say(name(next) + ": cannot start a process: " + strerror(errno));
+                say(name(next) + ": cannot start a process: " + OSAPI::error_text(errno));
                 failed++;
                 done();
             } else {
@@ -76,13 +61,13 @@ std::size_t run_jobs(std::size_t count, int jobs, const std::function<void(std::
             continue;
         }
 
-        int status = 0;
-        const auto ended = running.find(wait_for_child(status));
+        const OSAPI::ChildEnd end = OSAPI::wait_for_any_child();
+        const auto ended = running.find(end.pid);
         if (ended == running.end())
             continue;
-        if (WIFSIGNALED(status))
-            say(name(ended->second) + ": died: " + strsignal(WTERMSIG(status)));
-        if (!WIFEXITED(status) || WEXITSTATUS(status) != EXIT_DONE)
+        if (end.signal != 0)
+            say(name(ended->second) + ": died: " + strsignal(end.signal));
+        if (end.exit_code != EXIT_DONE)
             failed++;
         running.erase(ended);
         done();

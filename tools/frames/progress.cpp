@@ -1,13 +1,14 @@
 #include "tools/frames/progress.h"
 
+#include "osapi/osapi.h"
+
 #include <algorithm>
 #include <cstdio>
-#include <unistd.h>
 
 namespace velmora {
 
 Progress::Progress(std::size_t frames, std::size_t stars)
-    : terminal(isatty(STDERR_FILENO)), frames(frames), stars(stars),
+    : terminal(OSAPI::stderr_is_console()), frames(frames), stars(stars),
       start(std::chrono::steady_clock::now()) {
     show();
 }
