@@ -4,7 +4,6 @@
 #include "catalog/database_record.h"
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 
 namespace velmora {
@@ -14,7 +13,7 @@ static void check_kind(const std::string& path) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
     if (error)
-        throw CatalogError(path, strerror(error.value()));
+        throw CatalogError(path, OSAPI::error_text(error.value()));
     if (std::filesystem::is_directory(status))
         throw CatalogError(path, "is a directory, not a star database");
     if (!std::filesystem::is_regular_file(status))
@@ -25,10 +24,14 @@ static void check_size(const std::string& path, u64 size) {
     if (size < record_size)
         throw CatalogError(path, "is too short for a star database: " + std::to_string(size) +
                                      " bytes, the header alone takes 32");
-    if (size / record_size > most_records)
-        throw CatalogError(path, "has " + std::to_string(size / record_size) +
+    if (records_in(size) > most_records)
+        throw CatalogError(path, "has " + std::to_string(records_in(size)) +
                                      " records, and at most " + std::to_string(most_records) +
                                      " can be read");
+}
+
+void throw_shortened(const std::string& path) {
+    throw CatalogError(path, "got shorter while it was read");
 }
 
 OSAPI::fd_t open_star_database(const std::string& path) {
@@ -36,7 +39,7 @@ OSAPI::fd_t open_star_database(const std::string& path) {
     OSAPI::FileDescriptor file(
         OSAPI::open_can_fail(path.c_str(), OSAPI::OPEN_READ | OSAPI::OPEN_NOWAIT));
     if (!file.is_open())
-        throw CatalogError(path, strerror(errno));
+        throw CatalogError(path, OSAPI::error_text(errno));
     const OSAPI::FileStamp stamp = OSAPI::get_stamp(file.fd);
     if (!stamp.is_regular) // it has taken the place of what was looked at
         throw CatalogError(path, "is not a regular file");
@@ -44,7 +47,7 @@ OSAPI::fd_t open_star_database(const std::string& path) {
 
     unsigned char header[record_size];
     read_star_database(file.fd, path, header, record_size);
-    if (version_of_header(header) == 0)
+    if (version_of_magic(header) == 0)
         throw CatalogError(path, "is not a star database: it begins with neither VELMORA1 nor "
                                  "VELMORA2");
     const OSAPI::fd_t opened = file.fd;
@@ -57,13 +60,17 @@ void read_star_database(OSAPI::fd_t file, const std::string& path, unsigned char
     while (got < n) {
         const sword count = OSAPI::read_short(file, reinterpret_cast<char*>(bytes) + got, n - got);
         if (count == 0)
-            throw CatalogError(path, "got shorter while it was read");
+            throw_shortened(path);
         got += uword(count);
     }
 }
 
-void check_star_database(const std::string& path) {
+u64 stars_in_database(const std::string& path) {
     const OSAPI::FileDescriptor file(open_star_database(path));
+    const u64 records = records_in(OSAPI::getsize(file.fd));
+    if (records == 0)
+        throw_shortened(path);
+    return records - 1;
 }
 
 } // namespace velmora

@@ -14,10 +14,13 @@ namespace velmora {
 // Opens the database at `path` for reading, after its header; the caller owns the descriptor.
 OSAPI::fd_t open_star_database(const std::string& path);
 
+// Throws the CatalogError about a database from which bytes have gone since it was opened.
+[[noreturn]] void throw_shortened(const std::string& path);
+
 // Reads the next `n` bytes, all of them, of the database at `path`, which is open as `file`.
 void read_star_database(OSAPI::fd_t file, const std::string& path, unsigned char* bytes, uword n);
 
-// The same, and leaves it closed.
-void check_star_database(const std::string& path);
+// Opens and closes the database at `path`; returns how many stars it holds.
+u64 stars_in_database(const std::string& path);
 
 } // namespace velmora

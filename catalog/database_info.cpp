@@ -95,15 +95,15 @@ DatabaseInfo inspect_star_database(const std::string& path) {
     OSAPI::FileDescriptor file(open_star_database(path));
     const OSAPI::FileStamp stamp = OSAPI::get_stamp(file.fd);
     if (stamp.size < record_size)
-        throw CatalogError(path, "got shorter while it was read");
+        throw_shortened(path);
     unsigned char header[record_size];
     OSAPI::lseek(file.fd, 0, SEEK_SET);
     read_star_database(file.fd, path, header, record_size);
 
     Inspection inspection;
     DatabaseInfo& info = inspection.info;
-    info.version = version_of_header(header);
-    info.stars = stamp.size / record_size - 1;
+    info.version = version_of_magic(header);
+    info.stars = records_in(stamp.size) - 1;
     info.trailing_bytes = stamp.size % record_size;
     std::vector<unsigned char> block(record_size * 4096);
     for (u64 left = info.stars; left > 0;) {

@@ -9,10 +9,6 @@ static_assert(std::numeric_limits<double>::is_iec559 && sizeof(double) == 8 &&
                   std::numeric_limits<float>::is_iec559 && sizeof(float) == 4,
               "numbers have the file's form");
 
-static const char magic_1[] = "VELMORA1";
-static const char magic_2[] = "VELMORA2";
-static const uword magic_size = 8;
-
 template <class Bits, class Number>
 static void put(Number number, unsigned char* bytes) {
     static_assert(sizeof(Bits) == sizeof(Number), "as many bits as the number has");
@@ -45,12 +41,6 @@ void encode_record(const star& record, unsigned char* bytes) {
     bytes[22] = record.blue;
     bytes[23] = 0;
     put<u64>(record.distance, bytes + 24);
-}
-
-int version_of_header(const unsigned char* bytes) {
-    if (memcmp(bytes, magic_1, magic_size) == 0)
-        return 1;
-    return memcmp(bytes, magic_2, magic_size) == 0 ? 2 : 0;
 }
 
 star decode_record(const unsigned char* bytes) {

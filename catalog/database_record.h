@@ -18,14 +18,11 @@
 
 namespace velmora {
 
-const uword record_size = 32; // of the header too
+const uword record_size = sizeof(star); // bytes, also of the header
 
 // Writes `record_size` bytes.
 void encode_header(unsigned char* bytes);
 void encode_record(const star& record, unsigned char* bytes);
-
-// 1 or 2, by the magic that `bytes` begin with; 0 for any other.
-int version_of_header(const unsigned char* bytes);
 
 star decode_record(const unsigned char* bytes);
 

@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cstring>
 #include <new>
-#include <unistd.h>
 #include <zlib.h>
 
 namespace velmora {
@@ -25,12 +24,10 @@ bool UnpackedFile::refill() {
     std::copy(block.begin() + sword(begin), block.begin() + sword(end), block.begin());
     end -= begin;
     begin = 0;
-    ssize_t count;
-    do
-        count = ::read(file.fd, block.data() + end, block.size() - end);
-    while (count == -1 && errno == EINTR);
+    const sword count = OSAPI::read_can_fail(file.fd, reinterpret_cast<char*>(block.data()) + end,
+                                             block.size() - end);
     if (count == -1)
-        throw UnpackError(std::string("reading: ") + strerror(errno));
+        throw UnpackError(std::string("reading: ") + OSAPI::error_text(errno));
     end += uword(count);
     return count > 0;
 }

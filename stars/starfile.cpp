@@ -5,20 +5,22 @@
 
 #include <cstring>
 
-static const uword magic_size = 8;
+int velmora::version_of_magic(const void* bytes) {
+    if (memcmp(bytes, magic_1, magic_size) == 0)
+        return 1;
+    return memcmp(bytes, magic_2, magic_size) == 0 ? 2 : 0;
+}
 
 StarInput::~StarInput() noexcept(false) {}
 
 bool StarInput::is_valid() {
-    char magic[magic_size];
-    if (OSAPI::copy_can_fail(magic, next(), magic_size) != magic_size)
+    char magic[velmora::magic_size];
+    if (OSAPI::copy_can_fail(magic, next(), sizeof magic) != sizeof magic)
         throw velmora::StarsLost(__PRETTY_FUNCTION__, __LINE__);
-    if (memcmp(magic, "VELMORA1", magic_size) == 0)
-        return true;
-    if (memcmp(magic, "VELMORA2", magic_size) != 0)
-        return false;
-    version2 = 1;
-    return true;
+    const int version = velmora::version_of_magic(magic);
+    if (version == 2)
+        version2 = 1;
+    return version != 0;
 }
 
 velmora::StarsLost::StarsLost(const char* function, int line)
@@ -43,9 +45,9 @@ MMAPStarFile::Opened::Opened(const char* path) {
     stamp = OSAPI::get_stamp(file.fd);
     if (!stamp.is_regular)
         XTHROW("star database file \"%s\" is not a regular file", path);
-    if (stamp.size / sizeof(star) > velmora::most_records)
+    if (velmora::records_in(stamp.size) > velmora::most_records)
         XTHROW("star database file \"%s\" has %lu records, and at most %lu can be read", path,
-               stamp.size / sizeof(star), velmora::most_records);
+               velmora::records_in(stamp.size), velmora::most_records);
 }
 
 MMAPStarFile::MMAPStarFile(const char* path) : MMAPStarFile(path, Opened(path)) {}
@@ -54,10 +56,10 @@ MMAPStarFile::MMAPStarFile(const char* path, Opened&& opened)
     : cursor(nullptr), mapping(opened.file.fd, opened.stamp.size, OSAPI::OPEN_READ), path(path),
       stamp(opened.stamp) {
     opened.file.close();
-    if (mapping.size < magic_size)
+    if (mapping.size < velmora::magic_size)
         XTHROW("star database file \"%s\" is too short: %lu bytes, the magic alone takes %lu", path,
-               mapping.size, magic_size);
-    count = u32(mapping.size / sizeof(star));
+               mapping.size, velmora::magic_size);
+    count = u32(velmora::records_in(mapping.size));
     cursor = static_cast<const star*>(mapping.data);
 }
 

@@ -59,7 +59,19 @@ public:
 
 namespace velmora {
 
+const uword magic_size = 8;
+inline constexpr char magic_1[] = "VELMORA1"; // `magic_size` bytes and a terminator
+inline constexpr char magic_2[] = "VELMORA2";
+
+// The version, 1 or 2, that the `magic_size` bytes at `bytes` say; 0 for no star database.
+int version_of_magic(const void* bytes);
+
 const u64 most_records = 0xffffffff; // of a database, its header included
+
+// The whole records, header included, in a file of `bytes` bytes.
+inline u64 records_in(u64 bytes) {
+    return bytes / sizeof(star);
+}
 
 // A star database got shorter while it was read: records that it had are gone.
 class StarsLost : public StrXception {

@@ -73,9 +73,9 @@ TEST(DatabaseInfo, OfMoreRecordsThanReadersCountIsRefused) {
     const std::string path = folder.write("sky", bytes_of("VELMORA2", {}));
     const off_t most = off_t(0xffffffff) * 32;
     ASSERT_EQ(truncate(path.c_str(), most + 31), 0);
-    EXPECT_EQ(catalog_error_of([&] { check_star_database(path); }), "no error");
+    EXPECT_EQ(stars_in_database(path), 0xfffffffeu);
     ASSERT_EQ(truncate(path.c_str(), most + 32), 0);
-    EXPECT_EQ(catalog_error_of([&] { check_star_database(path); }),
+    EXPECT_EQ(catalog_error_of([&] { stars_in_database(path); }),
               path + ": has 4294967296 records, and at most 4294967295 can be read");
 }
 

@@ -50,15 +50,11 @@ TEST(DatabaseHeader, IsTheMagicOfVersion2AndZeros) {
               std::string("VELMORA2") + std::string(24, '\0'));
 }
 
-static int version_of(const char* text) {
-    return version_of_header(reinterpret_cast<const unsigned char*>(text));
-}
-
-TEST(DatabaseHeader, TellsTheVersionByTheMagic) {
-    EXPECT_EQ(version_of("VELMORA1"), 1);
-    EXPECT_EQ(version_of("VELMORA2"), 2);
-    EXPECT_EQ(version_of("VELMORA3"), 0);
-    EXPECT_EQ(version_of("velmora2"), 0);
+TEST(DatabaseHeader, ShowsTheVersionByItsMagic) {
+    EXPECT_EQ(version_of_magic("VELMORA1"), 1);
+    EXPECT_EQ(version_of_magic("VELMORA2"), 2);
+    EXPECT_EQ(version_of_magic("VELMORA3"), 0);
+    EXPECT_EQ(version_of_magic("velmora2"), 0);
 }
 
 } // namespace velmora
