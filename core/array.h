@@ -1,11 +1,11 @@
-// A growable heap block counted in bytes, and the typed array laid over it.
+// A growable heap block that counts bytes, and a typed array on top of it.
 //
 // Units:     ByteArray counts bytes, `length` included; Array<T>::len() and indices count elements.
-// Shapes:    elements stand back to back from `data`; growth doubles from 32 bytes.
+// Shapes:    elements are contiguous from `data`; growth doubles from 32 bytes.
 // Ownership: the block belongs to its array (malloc, realloc, free); copies are deep and exact in
 //            size.
-// Errors:    StrXception "out of memory (current size … bytes, failed allocation of … bytes)"; the
-//            array is then what it was. Indices are not checked.
+// Errors:    StrXception "out of memory (current size … bytes, failed allocation of … bytes)", and
+//            the array is unchanged. Indices are not checked.
 // Threads:   no shared state; one object belongs to one thread at a time.
 #pragma once
 
@@ -24,22 +24,22 @@ public:
     ByteArray& operator=(const ByteArray& other);
     ~ByteArray();
 
-    // Makes `capacity` exactly `n`, which must not be below `length`; 0 frees the block. Asking for
-    // the capacity that is already there only warns "spurious realloc".
+    // Sets `capacity` to exactly `n`; 0 frees the block. REQUIRES: n >= length. When `n` is the
+    // current capacity, only warns "spurious realloc".
     void realloc(uword n);
 
-    // Grows `capacity` to at least `n`: from nothing to max(n, 32), else by doubling. Callers have
-    // found n > capacity; the doubling is not guarded against wrapping.
+    // Grows `capacity` to at least `n`: from 0 to max(n, 32), otherwise by doubling, which is not
+    // guarded against overflow. REQUIRES: n > capacity.
     void grow_to_ool(uword n);
 
-    // Gives back what lies beyond `length`.
+    // Shrinks `capacity` to `length`.
     void trim();
 
 protected:
     void swap(ByteArray& other);
 };
 
-static_assert(sizeof(ByteArray) == 3 * sizeof(uword), "a block, its size and what is used of it");
+static_assert(sizeof(ByteArray) == 3 * sizeof(uword), "a block, its capacity and its length");
 
 // `T` must tolerate being moved bitwise, because growing moves the elements with realloc.
 template <class T>
@@ -55,10 +55,10 @@ public:
     T& operator[](uword i) { return elements()[i]; }
     const T& operator[](uword i) const { return elements()[i]; }
 
-    // Copies `value`, which may be an element of this array, behind the last element.
+    // Adds a copy of `value`, which may be an element of this array, after the last element.
     void append(const T& value);
 
-    // Destroys the elements from the last to the first and keeps the block.
+    // Destroys the elements, the last one first, and keeps the block.
     void clear();
 
 private:
@@ -94,7 +94,7 @@ void Array<T>::append(const T& value) {
 
 template <class T>
 void Array<T>::append_grown(const T& value) {
-    // Growing moves the block, so an element of ours is named by where it stands in it.
+    // Growing moves the block, so `value` inside it is remembered by its offset.
     const char* address = reinterpret_cast<const char*>(&value);
     const bool inside = data && address >= data && address < data + length;
     const uword offset = inside ? uword(address - data) : 0;

@@ -8,13 +8,14 @@
 //                ...                                `data` of a record is the record itself
 //                [255] head <-> node <-> head       node: | next | prev | data -> record |
 //
-// Ownership: interned records live until cleanup() or the process's end, when they are freed after
-//            every static object that interned one is destroyed; their texts stay. What interns
-//            after that starts from an empty table. Map entries belong to the map's user, and in a
-//            PtrMap to the map.
+// Ownership: interned records live until cleanup() or the process's end. At its end they are freed,
+//            though not their texts, after every static object that interned one is destroyed;
+//            interning after that starts with an empty table. A VoidPtrMap's entries belong to its
+//            user, a PtrMap's to the map.
 // Errors:    std::bad_alloc, and StrXception "out of memory" from gensym. Texts are copied as
 //            String copies them, unchecked.
-// Threads:   interning is unguarded process-wide state; a map belongs to one thread at a time.
+// Threads:   the intern table is process-wide and not synchronised; a map belongs to one thread at
+//            a time.
 #pragma once
 
 #include "core/string.h"
@@ -22,7 +23,7 @@
 
 #include <cstring>
 
-// One place in a list, or its head.
+// A link of a list, or its head.
 struct ListLink {
     ListLink* next;
     ListLink* prev;
@@ -30,7 +31,7 @@ struct ListLink {
 
 struct InternRecord;
 
-// What stands in an intern list: a record, or a node that leads to one.
+// An element of an intern list: a record, or a node that refers to one.
 struct InternNode : ListLink {
     InternRecord* data;
 };
@@ -41,12 +42,12 @@ struct InternRecord : InternNode {
 };
 
 static_assert(sizeof(InternNode) == 3 * sizeof(void*) && sizeof(InternRecord) == 5 * sizeof(void*),
-              "links, the way to the record, hash and text");
+              "links, record, hash and text");
 
 // A text that exists once: two are equal exactly when they are the same record.
 class InString {
 public:
-    InternRecord* record; // null when default constructed
+    InternRecord* record; // null after default construction
 
     InString() : record(nullptr) {}
     explicit InString(InternRecord* record) : record(record) {}
@@ -56,27 +57,27 @@ public:
     bool operator==(const InString& other) const { return record == other.record; }
     bool operator!=(const InString& other) const { return record != other.record; }
 
-    // The record of `text`, made on first use.
+    // The record of `text`, created on first use.
     static InString intern(const String& text);
     static InString intern(const char* text);
 
-    // A record of its own with the text G0, G1, …, which intern() never finds.
+    // A new record with the text G0, G1, …, which intern() never returns.
     static InString gensym();
 
-    // Prints every bucket's texts to standard output, a line each.
+    // Prints the texts of each bucket to standard output, one line per bucket.
     static void dump();
 
-    // Frees every record; all InStrings dangle afterwards. Nodes that make_permanent made are
-    // unlinked and stay allocated.
+    // Frees every record; all InStrings dangle afterwards. Nodes created by make_permanent are
+    // unlinked but not freed.
     static void cleanup();
 };
 
 static_assert(sizeof(InString) == sizeof(void*), "a name is one pointer");
 
-// A lookup that leaves no trace unless it is made permanent.
+// A lookup that adds nothing to the table unless it is made permanent.
 class TempInString {
 public:
-    bool owned; // the record is ours alone and not in the table
+    bool owned; // the record belongs to this object and is not in the table
     InternRecord* record;
 
     explicit TempInString(const String& text);
@@ -84,14 +85,14 @@ public:
     TempInString& operator=(const TempInString&) = delete;
     ~TempInString();
 
-    // Puts the record into the table if it is not there.
+    // Adds the record to the table if it is not there.
     InString make_permanent();
 };
 
-// A hash table over entries that carry their own links. It owns none of them.
+// A hash table whose entries carry their own links (an intrusive one). It owns none of them.
 class VoidPtrMap {
 public:
-    // Users of the map put what they store behind the key.
+    // Users derive from it, or lay out their values after the key.
     struct [[gnu::may_alias]] Entry : ListLink {
         void* key;
     };
@@ -102,27 +103,27 @@ public:
         virtual ~ForEachFunc();
     };
 
-    // Makes the smallest power of two of buckets that is not below `n`, at least one.
+    // The bucket count is the smallest power of two >= max(n, 1).
     explicit VoidPtrMap(int n);
     VoidPtrMap(const VoidPtrMap&) = delete;
     VoidPtrMap& operator=(const VoidPtrMap&) = delete;
     ~VoidPtrMap();
 
-    // Equal keys may stand side by side; the one inserted first is found and removed first.
+    // Keys need not be unique; of equal ones, the first inserted is found and removed first.
     void insert(u32 hash, Entry* entry);
-    Entry* lookup(u32 hash, void* key) const; // null when there is none
-    Entry* remove(u32 hash, void* key);       // the caller frees it; null when there is none
+    Entry* lookup(u32 hash, void* key) const; // null when not found
+    Entry* remove(u32 hash, void* key);       // to be freed by the caller; null when not found
 
     void clear(); // unlinks every entry and frees nothing
     bool empty() const;
     u32 buckets() const;
 
-    // Call `f` on every entry, bucket by bucket, until it returns other than 0. It may unlink or
-    // free the entry that it is called on.
+    // Call `f` on every entry, bucket by bucket, until it returns non-zero. `f` may unlink or free
+    // the entry it is called with.
     void for_each(ForEachFunc& f);
     void for_each_const(ForEachFunc& f) const;
 
-    // The same for the entries of one key.
+    // As for_each, for the entries of one key.
     void for_each_value(u32 hash, void* key, ForEachFunc& f);
 
 protected:
@@ -176,8 +177,8 @@ public:
         PtrMap& target;
     };
 
-    // Whether each entry's key has an equal value in `other`; stops at the first that has not.
-    // Once false, `result` stays false, also when the functor is called again.
+    // `result` is whether each entry's key has an equal value in `other`; the walk ends at the
+    // first that has not. Once false, `result` stays false, even when the functor is used again.
     class Equaler : public ForEachFunc {
     public:
         bool result;
@@ -215,7 +216,7 @@ private:
         std::memcpy(&pointer, static_cast<const void*>(&key), sizeof pointer);
         return pointer;
     }
-    // Records are aligned to 16 bytes, so the lowest four bits tell nothing.
+    // Records are aligned to 16 bytes, so the lowest four bits carry no information.
     static u32 hash(const K& key) { return u32(reinterpret_cast<uword>(bits(key)) >> 4); }
 
     static Entry* typed(VoidPtrMap::Entry* entry) {
@@ -229,7 +230,7 @@ private:
 template <class V>
 using StringMap = PtrMap<InString, V>;
 
-// Whether every entry of `a` has an equal one in `b`; what only `b` has is not looked at.
+// Whether every entry of `a` has an equal one in `b`; `b` may have more.
 template <class K, class V>
 bool operator==(const PtrMap<K, V>& a, const PtrMap<K, V>& b) {
     typename PtrMap<K, V>::Equaler equaler(b);

@@ -1,10 +1,10 @@
-// Byte streams: what can be read from, what can be written to, and a buffer laid over either.
+// Byte streams: an input, an output, and a buffer on top of either.
 //
 // Units:     positions and counts are bytes.
-// Ownership: a buffered stream refers to the stream beneath, which must outlive it, and owns its
-//            buffer. Neither copies.
-// Errors:    StrXception "read error", "write error" and "can't unread more than 1 byte"; whatever
-//            the stream beneath throws passes through.
+// Ownership: a buffered stream owns its buffer and refers to the underlying stream, which must
+//            outlive it. Buffered streams cannot be copied.
+// Errors:    StrXception "read error", "write error" and "can't unread more than 1 byte";
+//            exceptions of the underlying stream pass through.
 // Threads:   one object belongs to one thread at a time.
 #pragma once
 
@@ -18,10 +18,10 @@ public:
 
     virtual s64 curpos() const = 0;
 
-    // Reads up to `n` bytes into `buf`. Gives how many, 0 at the end, a negative number on error.
+    // Reads up to `n` bytes into `buf`; returns how many, 0 at the end, a negative number on error.
     virtual int read(char* buf, int n) = 0;
 
-    // Give the new position.
+    // Return the new position.
     virtual s64 seek_from_start(s64 pos) = 0;
     virtual s64 seek_from_curpos(s64 delta) = 0;
 };
@@ -32,49 +32,50 @@ public:
 
     virtual s64 curpos() const = 0;
 
-    // Writes up to `n` bytes of `buf`. Gives how many, a negative number on error.
+    // Writes up to `n` bytes of `buf`; returns how many, a negative number on error.
     virtual int write(const char* buf, int n) = 0;
 
-    // Give the new position.
+    // Return the new position.
     virtual s64 seek_from_start(s64 pos) = 0;
     virtual s64 seek_from_curpos(s64 delta) = 0;
 };
 
-// Reads through a block, takes one byte back, and cuts lines.
+// Reads through a buffer, lets one byte be pushed back, and splits lines.
 //
-// A read of the stream beneath that gives fewer bytes than it was asked for is taken as the end of
-// the data, so pipes and sockets may end early here; only a seek to another position leads on.
+// When the underlying stream returns fewer bytes than requested, that is taken as the end of the
+// data, so pipes and sockets may seem to end early; only a seek to another position clears it.
 class BufferedInput : public Input {
 public:
-    // Reads nothing yet. `bufsize` 0 reads straight through; what is pushed back then never comes
-    // out again, so lines must not be cut without a buffer.
+    // Reads nothing yet. `bufsize` 0 reads without a buffer; a byte that is pushed back is then
+    // never returned, so readline() needs a buffer.
     BufferedInput(Input& src, int bufsize);
     BufferedInput(const BufferedInput&) = delete;
     BufferedInput& operator=(const BufferedInput&) = delete;
     ~BufferedInput() override;
 
-    // The position of the next byte that read() gives, counted from 0 where `src` stood.
+    // The position of the next byte that read() returns, counted from 0 at the position of `src`
+    // when this object was made.
     s64 curpos() const override;
 
-    // Gives fewer bytes than `n` only at the end or on error. An error while the buffer is filled
-    // counts as the end. What is as large as the buffer goes straight from `src` to `buf`, and
-    // there the result of `src` is added to the count and the position as it is: -1 after 5
-    // buffered bytes gives 4, so only a negative result is sure to be an error.
+    // Returns fewer than `n` bytes only at the end or on error. An error while the buffer is being
+    // filled counts as the end. A part as large as the buffer is read directly into `buf`, and the
+    // result of `src` is added to the count and the position even when it is negative: -1 after 5
+    // buffered bytes returns 4, so only a negative result is certainly an error.
     int read(char* buf, int n) override;
 
-    // Both do nothing when they lead to where this stream stands. Otherwise they forget what is
-    // buffered or pushed back, and the end; `src` is always told a position from the start.
+    // Both do nothing when the position would not change. Otherwise they discard the buffer, the
+    // byte pushed back and the end of the data; `src` is always moved by seek_from_start.
     s64 seek_from_start(s64 pos) override;
     s64 seek_from_curpos(s64 delta) override;
 
-    // Pushes `ch` back, to be read next; throws "can't unread more than 1 byte" while another one
-    // waits. The byte 0xFF is lost: it is the mark for no byte, and only the position moves.
+    // Pushes `ch` back, to be read next; throws "can't unread more than 1 byte" while one is pushed
+    // back already. The byte 0xFF is lost, as -1 marks no byte: only the position moves.
     void unread(char ch);
 
-    // The next line with its end, which is LF, CR, CR LF or LF CR; without one when the data end
-    // first; empty at the end of the data. A NUL byte is left out, as a String cannot hold it, and
-    // so is a byte 0xFF that starts a line, since looking for the second half of the end before it
-    // pushes it back. A line may be of any length that memory holds. Throws "read error".
+    // Returns the next line with its end, which is LF, CR, CR LF or LF CR; the last line may have
+    // none; empty at the end of the data. Lines may be of any length. NUL bytes are left out, as a
+    // String cannot hold them; so is a byte 0xFF that starts a line, as it is pushed back when the
+    // end of the line before is read. Throws "read error".
     String readline();
 
 private:
@@ -82,9 +83,9 @@ private:
     s64 pos;
     char* buffer;
     s32 bufsize;
-    s32 fill;     // bytes that wait at the front of `buffer`
-    s32 pushback; // the byte, with its sign, or -1 for none
-    s32 at_eof;   // 1 once `src` has given fewer bytes than asked for, else 0
+    s32 fill;     // unread bytes, at the front of `buffer`
+    s32 pushback; // the byte, sign-extended, or -1 for none
+    s32 at_eof;   // 1 once `src` has returned fewer bytes than requested, else 0
 
     int take_pushback(char* buf);
     void hand_out(char* buf, int n);
@@ -92,33 +93,34 @@ private:
     void forget();
 };
 
-// Collects small writes in a block and passes them on together.
+// Collects small writes in a buffer and passes them on together.
 class BufferedOutput : public Output {
 public:
-    // Writes nothing yet. `bufsize` 0 writes straight through.
+    // Writes nothing yet. `bufsize` 0 writes without a buffer.
     BufferedOutput(Output& dst, int bufsize);
     BufferedOutput(const BufferedOutput&) = delete;
     BufferedOutput& operator=(const BufferedOutput&) = delete;
 
-    // Flushes, and throws as flush does, but for a destructor that runs because of another
-    // exception: what cannot be written is then lost without a word. To be told, flush first.
+    // Flushes and may throw, except during unwinding, when a failed write is silently dropped. Call
+    // flush() first to see errors.
     ~BufferedOutput() noexcept(false) override;
 
-    // The position behind all that was written here, counted from 0 where `dst` stood.
+    // The position after the last byte written here, counted from 0 at the position of `dst` when
+    // this object was made.
     s64 curpos() const override;
 
-    // Takes all `n` bytes when the buffer can hold them, having flushed it if it must. What is
-    // larger goes straight to `dst`, behind what was buffered, and the result of `dst` is given and
-    // added to the position as it is, also when it is negative.
+    // Stores all `n` bytes when they fit in the buffer, which is flushed first if necessary. Larger
+    // writes go directly to `dst`, after the buffered bytes; the result of `dst` is returned, and
+    // added to the position even when it is negative.
     int write(const char* buf, int n) override;
 
-    // Both do nothing when they lead to where this stream stands. Otherwise they flush; `dst` is
-    // always told a position from the start.
+    // Both do nothing when the position would not change. Otherwise they flush; `dst` is always
+    // moved by seek_from_start.
     s64 seek_from_start(s64 pos) override;
     s64 seek_from_curpos(s64 delta) override;
 
-    // Passes on all that is buffered. A `dst` that takes no byte is asked again, for ever. Throws
-    // "write error"; what was not written stays buffered.
+    // Writes all buffered bytes to `dst`, retrying without limit while that takes none. Throws
+    // "write error"; the bytes that were not written stay buffered.
     void flush();
 
 private:
@@ -126,7 +128,7 @@ private:
     s64 pos;
     char* buffer;
     s32 bufsize;
-    s32 fill; // bytes that wait to be written
+    s32 fill; // bytes to be written, at the front of `buffer`
 };
 
 static_assert(sizeof(Input) == sizeof(void*) && sizeof(Output) == sizeof(void*),

@@ -7,8 +7,8 @@
 //                | zx zy zz 0 |    perspective divisor.
 //                | tx ty tz 1 |
 //
-// Units:     angles in radians, lengths in whatever the caller measures in.
-// Errors:    a near-singular inverse is a warning on standard error; decompose_lw throws
+// Units:     angles in radians, lengths in the caller's unit.
+// Errors:    inverting a nearly singular matrix warns on standard error; decompose_lw throws
 //            AssertXception. Indices are not checked.
 // Threads:   pure functions of their arguments.
 #pragma once
@@ -36,32 +36,32 @@ public:
     real& operator()(int i, int j) { return e[4 * i + j]; }
     const real& operator()(int i, int j) const { return e[4 * i + j]; }
 
-    // The one identity matrix of this precision, made on first use and never destroyed.
+    // A shared identity matrix, created on first use and never destroyed.
     static const Matrix4& the_identity();
 
-    // The full cofactor expansion.
+    // By full cofactor expansion.
     real determinant() const;
 
-    // Adjugate times 1 / determinant. Warns when |determinant| < 1e-10 and carries on, so a
-    // singular matrix gives infinities or NaNs.
+    // The adjugate times 1 / determinant. Warns when |determinant| < 1e-10, and then goes on: the
+    // inverse of a singular matrix holds infinities or NaNs.
     Matrix4 inverse() const;
 
-    // Rotation from angles[0..2] = heading about y, pitch about x, bank about z. A point turns
+    // Rotation by angles[0..2] = heading about y, pitch about x, bank about z. A point is rotated
     // about z first, then x, then y: the transpose of the column-vector product Ry · Rx · Rz.
     static Matrix4 from_euler_angles(const real* angles);
 
-    // Pinhole projection of a camera that looks along +z: after the divide by w' = z / focal a
-    // point stands at (x · focal / z, y · focal / z), with depth 0 at `near` and 1 at `far`, or at
+    // Pinhole projection of a camera that looks along +z: after the division by w' = z / focal a
+    // point is at (x · focal / z, y · focal / z), with depth 0 at `near` and 1 at `far`, or at
     // infinity when `far` <= 0. A negative `focal` gives the identity; 0 gives infinities.
     static Matrix4 perspective(real focal, real near, real far);
 
-    // Double precision only: the angles that from_euler_angles makes this pure rotation of. Pitch
-    // must lie strictly between ±pi/2.
+    // Double precision only: the angles from which from_euler_angles gives this pure rotation.
+    // REQUIRES: the pitch is strictly between ±pi/2.
     VectorN<double, 3> orthonormal_to_euler() const;
 
-    // Double precision only: splits an affine matrix without skew into translation, rotation (in
-    // the order of from_euler_angles) and scale, which comes out positive even for a mirrored
-    // matrix. Throws AssertXception for any other matrix, at a tolerance of 0.0001.
+    // Double precision only: splits an affine matrix without skew into translation, rotation
+    // (angles for from_euler_angles) and scale, which is positive even for a mirrored matrix.
+    // Throws AssertXception for any other matrix, with a tolerance of 0.0001.
     void decompose_lw(VectorN<double, 3>& translation, VectorN<double, 3>& rotation,
                       VectorN<double, 3>& scale) const;
 };

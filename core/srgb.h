@@ -1,5 +1,7 @@
 // The sRGB transfer curve.
 //
+// Errors:    none; outside [0, 1] the curve is continued by the same formula.
+// Threads:   pure functions.
 // Source:    IEC 61966-2-1.
 #pragma once
 

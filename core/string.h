@@ -24,8 +24,8 @@ public:
     // Copies `s`; null or "" gives the empty text.
     String(const char* s);
 
-    // Copies at most `n` characters of `s`, stopping early at its NUL, into `n` + 1 bytes that are
-    // filled with NULs behind the copied text. `n` 0 gives the empty text and `s` is not read.
+    // Copies at most `n` characters of `s`, stopping early at its NUL, into `n` + 1 bytes, of which
+    // the rest is filled with NULs. With `n` 0 the text is empty and `s` is not read.
     String(const char* s, unsigned n);
 
     // Always allocates two bytes, `ch` and NUL, even when `ch` is NUL.
@@ -34,7 +34,7 @@ public:
     String(const String& other);
     ~String();
 
-    // Duplicate the source before the old text is freed, so a String may be assigned to itself.
+    // The source is duplicated before the old text is freed, so self-assignment is safe.
     String& operator=(const String& other);
     String& operator=(const char* s);
 
@@ -43,7 +43,7 @@ public:
 
     uword len() const;
 
-    // 11-multiplicative hash over the bytes taken as signed 8-bit values; 0 for the empty text.
+    // h = 11 h + byte over the bytes as signed 8-bit values, modulo 2^32; 0 for the empty text.
     u32 hash() const;
 
     // As strtol in base 10 and strtod; 0 for the empty text.
@@ -56,21 +56,21 @@ public:
     u32 findr(char ch) const;
 
     String& operator+=(const String& other);
-    String& operator+=(const char* s); // `s` is neither null nor a pointer into this text
+    String& operator+=(const char* s); // REQUIRES: `s` is not null and does not point into `str`
     String& operator+=(char ch);
 
-    // Replace the text by the formatted result, which is never null, not even when it is "".
+    // Replace the text by the formatted result; `str` is then not null, even for "".
     [[gnu::format(printf, 2, 0)]] void vsprintf(const char* format, va_list args);
     [[gnu::format(printf, 2, 3)]] void sprintf(const char* format, ...);
 
     [[gnu::format(printf, 1, 0)]] static String vfmt(const char* format, va_list args);
     [[gnu::format(printf, 1, 2)]] static String fmt(const char* format, ...);
 
-    // The text up to, not including, the first CR or LF.
+    // The text before the first CR or LF.
     static String chop(const char* s);
     static String chop(const String& s);
 
-    // Adds the non-empty runs of `s` between characters of `seps` to what `out` holds.
+    // Appends the non-empty parts of `s` between characters of `seps` to `out`.
     static void split_by(const char* s, const char* seps, Array<String>& out);
     static void split_by(const String& s, const char* seps, Array<String>& out);
 
@@ -84,10 +84,10 @@ static_assert(sizeof(String) == sizeof(char*), "a String is one pointer");
 String operator+(const String& a, const String& b);
 String operator+(const String& a, const char* b);
 
-// Equal texts, where null equals null only: a String made from '\0' differs from an empty one.
+// Compare texts; null equals only null, so a String made from '\0' differs from an empty one.
 bool operator==(const String& a, const String& b);
 bool operator!=(const String& a, const String& b);
 
-// Bytewise order when both texts are non-null. With a null side the result is whether exactly one
-// side is null: an empty text is not <= another empty one, and any text is <= the empty one.
+// Bytewise order of two non-null texts. Otherwise true when exactly one of them is null: the empty
+// text is not <= itself, and any other text is <= the empty one.
 bool operator<=(const String& a, const String& b);

@@ -1,4 +1,4 @@
-// Integer names of fixed and of machine width, shared by every core header.
+// Integer types of fixed width and of the machine's word size, used by every core header.
 #pragma once
 
 #include <cstdint>

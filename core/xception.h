@@ -1,7 +1,7 @@
-// The exceptions that every folder throws, and the macros that give them their location.
+// The exceptions of the library, and the macros that raise them with their location.
 //
-// Errors:    broken invariants throw AssertXception, everything else StrXception; thrown by value,
-//            caught as Xception&. Nothing here is ever compiled out.
+// Errors:    a broken invariant is an AssertXception, any other failure a StrXception; thrown by
+//            value, caught as Xception&. Assertions are never compiled out.
 // Threads:   no shared state; lines written to standard error by several threads may interleave.
 #pragma once
 
@@ -18,13 +18,13 @@ public:
     // Writes "title: text" and a newline to standard error.
     static void display_error(const char* title, const char* text);
 
-    // Writes "warning: ", the formatted text and " in <function>" to standard error, as three
-    // pieces.
+    // Writes "warning: ", the formatted text and " in <function>" to standard error, in three
+    // writes.
     [[gnu::format(printf, 2, 3)]] static void warning(const char* function, const char* format,
                                                       ...);
 };
 
-// A check of ours that did not hold. The three texts are literals and are never copied.
+// An internal check that failed. The three texts are literals and are never copied.
 class AssertXception : public Xception {
 public:
     const char* expr;     // as written in the source
@@ -35,11 +35,12 @@ public:
     AssertXception(const char* expr, const char* file, const char* function, int line);
     ~AssertXception() override;
 
-    // "Assertion Failed: 'expr' in <function> (file:line)", cut 4,095 bytes behind the ": ".
+    // "Assertion Failed: 'expr' in <function> (file:line)", of which at most 4,095 bytes after the
+    // ": ".
     void print() const override;
 };
 
-// A failure with a text of its own, which ends in " in <function> (file:line)".
+// A failure with a formatted message, which ends in " in <function> (file:line)".
 class StrXception : public Xception {
 public:
     String message;
@@ -51,8 +52,9 @@ public:
     void print() const override;
 };
 
-// A source defines XSOURCE, its name in messages, before its first include. The …_AT forms are for
-// messages whose function and line are fixed, wherever the code that raises them stands today.
+// A source that uses these macros defines XSOURCE, its name in messages, before its first include.
+// The …_AT forms take the location from their arguments: for messages whose function and line are
+// fixed wherever the code is today, and for helpers that fail in their caller's name.
 #define XASSERT_AT(condition, expression, function, line)                                          \
     do {                                                                                           \
         if (!(condition))                                                                          \
