@@ -9,20 +9,35 @@
 #include <string>
 #include <vector>
 
-// Gives the bytes of `data` from position 0 on.
-class MemoryInput : public Input {
+// What both have: the bytes in `data` and a position among them.
+template <class Stream>
+class MemoryStream : public Stream {
 public:
-    explicit MemoryInput(const std::string& data) : data(data) {}
-
     std::string data;
     s64 position = 0;
     std::vector<std::string> calls;
 
-    // Results of the next reads: a number from 0 on is the most that is given, a negative one is
-    // the error that is given.
+    // Results of the next reads or writes: a number from 0 on is the most that is moved, a negative
+    // one is the error that is given.
     std::deque<int> results;
 
     s64 curpos() const override { return position; }
+
+    s64 seek_from_start(s64 pos) override {
+        calls.push_back("start " + std::to_string(pos));
+        return position = pos;
+    }
+
+    s64 seek_from_curpos(s64 delta) override {
+        calls.push_back("curpos " + std::to_string(delta));
+        return position += delta;
+    }
+};
+
+// Gives the bytes of `data` from position 0 on.
+class MemoryInput : public MemoryStream<Input> {
+public:
+    explicit MemoryInput(const std::string& bytes) { data = bytes; }
 
     int read(char* buf, int n) override {
         calls.push_back("read " + std::to_string(n));
@@ -40,30 +55,11 @@ public:
         position += count;
         return count;
     }
-
-    s64 seek_from_start(s64 pos) override {
-        calls.push_back("start " + std::to_string(pos));
-        return position = pos;
-    }
-
-    s64 seek_from_curpos(s64 delta) override {
-        calls.push_back("curpos " + std::to_string(delta));
-        return position += delta;
-    }
 };
 
 // Puts what is written into `data`, at its position.
-class MemoryOutput : public Output {
+class MemoryOutput : public MemoryStream<Output> {
 public:
-    std::string data;
-    s64 position = 0;
-    std::vector<std::string> calls;
-
-    // Results of the next writes, as in MemoryInput.
-    std::deque<int> results;
-
-    s64 curpos() const override { return position; }
-
     int write(const char* buf, int n) override {
         calls.push_back("write " + std::string(buf, std::size_t(n)));
         int count = n;
@@ -78,15 +74,5 @@ public:
         data.replace(std::size_t(position), std::size_t(count), buf, std::size_t(count));
         position += count;
         return count;
-    }
-
-    s64 seek_from_start(s64 pos) override {
-        calls.push_back("start " + std::to_string(pos));
-        return position = pos;
-    }
-
-    s64 seek_from_curpos(s64 delta) override {
-        calls.push_back("curpos " + std::to_string(delta));
-        return position += delta;
     }
 };

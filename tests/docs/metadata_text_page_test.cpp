@@ -1,11 +1,11 @@
 // The examples in docs/metadata-text.md, taken from the page itself.
 #include "kessimage/image.h"
+#include "tests/docs/hex_dump.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -79,21 +79,6 @@ static Page read_page() {
         page.line = page.blocks.end()[-3];
     }
     return page;
-}
-
-// The bytes of a dump with lines "offset  hex … hex  |text|".
-static std::string bytes_of_dump(const std::string& dump) {
-    std::string bytes;
-    std::istringstream lines(dump);
-    for (std::string line; std::getline(lines, line);) {
-        std::istringstream words(line.substr(0, line.find('|')));
-        std::string word;
-        words >> word;
-        EXPECT_EQ(std::stoul(word, nullptr, 16), bytes.size()) << line;
-        while (words >> word)
-            bytes += char(std::stoul(word, nullptr, 16));
-    }
-    return bytes;
 }
 
 static void set_tag(MetaData& set, const Tag& tag) {

@@ -1,5 +1,4 @@
-#include "catalog/database_writer.h"
-#include "tests/tools/program.h"
+#include "tests/tools/one_star.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,20 +16,7 @@
 
 using namespace velmora;
 
-// One white star of flux 2 where a camera that is not turned looks: right ascension 90, declination
-// 0.
-class Render : public Program {
-protected:
-    void SetUp() override {
-        star ahead = {90, 0, 2, 255, 255, 255, 0, 10};
-        write_star_database(folder.file("sky.velmora"), {ahead});
-    }
-
-    // A small still picture with square pixels.
-    static std::string small(const std::string& more) {
-        return "render --star-file sky.velmora --format 64x36 --vaperture 13.824 " + more;
-    }
-};
+class Render : public OneStar {};
 
 // ---- pictures --------------------------------------------------------------------------------
 

@@ -1,6 +1,5 @@
 // Where the program writes, and what may be in the way there.
-#include "catalog/database_writer.h"
-#include "tests/tools/program.h"
+#include "tests/tools/one_star.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -11,17 +10,7 @@
 
 using namespace velmora;
 
-class RenderOutputs : public Program {
-protected:
-    void SetUp() override {
-        star ahead = {90, 0, 2, 255, 255, 255, 0, 10};
-        write_star_database(folder.file("sky.velmora"), {ahead});
-    }
-
-    static std::string small(const std::string& more) {
-        return "render --star-file sky.velmora --format 64x36 --vaperture 13.824 " + more;
-    }
-};
+class RenderOutputs : public OneStar {};
 
 // An unfinished output has a name too: what is read must not have it.
 TEST_F(RenderOutputs, AreNeverWrittenOverAnInputBeforeTheyAreWhole) {
