@@ -1,7 +1,6 @@
 #include "host/knobs/choice_knob.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace velmora::host {
@@ -38,20 +37,14 @@ bool ChoiceKnob::set_text(const char* text) {
     const std::string wanted = text ? text : "";
     const auto item = std::find(texts.begin(), texts.end(), wanted);
     int index = int(item - texts.begin());
-    if (item == texts.end()) {
-        const char* const end = wanted.data() + wanted.size();
-        const std::from_chars_result result = std::from_chars(wanted.data(), end, index);
-        if (wanted.empty() || result.ec != std::errc() || result.ptr != end)
-            return false;
-    }
+    if (item == texts.end() && !parse_number(wanted, index))
+        return false;
     choose(index);
     return true;
 }
 
 void ChoiceKnob::read(const ScriptValue& value, const std::string& script) {
-    const std::vector<ScriptValue> items = value.kind == ScriptValue::Kind::braced
-                                               ? list_items(value, script)
-                                               : std::vector<ScriptValue>{value};
+    const std::vector<ScriptValue> items = list_items(value, script);
     const bool plain = items.size() == 1 && items[0].kind != ScriptValue::Kind::braced;
     if (!plain)
         throw ScriptError(script, value.place,

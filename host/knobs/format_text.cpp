@@ -1,24 +1,16 @@
 #include "host/knobs/format_text.h"
 
-#include <charconv>
-#include <cmath>
-
 namespace velmora::host {
 
 using DD::Image::Format;
 
 static bool parse_side(const std::string& text, int& number) {
-    const char* const end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, number);
-    return !text.empty() && result.ec == std::errc() && result.ptr == end &&
-           number >= -largest_format_side && number <= largest_format_side;
+    return parse_number(text, number) && number >= -largest_format_side &&
+           number <= largest_format_side;
 }
 
 static bool parse_aspect(const std::string& text, double& number) {
-    const char* const end = text.data() + text.size();
-    const std::from_chars_result result = std::from_chars(text.data(), end, number);
-    return !text.empty() && result.ec == std::errc() && result.ptr == end &&
-           std::isfinite(number) && number > 0;
+    return parse_finite(text, number) == NumberFault::none && number > 0;
 }
 
 Format parse_format_text(const ScriptValue& value, const std::string& script) {

@@ -74,50 +74,45 @@ bool NumberKnob::is_animated() const {
 
 // ---- saved scripts -----------------------------------------------------------------------------
 
-AnimationCurve NumberKnob::read_one(const ScriptValue& value, const std::string& script) const {
-    if (is_switch() && value.kind != ScriptValue::Kind::braced) {
-        if (value.text == "true")
+AnimationCurve NumberKnob::read_one(const ScriptTree& value) const {
+    if (is_switch() && !value.is_list()) {
+        if (value.value().text == "true")
             return AnimationCurve::constant(1);
-        if (value.text == "false")
+        if (value.value().text == "false")
             return AnimationCurve::constant(0);
     }
-    return AnimationCurve::parse(value, script);
+    return AnimationCurve::parse(value);
 }
 
-static bool is_curve(const ScriptValue& value, const std::string& script) {
-    if (value.kind != ScriptValue::Kind::braced)
-        return false;
-    const std::vector<ScriptValue> items = list_items(value, script);
-    return !items.empty() && items[0].text == "curve";
-}
-
-// The value's parts, a matrix's rows one after the other.
-std::vector<ScriptValue> NumberKnob::items_for(const ScriptValue& value,
-                                               const std::string& script) const {
-    if (is_curve(value, script))
-        return {value};
-    std::vector<ScriptValue> items = list_items(value, script);
-    if (ClassID() != DD::Image::MATRIX_KNOB || items.size() != matrix_side)
-        return items;
-    std::vector<ScriptValue> elements;
-    for (const ScriptValue& row : items)
-        for (const ScriptValue& element :
-             is_curve(row, script) ? std::vector<ScriptValue>{row} : list_items(row, script))
-            elements.push_back(element);
-    return elements;
+// The numbers and curves in the value, those of a matrix row by row.
+std::vector<const ScriptTree*> NumberKnob::parts_of(const ScriptTree& value) const {
+    if (value.is_curve())
+        return {&value};
+    const std::vector<ScriptTree>& items = value.items();
+    const bool has_rows = ClassID() == DD::Image::MATRIX_KNOB && items.size() == matrix_side;
+    std::vector<const ScriptTree*> parts;
+    for (const ScriptTree& item : items) {
+        if (!has_rows || item.is_curve()) {
+            parts.push_back(&item);
+            continue;
+        }
+        for (const ScriptTree& element : item.items())
+            parts.push_back(&element);
+    }
+    return parts;
 }
 
 void NumberKnob::read(const ScriptValue& value, const std::string& script) {
-    const std::vector<ScriptValue> items = items_for(value, script);
-    const bool one_for_all = items.size() == 1;
-    if (!one_for_all && items.size() != curves.size())
-        throw ScriptError(script, value.place,
-                          "knob '" + name() + "' takes " + std::to_string(curves.size()) +
-                              (curves.size() == 1 ? " number" : " numbers") + ", not " +
-                              std::to_string(items.size()));
+    const ScriptTree tree(value, script);
+    const std::vector<const ScriptTree*> parts = parts_of(tree);
+    const bool one_for_all = parts.size() == 1;
+    if (!one_for_all && parts.size() != curves.size())
+        tree.fail("knob '" + name() + "' takes " + std::to_string(curves.size()) +
+                  (curves.size() == 1 ? " number" : " numbers") + ", not " +
+                  std::to_string(parts.size()));
     std::vector<AnimationCurve> read;
     for (std::size_t i = 0; i < curves.size(); i++)
-        read.push_back(read_one(items[one_for_all ? 0 : i], script));
+        read.push_back(read_one(*parts[one_for_all ? 0 : i]));
     curves = read;
     sources.assign(curves.size(), nullptr);
 }

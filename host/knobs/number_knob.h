@@ -7,6 +7,7 @@
 
 #include "host/knobs/host_knob.h"
 #include "host/script/curve.h"
+#include "host/script/script_tree.h"
 
 #include <functional>
 #include <vector>
@@ -42,8 +43,8 @@ private:
     std::vector<std::function<double(double)>> sources; // of numbers that follow one
 
     bool is_switch() const { return ClassID() == DD::Image::BOOL_KNOB; }
-    AnimationCurve read_one(const ScriptValue& value, const std::string& script) const;
-    std::vector<ScriptValue> items_for(const ScriptValue& value, const std::string& script) const;
+    AnimationCurve read_one(const ScriptTree& value) const;
+    std::vector<const ScriptTree*> parts_of(const ScriptTree& value) const;
 };
 
 } // namespace velmora::host

@@ -1,7 +1,6 @@
 #include "host/script/curve.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace velmora::host {
@@ -52,7 +51,7 @@ public:
     CurveReader(const std::string& name, AnimationCurve& curve)
         : name(name), curve(curve), keys(curve.all_keys), slopes(curve.slopes) {}
 
-    void read(const std::vector<ScriptValue>& items);
+    void read(const std::vector<ScriptTree>& items);
 
 private:
     typedef AnimationCurve::Slopes Slopes;
@@ -92,17 +91,19 @@ private:
     }
 };
 
-void CurveReader::read(const std::vector<ScriptValue>& items) {
+void CurveReader::read(const std::vector<ScriptTree>& items) {
     std::size_t k = 1; // behind "curve"
-    if (k < items.size() && items[k].kind == ScriptValue::Kind::word &&
-        (items[k].text == "i" || items[k].text == "I"))
-        curve.shown_as = items[k++].text[0];
+    const std::string shown_as = k < items.size() ? items[k].value().text : "";
+    if ((shown_as == "i" || shown_as == "I") && items[k].value().kind == ScriptValue::Kind::word) {
+        curve.shown_as = shown_as[0];
+        k++;
+    }
     for (; k < items.size(); k++)
-        read_item(items[k]);
+        read_item(items[k].value());
     if (prefix)
         fail(*prefix, in_quotes(*prefix) + " has no value behind it");
     if (keys.empty())
-        fail(items[0], "the curve has no key");
+        fail(items[0].value(), "the curve has no key");
     find_slopes();
 }
 
@@ -322,22 +323,23 @@ AnimationCurve AnimationCurve::constant(double number) {
 }
 
 AnimationCurve AnimationCurve::parse(const ScriptValue& value, const std::string& name) {
+    return parse(ScriptTree(value, name));
+}
+
+AnimationCurve AnimationCurve::parse(const ScriptTree& tree) {
     AnimationCurve curve;
-    const std::vector<ScriptValue> items = list_items(value, name);
-    if (value.kind == ScriptValue::Kind::braced && !items.empty() && items[0].text == "curve" &&
-        items[0].kind != ScriptValue::Kind::braced) {
-        curve.where = ScriptError(name, value.place, "").where;
-        CurveReader(name, curve).read(items);
+    if (tree.is_curve() && !tree.items()[0].is_list()) {
+        curve.where = ScriptError(tree.script(), tree.value().place, "").where;
+        CurveReader(tree.script(), curve).read(tree.items());
         return curve;
     }
-    double ignored = 0.0;
-    const char* const end = value.text.data() + value.text.size();
-    const std::size_t sign = value.text.find_first_not_of('+') == 1 ? 1 : 0;
-    if (value.kind == ScriptValue::Kind::braced ||
-        std::from_chars(value.text.data() + sign, end, ignored).ptr != end || value.text.empty())
-        throw ScriptError(name, value.place,
-                          "the expression " + in_quotes(value.text) + " cannot be honoured");
-    curve.number = number_of(value, name);
+    const std::string& text = tree.value().text;
+    const NumberFault fault =
+        tree.is_list() ? NumberFault::not_a_number : parse_finite(text, curve.number);
+    if (fault == NumberFault::not_a_number)
+        tree.fail("the expression " + in_quotes(text) + " cannot be honoured");
+    if (fault != NumberFault::none)
+        tree.fail(in_quotes(text) + " " + reason_of(fault));
     return curve;
 }
 

@@ -32,7 +32,7 @@
 // Threads:   a curve that is made never changes.
 #pragma once
 
-#include "host/script/script_text.h"
+#include "host/script/script_tree.h"
 
 #include <optional>
 #include <string>
@@ -58,9 +58,10 @@ public:
     // The same number at all times. It must be finite.
     static AnimationCurve constant(double number);
 
-    // `name` stands for the file in messages. Everything but a number and {curve ...} is an
+    // `name` is the script's name in messages. Everything but a number and {curve ...} is an
     // expression, which is refused.
     static AnimationCurve parse(const ScriptValue& value, const std::string& name);
+    static AnimationCurve parse(const ScriptTree& value);
 
     bool is_animated() const { return !all_keys.empty(); }
 

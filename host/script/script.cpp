@@ -1,13 +1,10 @@
 #include "host/script/script.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdint>
 #include <initializer_list>
 #include <map>
 #include <set>
 #include <string_view>
-#include <system_error>
 #include <unordered_map>
 
 namespace velmora::host {
@@ -140,11 +137,8 @@ static bool is_word(const ScriptValue& value) {
 
 // The whole text as a decimal number of at most `largest`, or -1.
 static int small_number(std::string_view text, int largest) {
-    unsigned number = 0;
-    const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, number);
-    const bool is_number = result.ec == std::errc() && result.ptr == end;
-    return is_number && number <= static_cast<unsigned>(largest) ? static_cast<int>(number) : -1;
+    int number = -1;
+    return parse_count(text, largest, number) ? number : -1;
 }
 
 void ScriptBuilder::run(const ScriptCommand& command) {

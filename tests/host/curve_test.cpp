@@ -365,7 +365,7 @@ TEST(Curve, RefusesExpressions) {
         {"+", "shot.nk:1:2: the expression '+' cannot be honoured"},
         {"{{curve x1 5}}", "shot.nk:1:2: the expression '{curve x1 5}' cannot be honoured"},
         {"1e999", "shot.nk:1:2: '1e999' is out of range"},
-        {"+-1", "shot.nk:1:2: '+-1' is not a number"},
+        {"+-1", "shot.nk:1:2: the expression '+-1' cannot be honoured"},
         {"inf", "shot.nk:1:2: 'inf' is not a finite number"},
     };
     for (const auto& c : cases)
