@@ -78,8 +78,4 @@ HostMatrix Transform::matrix() const {
     return matrix;
 }
 
-std::array<double, 3> look_at_rotation(double ra, double dec, double roll) {
-    return {dec, ra - 90.0, roll};
-}
-
 } // namespace velmora::host

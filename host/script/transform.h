@@ -35,10 +35,4 @@ struct Transform {
     HostMatrix matrix() const;
 };
 
-// The `rotate` of a camera that looks at right ascension `ra` and declination `dec` with north up
-// and east to the left; a positive `roll` turns the camera counterclockwise and with it the picture
-// clockwise. The sky stands in the host's world with the north pole along y and the star at
-// (ra, dec) along (cos dec cos ra, sin dec, -cos dec sin ra).
-std::array<double, 3> look_at_rotation(double ra, double dec, double roll);
-
 } // namespace velmora::host

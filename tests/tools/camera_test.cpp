@@ -5,6 +5,7 @@
 #include "host/script/transform.h"
 #include "stars/host_camera.h"
 #include "tests/scratch_folder.h"
+#include "tools/comp/look_at.h"
 #include "tools/comp/star_node.h"
 #include "tools/comp/view.h"
 

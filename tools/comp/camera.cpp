@@ -5,6 +5,7 @@
 #include "host/script/lens.h"
 #include "host/script/transform.h"
 #include "stars/render_data.h"
+#include "tools/comp/look_at.h"
 #include "tools/comp/star_node.h"
 #include "tools/failure.h"
 #include "tools/files/text_file.h"
@@ -90,7 +91,7 @@ static void set_view(Node& node, const CameraOptions& options) {
     if (options.look_at.empty())
         return;
     const double roll = options.look_at.size() > 2 ? options.look_at[2] : 0;
-    const auto rotate = host::look_at_rotation(options.look_at[0], options.look_at[1], roll);
+    const auto rotate = look_at_rotation(options.look_at[0], options.look_at[1], roll);
     set_three(node, "rotate", {rotate.begin(), rotate.end()});
 }
 
