@@ -29,7 +29,7 @@ public:
                            read_knob.get_value_at(0, 1) == 0 && read_knob.get_value_at(0, 2) == 0;
         if (!still)
             throw ScriptError(script, value.place,
-                              "knob '" + name() + "': a skew cannot be honoured");
+                              "knob '" + name() + "': a skew is not supported");
     }
 };
 

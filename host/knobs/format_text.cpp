@@ -15,8 +15,9 @@ static bool parse_aspect(const std::string& text, double& number) {
 
 Format parse_format_text(const ScriptValue& value, const std::string& script) {
     const ScriptError refused(script, value.place,
-                              in_quotes(value) + " is no format: width height [x y r t] [aspect] "
-                                                 "[name]");
+                              in_quotes(value) +
+                                  " is not a format: width height [x y r t] [aspect] "
+                                  "[name]");
     // A text in quotes is a list, too.
     ScriptValue list = value;
     list.kind = ScriptValue::Kind::braced;

@@ -39,7 +39,7 @@ void TextKnob::read(const ScriptValue& value, const std::string& script) {
     if (with_folder(value.text, ".").find('[') != std::string::npos)
         throw ScriptError(script, value.place,
                           "knob '" + name() + "': the expression in " + in_quotes(value) +
-                              " cannot be honoured");
+                              " is not supported");
     const std::string parent = std::filesystem::path(script).parent_path().string();
     text = with_folder(value.text, parent.empty() ? "." : parent);
 }

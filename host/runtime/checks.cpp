@@ -43,7 +43,7 @@ void Iop::checked_engine(int y, int x, int r, ChannelMask channels, Row& row) {
         const char* const name = getName(channel);
         throw velmora::host::PluginMisuse(
             *this, "engine, for row " + std::to_string(y) + " from " + std::to_string(x) + " to " +
-                       std::to_string(r) + ", wrote beside the span in " +
+                       std::to_string(r) + ", wrote outside the span in " +
                        (name ? name : "channel " + std::to_string(channel)));
     }
 }

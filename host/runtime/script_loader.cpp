@@ -61,7 +61,7 @@ bool Loader::is_disabled(const ScriptNode& node) const {
         return false;
     if (knob->value.text != "true" && knob->value.text != "1")
         refuse(knob->value.place,
-               "knob 'disable': the expression " + in_quotes(knob->value) + " cannot be honoured");
+               "knob 'disable': the expression " + in_quotes(knob->value) + " is not supported");
     return true;
 }
 
@@ -107,12 +107,12 @@ static std::set<std::string> user_knobs(const ScriptNode& node, const std::strin
 void Loader::refuse_switches(const ScriptNode& from) const {
     const ScriptKnob* const file = find_knob(from.knobs, "read_from_file");
     if (file && file->value.text != "false" && file->value.text != "0")
-        refuse(file->value.place, title(from) + " reads its values from a file, which cannot be "
-                                                "honoured");
+        refuse(file->value.place, title(from) + " reads its values from a file, which is "
+                                                "not supported");
     const ScriptKnob* const lifetime = find_knob(from.knobs, "useLifetime");
     if (lifetime && lifetime->value.text != "false" && lifetime->value.text != "0")
         refuse(lifetime->value.place, title(from) + " is there for some of the frames only, which "
-                                                    "cannot be honoured");
+                                                    "is not supported");
 }
 
 void Loader::read_knobs(const ScriptNode& from, Node& node) const {
@@ -136,7 +136,7 @@ void Loader::wire(const ScriptNode& from, Node& node, int depth) {
             continue;
         const ScriptNode& source = script.nodes[std::size_t(from.inputs[n])];
         if (is_disabled(source))
-            refuse(source.place, title(source) + " is disabled, which cannot be honoured");
+            refuse(source.place, title(source) + " is disabled, which is not supported");
         Node& input = load(from.inputs[n], depth + 1);
         if (!node.set_input(int(n), &input))
             refuse(from.place, title(from) + " does not take " + title(source) + " as input " +

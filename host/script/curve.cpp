@@ -101,7 +101,7 @@ void CurveReader::read(const std::vector<ScriptTree>& items) {
     for (; k < items.size(); k++)
         read_item(items[k].value());
     if (prefix)
-        fail(*prefix, in_quotes(*prefix) + " has no value behind it");
+        fail(*prefix, in_quotes(*prefix) + " has no value after it");
     if (keys.empty())
         fail(items[0].value(), "the curve has no key");
     find_slopes();
@@ -271,7 +271,7 @@ void CurveReader::find_cubic_slopes() {
         if (keys[k].interpolation != 'C' || !is_free(k))
             fail_at_key(k, keys[k].interpolation == 'C'
                                ? "is cubic ('C') and has slopes, which is not documented"
-                               : "stands beside cubic keys ('C') and is none: how they meet is not "
+                               : "is not cubic among cubic keys ('C'): how they join is not "
                                  "documented");
         check_handles(k);
     }
@@ -337,7 +337,7 @@ AnimationCurve AnimationCurve::parse(const ScriptTree& tree) {
     const NumberFault fault =
         tree.is_list() ? NumberFault::not_a_number : parse_finite(text, curve.number);
     if (fault == NumberFault::not_a_number)
-        tree.fail("the expression " + in_quotes(text) + " cannot be honoured");
+        tree.fail("the expression " + in_quotes(text) + " is not supported");
     if (fault != NumberFault::none)
         tree.fail(in_quotes(text) + " " + reason_of(fault));
     return curve;
@@ -398,7 +398,7 @@ double AnimationCurve::at(double frame) const {
     if (end_is_open)
         throw ScriptError(where, "whether the curve goes on linearly ('l') after the key at " +
                                      number_text(last.frame) +
-                                     " is not documented: no letter stands before that key");
+                                     " is not documented: no letter comes before that key");
     return last.value + slopes.back().right * (frame - last.frame);
 }
 

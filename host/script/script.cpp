@@ -201,7 +201,7 @@ void ScriptBuilder::push(const ScriptCommand& command) {
         fail(command[0], "'push' takes a variable or 0");
     const int node = is_name ? variable(command[1]) : -1;
     if (node >= 0 && placed[static_cast<std::size_t>(node)].group != scopes.back().group)
-        fail(command[1], in_quotes(command[1]) + " stands for a node of another group");
+        fail(command[1], in_quotes(command[1]) + " refers to a node of another group");
     scopes.back().stack.push_back(node);
 }
 
@@ -220,10 +220,10 @@ void ScriptBuilder::clone(const ScriptCommand& command) {
     }
     const int node = variable(command[1]);
     if (node < 0)
-        fail(command[1], in_quotes(command[1]) + " stands for no node");
+        fail(command[1], in_quotes(command[1]) + " refers to no node");
     const Placed original = placed[static_cast<std::size_t>(node)];
     if (original.class_name == "Group")
-        fail(command[1], "the clone of a group cannot be honoured");
+        fail(command[1], "the clone of a group is not supported");
     place_node(original.class_name, command[0].place, command[2], &original);
 }
 
@@ -370,8 +370,7 @@ void ScriptBuilder::begin_group(ScriptNode&& node) {
         throw ScriptError(script.name, node.place, "the group has no name");
     if (scopes.size() > deepest_group)
         throw ScriptError(script.name, node.place,
-                          "groups stand in one another more than " + std::to_string(deepest_group) +
-                              " deep");
+                          "groups are nested more than " + std::to_string(deepest_group) + " deep");
     Scope scope;
     scope.group = static_cast<int>(placed.size()) - 1;
     scope.prefix = node.name + ".";
@@ -381,7 +380,7 @@ void ScriptBuilder::begin_group(ScriptNode&& node) {
 
 void ScriptBuilder::end_group(const ScriptCommand& command) {
     if (scopes.size() == 1)
-        fail(command[0], "no group is there to end");
+        fail(command[0], "there is no group to end");
     if (command.size() > 1)
         fail(command[1], "'end_group' takes nothing");
     Scope scope = std::move(scopes.back());

@@ -78,13 +78,13 @@ static LaterUses later_uses(const Script& script) {
         for (const int input : node.inputs) {
             if (input < -1 || input >= static_cast<int>(k))
                 throw std::invalid_argument("an input of the node " + in_quotes(node.name) +
-                                            " does not stand before it");
+                                            " does not come before it");
             if (input >= 0 && !follows(script, k))
                 uses.pushed[static_cast<std::size_t>(input)] = true;
         }
         if (node.clone_of < -1 || node.clone_of >= static_cast<int>(k))
             throw std::invalid_argument("the original of the node " + in_quotes(node.name) +
-                                        " does not stand before it");
+                                        " does not come before it");
         if (node.clone_of >= 0)
             uses.cloned[static_cast<std::size_t>(node.clone_of)] = true;
     }
@@ -93,7 +93,7 @@ static LaterUses later_uses(const Script& script) {
 
 static void check_node(const ScriptNode& node) {
     if (node.name.find('.') != std::string::npos)
-        throw std::invalid_argument("the node " + in_quotes(node.name) + " stands in a group");
+        throw std::invalid_argument("the node " + in_quotes(node.name) + " is in a group");
     if (is_looked_through(node.class_name))
         throw std::invalid_argument("the node " + in_quotes(node.name) + " is of class " +
                                     node.class_name + ", which scripts are read without");

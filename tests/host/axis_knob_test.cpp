@@ -134,7 +134,7 @@ TEST_F(AxisKnobTest, HashesTheMatrix) {
 }
 
 TEST_F(AxisKnobTest, RefusesASkew) {
-    const char* const error = "shot.nk:1:2: knob 'skew': a skew cannot be honoured";
+    const char* const error = "shot.nk:1:2: knob 'skew': a skew is not supported";
     EXPECT_EQ(read_error("skew", "{0 0 0}"), "no error");
     EXPECT_EQ(read_error("skew", "{0 0 1}"), error);
     EXPECT_EQ(read_error("skew", "0.1"), error);

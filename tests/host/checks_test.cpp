@@ -40,13 +40,13 @@ TEST_F(ChecksTest, FindNothingWhereNothingIsWrong) {
 TEST_F(ChecksTest, NameTheSpanThatWasNotKeptTo) {
     set_text(misuse, "way", "write in front");
     EXPECT_EQ(pulling_error(3, 2, 6),
-              "M (Misuse): engine, for row 3 from 2 to 6, wrote beside the span in rgba.green");
+              "M (Misuse): engine, for row 3 from 2 to 6, wrote outside the span in rgba.green");
     set_text(misuse, "way", "write behind");
     EXPECT_EQ(pulling_error(0, 0, 10),
-              "M (Misuse): engine, for row 0 from 0 to 10, wrote beside the span in rgba.alpha");
+              "M (Misuse): engine, for row 0 from 0 to 10, wrote outside the span in rgba.alpha");
     // Beside the box the nearest pixels are asked for.
     EXPECT_EQ(pulling_error(-7, 8, 30),
-              "M (Misuse): engine, for row 0 from 8 to 10, wrote beside the span in rgba.alpha");
+              "M (Misuse): engine, for row 0 from 8 to 10, wrote outside the span in rgba.alpha");
 }
 
 TEST_F(ChecksTest, ReachThreadsToo) {
@@ -57,7 +57,7 @@ TEST_F(ChecksTest, ReachThreadsToo) {
                   [](const Row&, int, int, int) {});
     });
     EXPECT_EQ(error,
-              "M (Misuse): engine, for row 4 from 0 to 10, wrote beside the span in rgba.alpha");
+              "M (Misuse): engine, for row 4 from 0 to 10, wrote outside the span in rgba.alpha");
 }
 
 TEST_F(ChecksTest, MissTheOpening) {

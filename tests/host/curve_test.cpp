@@ -354,18 +354,18 @@ TEST(Curve, RefusesExpressions) {
     const struct {
         const char *text, *error;
     } cases[] = {
-        {"frame", "shot.nk:1:2: the expression 'frame' cannot be honoured"},
-        {"\"frame * 2\"", "shot.nk:1:2: the expression 'frame * 2' cannot be honoured"},
-        {"{frame/2}", "shot.nk:1:2: the expression 'frame/2' cannot be honoured"},
+        {"frame", "shot.nk:1:2: the expression 'frame' is not supported"},
+        {"\"frame * 2\"", "shot.nk:1:2: the expression 'frame * 2' is not supported"},
+        {"{frame/2}", "shot.nk:1:2: the expression 'frame/2' is not supported"},
         {"{-parent.Axis2.rotate.y}",
-         "shot.nk:1:2: the expression '-parent.Axis2.rotate.y' cannot be honoured"},
-        {"{curve+1 x1 5}", "shot.nk:1:2: the expression 'curve+1 x1 5' cannot be honoured"},
-        {"{}", "shot.nk:1:2: the expression '' cannot be honoured"},
-        {"\"\"", "shot.nk:1:2: the expression '' cannot be honoured"},
-        {"+", "shot.nk:1:2: the expression '+' cannot be honoured"},
-        {"{{curve x1 5}}", "shot.nk:1:2: the expression '{curve x1 5}' cannot be honoured"},
+         "shot.nk:1:2: the expression '-parent.Axis2.rotate.y' is not supported"},
+        {"{curve+1 x1 5}", "shot.nk:1:2: the expression 'curve+1 x1 5' is not supported"},
+        {"{}", "shot.nk:1:2: the expression '' is not supported"},
+        {"\"\"", "shot.nk:1:2: the expression '' is not supported"},
+        {"+", "shot.nk:1:2: the expression '+' is not supported"},
+        {"{{curve x1 5}}", "shot.nk:1:2: the expression '{curve x1 5}' is not supported"},
         {"1e999", "shot.nk:1:2: '1e999' is out of range"},
-        {"+-1", "shot.nk:1:2: the expression '+-1' cannot be honoured"},
+        {"+-1", "shot.nk:1:2: the expression '+-1' is not supported"},
         {"inf", "shot.nk:1:2: 'inf' is not a finite number"},
     };
     for (const auto& c : cases)
@@ -378,8 +378,8 @@ TEST(Curve, NamesTheWordAtFault) {
     } cases[] = {
         {"{curve}", "shot.nk:1:3: the curve has no key"},
         {"{curve i}", "shot.nk:1:3: the curve has no key"},
-        {"{curve x1}", "shot.nk:1:9: 'x1' has no value behind it"},
-        {"{curve 1 K}", "shot.nk:1:11: 'K' has no value behind it"},
+        {"{curve x1}", "shot.nk:1:9: 'x1' has no value after it"},
+        {"{curve 1 K}", "shot.nk:1:11: 'K' has no value after it"},
         {"{curve x1 x2 3}", "shot.nk:1:12: 'x2' follows another frame that has no value"},
         {"{curve x1 5 y3}", "shot.nk:1:14: 'y3' cannot be part of a curve"},
         {"{curve x 1}", "shot.nk:1:9: 'x' cannot be part of a curve"},
@@ -437,7 +437,7 @@ TEST(Curve, RefusesWhatTheHostDoesNotDocument) {
          "shot.nk:1:19: the key at 2 has handles ('u', 'v') and no slopes: where they point is not "
          "documented"},
         {"{curve C x1 5 S x2 6}",
-         "shot.nk:1:21: the key at 2 stands beside cubic keys ('C') and is none: how they meet is "
+         "shot.nk:1:21: the key at 2 is not cubic among cubic keys ('C'): how they join is "
          "not documented"},
     };
     for (const auto& c : cases)
@@ -451,7 +451,7 @@ TEST(Curve, SaysWhereItIsNotCertain) {
     EXPECT_EQ(curve_of(text).at(0), -1);
     EXPECT_EQ(error_at(text, 3.5),
               "shot.nk:1:2: whether the curve goes on linearly ('l') after the key at 3 is not "
-              "documented: no letter stands before that key");
+              "documented: no letter comes before that key");
     // Flat in any case, or along a slope that is given.
     EXPECT_EQ(curve_of("{curve L l x1 5 x3 5}").at(4), 5);
     EXPECT_EQ(curve_of("{curve L l x1 1 x3 5 s3}").at(4), 8);

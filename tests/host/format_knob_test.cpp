@@ -46,6 +46,6 @@ TEST_F(FormatKnobTest, ReadsAndWritesScripts) {
     EXPECT_EQ(format.format(), Format(640, 480, 2));
     EXPECT_EQ(format.to_script(), "\"640 480 0 0 640 480 2 half\"");
     EXPECT_EQ(read_error("format", "{640 0}"),
-              "shot.nk:1:2: '{640 0}' is no format: width height [x y r t] [aspect] [name]");
+              "shot.nk:1:2: '{640 0}' is not a format: width height [x y r t] [aspect] [name]");
     EXPECT_EQ(format.format(), Format(640, 480, 2));
 }

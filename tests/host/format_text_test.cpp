@@ -79,7 +79,7 @@ TEST(FormatText, RefusesWhatIsNoFormat) {
     };
     for (const std::string text : texts)
         EXPECT_EQ(error_of(text), "shot.nk:4:9: '" + text +
-                                      "' is no format: width height [x y r t] [aspect] [name]");
+                                      "' is not a format: width height [x y r t] [aspect] [name]");
 }
 
 TEST(FormatText, WritesWhatItReads) {

@@ -234,7 +234,7 @@ TEST(Script, ReadsDeepGroups) {
     EXPECT_EQ(script.nodes[1].name.size(), 201u);
 
     EXPECT_EQ(error_of(text + "Group {\n name G\n}\n"),
-              "shot.nk:705:1: groups stand in one another more than 100 deep");
+              "shot.nk:705:1: groups are nested more than 100 deep");
 }
 
 static const std::string first_camera =
@@ -325,15 +325,15 @@ TEST(Script, NamesThePlaceAtFault) {
         {"set {N1} [stack 0]\n", "shot.nk:1:1: 'set' takes a name and [stack N]"},
         {"set N1 [value x]\n", "shot.nk:1:1: 'set' takes a name and [stack N]"},
 
-        {"end_group\n", "shot.nk:1:1: no group is there to end"},
+        {"end_group\n", "shot.nk:1:1: there is no group to end"},
         {"Group {\n name G\n}\nend_group G\n", "shot.nk:4:11: 'end_group' takes nothing"},
         {"Group {\n name G\n}\n Group {\n name H\n}\nend_group\n",
          "shot.nk:1:1: the group is never ended"},
         {"Group {\n}\nend_group\n", "shot.nk:1:1: the group has no name"},
         {"Dot {\n}\nset N1 [stack 0]\nGroup {\n name G\n}\npush $N1\n",
-         "shot.nk:7:6: '$N1' stands for a node of another group"},
+         "shot.nk:7:6: '$N1' refers to a node of another group"},
         {"Group {\n name G\n}\nDot {\n}\nset N1 [stack 0]\nend_group\npush $N1\n",
-         "shot.nk:8:6: '$N1' stands for a node of another group"},
+         "shot.nk:8:6: '$N1' refers to a node of another group"},
         {"Input {\n number -1\n}\n", "shot.nk:2:9: '-1' is not the number of an input"},
 
         {"Blur {\n size\n}\n", "shot.nk:2:2: the knob 'size' has no value"},
@@ -355,7 +355,7 @@ TEST(Script, NamesThePlaceAtFault) {
          "shot.nk:6:7: the name 'A' is taken since line 2"},
 
         {"clone $C1 {\n}\n", "shot.nk:1:7: the variable 'C1' is not set"},
-        {"set C1 [stack 0]\nclone $C1 {\n}\n", "shot.nk:2:7: '$C1' stands for no node"},
+        {"set C1 [stack 0]\nclone $C1 {\n}\n", "shot.nk:2:7: '$C1' refers to no node"},
         {"clone\n", "shot.nk:1:1: 'clone' takes a variable or a new name and a class, and a {...}"},
         {"clone a {\n}\n",
          "shot.nk:1:1: 'clone' takes a variable or a new name and a class, and a {...}"},
@@ -366,7 +366,7 @@ TEST(Script, NamesThePlaceAtFault) {
         {"Blur {\n}\nset C1 [stack 0]\nclone $C1 {\n size 3\n}\n",
          "shot.nk:5:2: a clone cannot have a 'size' of its own"},
         {"Group {\n name G\n}\nend_group\nset C1 [stack 0]\nclone $C1 {\n}\n",
-         "shot.nk:6:7: the clone of a group cannot be honoured"},
+         "shot.nk:6:7: the clone of a group is not supported"},
 
         {"Blur {\n size 2\n", "shot.nk:1:6: the brace is never closed"},
         {"Blur {\n label \"a\n}\n", "shot.nk:2:8: the quote is never closed"},

@@ -193,13 +193,13 @@ TEST(ScriptWriter, RefusesWhatNoTextGivesBack) {
         std::vector<ScriptNode> nodes;
         std::string error;
     } cases[] = {
-        {{node("Blur", "G.A", {})}, "the node 'G.A' stands in a group"},
+        {{node("Blur", "G.A", {})}, "the node 'G.A' is in a group"},
         {{node("Dot", "A", {})}, "the node 'A' is of class Dot, which scripts are read without"},
         {{node("Group", "A", {})},
          "the node 'A' is of class Group, which scripts are read without"},
-        {{node("Blur", "A", {0})}, "an input of the node 'A' does not stand before it"},
-        {{node("Blur", "A", {-2})}, "an input of the node 'A' does not stand before it"},
-        {{node("Blur", "A", {}, {}, 0)}, "the original of the node 'A' does not stand before it"},
+        {{node("Blur", "A", {0})}, "an input of the node 'A' does not come before it"},
+        {{node("Blur", "A", {-2})}, "an input of the node 'A' does not come before it"},
+        {{node("Blur", "A", {}, {}, 0)}, "the original of the node 'A' does not come before it"},
         {{node("A b", "A", {})}, "the script cannot be written: the command 'A' is not known"},
         {{node("push", "A", {})}, "the script cannot be written: 'push' takes a variable or 0"},
         {{node("Root", "A", {})}, otherwise},

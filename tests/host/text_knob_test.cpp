@@ -80,8 +80,8 @@ TEST_F(TextKnobTest, PutsTheScriptsFolderIntoFileNames) {
 
 TEST_F(TextKnobTest, RefusesFileNamesThatHaveToBeComputed) {
     EXPECT_EQ(read_error("file", "\"[getenv SKY]/sky.dat\""),
-              "shot.nk:1:2: knob 'file': the expression in '[getenv SKY]/sky.dat' cannot be "
-              "honoured");
+              "shot.nk:1:2: knob 'file': the expression in '[getenv SKY]/sky.dat' is not "
+              "supported");
     EXPECT_EQ(read_error("text", "\"[date]\""), "no error");
     EXPECT_STREQ(knob("text").get_text(), "[date]");
 }

@@ -105,15 +105,15 @@ TEST_F(HostileText, InAScriptIsShownEscaped) {
         script(node + " name " + name + "\n other 1\n}\n",
                "4:2: " + shown_name + ", of class 'VelmoraNK', has no knob 'other' here"),
         script(node + " blur_segs " + word + "\n}\n",
-               "3:12: the expression '" + shown_word + "' cannot be honoured"),
+               "3:12: the expression '" + shown_word + "' is not supported"),
         script(node + " blur_segs {" + word + "}\n}\n",
-               "3:13: the expression '" + shown_word + "' cannot be honoured"),
+               "3:13: the expression '" + shown_word + "' is not supported"),
         script(node + " projection " + word + "\n}\n",
                "3:13: knob 'projection' has no item '" + shown_word + "'"),
         script(node + " starfile \\[" + word + "\n}\n",
-               "3:11: knob 'starfile': the expression in '[" + shown_word + "' cannot be honoured"),
+               "3:11: knob 'starfile': the expression in '[" + shown_word + "' is not supported"),
         script(node + " disable " + word + "\n}\n",
-               "3:10: knob 'disable': the expression '" + shown_word + "' cannot be honoured"),
+               "3:10: knob 'disable': the expression '" + shown_word + "' is not supported"),
     });
 }
 

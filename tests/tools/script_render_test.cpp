@@ -425,19 +425,19 @@ TEST_F(ScriptRender, RefusesWhatItCannotHonourAndSaysWhere) {
     } cases[] = {
         // Expressions, in the braces of one component and in those of a whole knob.
         {"Camera2 {\n inputs 0\n rotate {0 {frame*2} 0}\n}\n" + stars(),
-         "shot.nk:3:12: the expression 'frame*2' cannot be honoured"},
+         "shot.nk:3:12: the expression 'frame*2' is not supported"},
         {"Camera2 {\n inputs 0\n focal {{\"parent.Axis1.focal\"}}\n}\n" + stars(),
-         "shot.nk:3:9: the expression '\"parent.Axis1.focal\"' cannot be honoured"},
+         "shot.nk:3:9: the expression '\"parent.Axis1.focal\"' is not supported"},
         {cam + stars(" brightness {{5*frame}}\n"),
-         "shot.nk:11:14: the expression '5*frame' cannot be honoured"},
+         "shot.nk:11:14: the expression '5*frame' is not supported"},
         {cam + stars(" starfile \"\\[getenv SKY].velmora\"\n"),
-         "shot.nk:11:11: knob 'starfile': the expression in '[getenv SKY].velmora' cannot be "
-         "honoured"},
+         "shot.nk:11:11: knob 'starfile': the expression in '[getenv SKY].velmora' is not "
+         "supported"},
         {cam + stars(" projection {{frame}}\n"),
          "shot.nk:11:13: knob 'projection': '{{frame}}' is an animation or an expression, which a "
          "menu cannot have here"},
         {cam + stars(" disable {{frame>5}}\n name Stars\n"),
-         "shot.nk:11:10: knob 'disable': the expression '{{frame>5}}' cannot be honoured"},
+         "shot.nk:11:10: knob 'disable': the expression '{{frame>5}}' is not supported"},
         // What stands between the node and its camera.
         {cam + "TransformGeo {\n name Geo\n}\n" + stars(),
          "shot.nk:6:1: there is no plug-in for Geo, of class 'TransformGeo', whose output is "
@@ -447,13 +447,13 @@ TEST_F(ScriptRender, RefusesWhatItCannotHonourAndSaysWhere) {
         {"Axis2 {\n inputs 0\n name Axis\n}\n" + stars(),
          "shot.nk:6:1: Stars does not take Axis as input 1"},
         {"Camera2 {\n inputs 0\n name Cam\n disable true\n}\n" + stars(),
-         "shot.nk:1:1: Cam is disabled, which cannot be honoured"},
+         "shot.nk:1:1: Cam is disabled, which is not supported"},
         {"Axis2 {\n inputs 0\n name Axis\n disable true\n}\n" + camera("") + stars(),
-         "shot.nk:1:1: Axis is disabled, which cannot be honoured"},
+         "shot.nk:1:1: Axis is disabled, which is not supported"},
         {"Camera2 {\n inputs 0\n name Cam\n read_from_file true\n file a.fbx\n}\n" + stars(),
-         "shot.nk:4:17: Cam reads its values from a file, which cannot be honoured"},
+         "shot.nk:4:17: Cam reads its values from a file, which is not supported"},
         {"Camera2 {\n inputs 0\n name Cam\n skew {0 1 0}\n}\n" + stars(),
-         "shot.nk:4:7: knob 'skew': a skew cannot be honoured"},
+         "shot.nk:4:7: knob 'skew': a skew is not supported"},
         // Knobs.
         {"Camera2 {\n inputs 0\n name Cam\n zoom 3\n}\n" + stars(),
          "shot.nk:4:2: Cam, of class 'Camera2', has no knob 'zoom' here"},
@@ -464,10 +464,10 @@ TEST_F(ScriptRender, RefusesWhatItCannotHonourAndSaysWhere) {
         {"Camera2 {\n inputs 0\n rotate {1 2}\n}\n" + stars(),
          "shot.nk:3:9: knob 'rotate' takes 3 numbers, not 2"},
         {cam + stars(" brightness much\n"),
-         "shot.nk:11:13: the expression 'much' cannot be honoured"},
+         "shot.nk:11:13: the expression 'much' is not supported"},
         // The project.
         {"Root {\n format 64\n}\n" + cam + stars(),
-         "shot.nk:2:9: '64' is no format: width height [x y r t] [aspect] [name]"},
+         "shot.nk:2:9: '64' is not a format: width height [x y r t] [aspect] [name]"},
         {"Root {\n first_frame 1.5\n}\n" + cam + stars(),
          "shot.nk:2:14: knob 'first_frame' takes a whole number"},
         // The text itself.
