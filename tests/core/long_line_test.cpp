@@ -90,11 +90,7 @@ void __wrap_free(void* block) {
 }
 }
 
-// Some ten seconds of single bytes; the sanitizers, which check each, would make minutes of them.
 TEST(LongLine, OfMoreThan4GigabytesIsReadWhole) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "too slow under a sanitizer";
-#endif
     const u64 length = shared_part + 3;
     NoInput none;
     OneLine input(none, length);

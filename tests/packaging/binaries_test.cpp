@@ -40,15 +40,6 @@ protected:
     }
 };
 
-// "2.34" as {2, 34}, so that versions compare as numbers.
-std::vector<int> numbers_of(const std::string& version) {
-    std::vector<int> numbers;
-    std::istringstream parts(version);
-    for (std::string part; std::getline(parts, part, '.');)
-        numbers.push_back(std::stoi(part));
-    return numbers;
-}
-
 } // namespace
 
 using Paths = std::vector<std::string>;
@@ -66,6 +57,15 @@ TEST_F(Binaries, LookForLibrariesBesideThemselvesAlone) {
 TEST_F(Binaries, NameNoFolderOfTheirBuild) {
     for (const char* const file : {program, plugin, host})
         EXPECT_EQ(folder.read(file).find(VELMORA_SOURCE), std::string::npos) << file;
+}
+
+// "2.34" as {2, 34}, so that versions compare as numbers.
+static std::vector<int> numbers_of(const std::string& version) {
+    std::vector<int> numbers;
+    std::istringstream parts(version);
+    for (std::string part; std::getline(parts, part, '.');)
+        numbers.push_back(std::stoi(part));
+    return numbers;
 }
 
 // The oldest system that they are promised to run on has these: see docs/install.md.
