@@ -1,4 +1,4 @@
-// Angles as the host gives them, in degrees, and as the mathematics library takes them.
+// From degrees, in which the host gives angles, to the radians of the C library.
 #pragma once
 
 namespace velmora::host {

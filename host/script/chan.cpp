@@ -17,9 +17,10 @@ static std::string_view take_line(std::string_view& rest) {
     return line;
 }
 
-// Frames further from 0 than this are slips of the finger.
+// Larger frame numbers are typing errors.
 static const double farthest_frame = 1e9;
 
+// The words of a line up to its comment.
 static std::vector<std::string_view> words_of(std::string_view line) {
     std::vector<std::string_view> words;
     std::size_t start = line.find_first_not_of(blanks);
@@ -31,6 +32,7 @@ static std::vector<std::string_view> words_of(std::string_view line) {
     return words;
 }
 
+// The number that a word is; `where` is its place in messages.
 static double number_of(std::string_view word, const std::string& where) {
     double number = 0.0;
     const NumberFault fault = parse_finite(word, number);
@@ -39,6 +41,7 @@ static double number_of(std::string_view word, const std::string& where) {
     return number;
 }
 
+// `columns_before` is 0 at the first frame.
 static void check_columns(std::size_t columns, std::size_t columns_before,
                           const std::string& where) {
     const std::string found = std::to_string(columns) + (columns == 1 ? " column" : " columns");
@@ -49,6 +52,7 @@ static void check_columns(std::size_t columns, std::size_t columns_before,
                         found + ", but the frames before have " + std::to_string(columns_before));
 }
 
+// The numbers after the frame: translation, rotation, and perhaps the field of view.
 static ChanSample sample_of(const std::vector<std::string_view>& words, const std::string& where) {
     ChanSample sample;
     for (std::size_t k = 0; k < 3; k++)
@@ -70,6 +74,7 @@ Chan Chan::parse(const std::string& text, const std::string& name) {
     std::string before; // the last frame's number, as the file has it
     std::string_view rest = text;
     for (int number = 1; !rest.empty(); number++) {
+        // Split the line; lines of blanks and comments hold no frame.
         const std::vector<std::string_view> words = words_of(take_line(rest));
         if (words.empty())
             continue;
@@ -77,6 +82,7 @@ Chan Chan::parse(const std::string& text, const std::string& name) {
         check_columns(words.size(), columns, where);
         columns = words.size();
 
+        // Frames increase.
         const double frame = number_of(words[0], where);
         if (std::fabs(frame) > farthest_frame)
             throw ChanError(where, "frame " + in_quotes(words[0]) + " is out of range");
@@ -92,7 +98,7 @@ Chan Chan::parse(const std::string& text, const std::string& name) {
 }
 
 static double between(double a, double b, double part) {
-    // Not a + part * (b - a): the difference of numbers that a double holds may be none.
+    // Not a + part * (b - a): b - a may overflow where a and b do not.
     return a == b ? a : (1.0 - part) * a + part * b;
 }
 
@@ -116,12 +122,15 @@ std::vector<double> Chan::frames() const {
 }
 
 ChanSample Chan::sample(double time) const {
+    // Find the first frame at or after `time`.
     const auto next = std::lower_bound(lines.begin(), lines.end(), time,
                                        [](const Line& line, double t) { return line.frame < t; });
+    // Outside the file and at a frame itself nothing is interpolated.
     if (next == lines.end())
         return lines.back().sample;
     if (next == lines.begin() || next->frame == time)
         return next->sample;
+    // Mix the frames around it.
     const auto previous = next - 1;
     const double part = (time - previous->frame) / (next->frame - previous->frame);
     return between(previous->sample, next->sample, part);

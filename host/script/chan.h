@@ -4,11 +4,11 @@
 //
 // Units:     translation in scene units; rotation and vertical field of view in degrees, the
 //            rotation in the order of Transform, the field of view strictly between 0 and 180.
-// Shapes:    blanks and tabs between the numbers; lines end in LF or CRLF. Empty lines, and the
-//            rest of a line from a # that starts a word on, are skipped. All lines have the same
-//            number of columns; frames grow from line to line and need not be whole.
-// Errors:    ChanError.
-// Threads:   a Chan that is made never changes.
+// Shapes:    blanks and tabs separate the numbers; lines end in LF or CRLF. Empty lines are skipped,
+//            as is everything from a # at the start of a word to the end of the line. All lines have
+//            the same number of columns; frames increase from line to line and may be fractions.
+// Errors:    ChanError, at the first line that is wrong.
+// Threads:   a Chan is immutable.
 #pragma once
 
 #include "host/script/transform.h"
@@ -20,7 +20,7 @@
 
 namespace velmora::host {
 
-// Says "<where>: <why>", printable, where <where> is FILE:LINE, or FILE when the whole file is at fault.
+// `where` is FILE:LINE, or FILE for an error in the file as a whole.
 class ChanError : public TextError {
 public:
     using TextError::TextError;
@@ -28,22 +28,22 @@ public:
 
 struct ChanSample {
     Transform transform;
-    std::optional<double> vfov; // there in files with eight columns
+    std::optional<double> vfov; // of files with eight columns
 };
 
 class Chan {
 public:
-    // `name` stands for the file in messages.
+    // `name` is the file's name in messages.
     static Chan parse(const std::string& text, const std::string& name);
 
     bool has_vfov() const { return lines.front().sample.vfov.has_value(); }
-    std::vector<double> frames() const; // growing
+    std::vector<double> frames() const; // ascending
     double first_frame() const { return lines.front().frame; }
     double last_frame() const { return lines.back().frame; }
 
-    // Every column by itself goes linearly from one frame to the next, angles too, as plain
-    // numbers; it stays what it is before the first frame and after the last. At a frame's own time
-    // the file's numbers come back exactly. `time` must be a number.
+    // Each column is interpolated linearly by itself, angles as plain numbers, and is constant
+    // before the first frame and after the last. At a frame's own time the result is exactly what
+    // the file says. `time` must not be NaN.
     ChanSample sample(double time) const;
 
 private:
@@ -51,7 +51,7 @@ private:
         double frame;
         ChanSample sample;
     };
-    std::vector<Line> lines; // at least one, by growing frame
+    std::vector<Line> lines; // at least one, by ascending frame
 
     Chan() {}
 };

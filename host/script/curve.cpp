@@ -5,9 +5,10 @@
 
 namespace velmora::host {
 
+// Larger frame numbers are typing errors, and closer keys would divide by almost nothing.
 static const double farthest_frame = 1e9;
 static const double closest_frames = 1e-6;
-// Larger numbers are slips of the finger, and their products with frames might not be numbers.
+// Larger values are typing errors, too; their products with frames might overflow.
 static const double largest_value = 1e100;
 
 bool operator==(const CurveKey& a, const CurveKey& b) {
@@ -22,8 +23,8 @@ static double slope(const CurveKey& a, const CurveKey& b) {
     return (b.value - a.value) / (b.frame - a.frame);
 }
 
-// The slope nearest to `wanted` with which a handle of 1 towards the other end of a span does not
-// leave the values of its ends; `straight` is the slope from end to end.
+// The slope nearest to `wanted` whose handle (of length 1, a third of the span) stays between the
+// values at the ends of the span; `straight` is the slope from end to end.
 static double within_span(double wanted, double straight) {
     return straight < 0 ? std::clamp(wanted, 3 * straight, 0.0)
                         : std::clamp(wanted, 0.0, 3 * straight);
@@ -37,7 +38,7 @@ static bool starts_number(std::string_view text) {
     return !text.empty() && is_one_of(text[0], "+-.0123456789");
 }
 
-// The frame at which a key stands that has none of its own.
+// The frame of a key that gives none.
 static double next_frame(const std::vector<CurveKey>& keys) {
     if (keys.empty())
         return 0.0;
@@ -45,7 +46,7 @@ static double next_frame(const std::vector<CurveKey>& keys) {
     return keys.size() == 1 ? last + 1.0 : last + (last - keys[keys.size() - 2].frame);
 }
 
-// Reads the items of a curve one after the other, then works out the slopes.
+// Reads the items of a curve one after the other, then computes the slopes.
 class CurveReader {
 public:
     CurveReader(const std::string& name, AnimationCurve& curve)
@@ -61,9 +62,9 @@ private:
     std::vector<CurveKey>& keys;
     std::vector<Slopes>& slopes;
     std::vector<ScriptPlace> places; // of the keys' values
-    CurveKey next;                   // what stands before the next value
+    CurveKey next;                   // what the items before the next value say of its key
     std::optional<double> next_x;
-    const ScriptValue* prefix = nullptr; // the last item that needs a value behind it
+    const ScriptValue* prefix = nullptr; // the last item that needs a value after it; or null
 
     void read_item(const ScriptValue& item);
     void read_value(const ScriptValue& item);
@@ -92,7 +93,7 @@ private:
 };
 
 void CurveReader::read(const std::vector<ScriptTree>& items) {
-    std::size_t k = 1; // behind "curve"
+    std::size_t k = 1; // after "curve"
     const std::string shown_as = k < items.size() ? items[k].value().text : "";
     if ((shown_as == "i" || shown_as == "I") && items[k].value().kind == ScriptValue::Kind::word) {
         curve.shown_as = shown_as[0];
@@ -127,7 +128,7 @@ void CurveReader::read_item(const ScriptValue& item) {
     }
 }
 
-// The number behind the letter of an item.
+// The number after the letter of an item.
 double CurveReader::part_of(const ScriptValue& item, double largest) const {
     const ScriptValue number = {
         item.kind, item.text.substr(1), {item.place.line, item.place.column + 1}};
@@ -145,6 +146,7 @@ void CurveReader::read_frame(const ScriptValue& item) {
 }
 
 void CurveReader::read_value(const ScriptValue& item) {
+    // Place the key, after the one before it.
     next.frame = next_x.value_or(next_frame(keys));
     next.value = number_of(item, name);
     if (std::fabs(next.value) > largest_value)
@@ -158,7 +160,7 @@ void CurveReader::read_value(const ScriptValue& item) {
     keys.push_back(next);
     places.push_back(item.place);
 
-    // The interpolation goes on, nothing else does.
+    // The next key inherits the interpolation and nothing else.
     const char interpolation = next.interpolation;
     next = CurveKey();
     next.interpolation = interpolation;
@@ -169,6 +171,7 @@ void CurveReader::read_value(const ScriptValue& item) {
 void CurveReader::read_tangent(const ScriptValue& item) {
     if (prefix || keys.empty())
         fail(item, in_quotes(item) + " does not follow a value");
+    // They belong to the key before them.
     const char letter = item.text[0];
     CurveKey& last = keys.back();
     if (letter == 's' || letter == 't') {
@@ -186,7 +189,8 @@ void CurveReader::read_tangent(const ScriptValue& item) {
     }
 }
 
-// Slopes that are given, then those that need nothing but values, then those that need others.
+// In order of dependence: slopes that are given or follow from values alone, then those at the
+// ends, which depend on the slope at the neighbouring key.
 void CurveReader::find_slopes() {
     slopes.resize(keys.size());
     if (std::any_of(keys.begin(), keys.end(),
@@ -206,6 +210,7 @@ void CurveReader::check_handles(std::size_t k) const {
 }
 
 void CurveReader::find_inner_slopes(std::size_t k) {
+    // The neighbours decide a slope that is not given.
     const CurveKey* const before = k > 0 ? &keys[k - 1] : nullptr;
     const CurveKey* const after = k + 1 < keys.size() ? &keys[k + 1] : nullptr;
     const CurveKey& key = keys[k];
@@ -217,13 +222,13 @@ void CurveReader::find_inner_slopes(std::size_t k) {
                            "not documented");
     } else if (!is_free(k)) {
         slopes[k] = {*key.left_slope, key.right_slope.value_or(*key.left_slope)};
-    } else if (key.interpolation == 'L') {
+    } else if (key.interpolation == 'L') { // towards each neighbour; at an end the one there is
         slopes[k] = {before ? slope(*before, key) : 0.0, after ? slope(key, *after) : 0.0};
         if (!before)
             slopes[k].left = slopes[k].right;
         if (!after)
             slopes[k].right = slopes[k].left;
-    } else {
+    } else { // S and R; find_end_slopes() does the ends
         check_handles(k);
         if (!before || !after)
             return;
@@ -234,12 +239,12 @@ void CurveReader::find_inner_slopes(std::size_t k) {
     }
 }
 
-// The slope at an end with which the second derivative is 0 there: handle, key and the neighbour's
-// handle lie in one line.
+// The slope that makes the second derivative 0 at an end: key, handle and the neighbour's handle
+// are collinear.
 double CurveReader::end_slope(std::size_t end, std::size_t inner) const {
     const double straight = slope(keys[end], keys[inner]);
     if (is_curved(inner) && keys.size() == 2)
-        return straight; // zero at both ends
+        return straight; // the second derivative is 0 at both ends
     const bool at_first = end < inner;
     if ((at_first ? keys[inner].left_handle : keys[inner].right_handle) != 1)
         fail_at_key(inner, "has a handle ('u', 'v') towards an end without slope, which is not "
@@ -278,6 +283,7 @@ void CurveReader::find_cubic_slopes() {
     const std::size_t count = keys.size();
     if (count == 1)
         return;
+    // Eliminate downwards: m(k) = rest(k) - factor(k) m(k+1).
     std::vector<double> factor(count), rest(count);
     for (std::size_t k = 0; k < count; k++) {
         const double before = k > 0 ? 1 / (keys[k].frame - keys[k - 1].frame) : 0.0;
@@ -288,13 +294,14 @@ void CurveReader::find_cubic_slopes() {
         factor[k] = after / pivot;
         rest[k] = (right_side - (k > 0 ? before * rest[k - 1] : 0.0)) / pivot;
     }
+    // Substitute upwards.
     for (std::size_t k = count; k-- > 0;) {
         const double next_slope = k + 1 < count ? slopes[k + 1].left : 0.0;
         slopes[k].left = slopes[k].right = rest[k] - factor[k] * next_slope;
     }
 }
 
-// The left slope of the first key and the right one of the last say how the curve goes on outside.
+// The left slope of the first key and the right one of the last are those of the extrapolation.
 void CurveReader::find_outer_slopes() {
     const std::size_t last = keys.size() - 1;
     char extrapolation = 'k';
@@ -311,7 +318,7 @@ void CurveReader::find_outer_slopes() {
         if (k == last && extrapolation == 'k')
             slopes[k].right = 0.0;
     }
-    // One letter for all keys is certain for the interpolation only.
+    // Whether an extrapolation letter holds for later keys, too, is not documented.
     curve.end_is_open = is_free(last) && extrapolation == 'l' && !keys[last].extrapolation &&
                         slopes[last].right != 0;
 }
@@ -347,13 +354,14 @@ static double mix(double a, double b, double part) {
     return a == b ? a : (1.0 - part) * a + part * b;
 }
 
-// A cubic Bézier curve at `part` of the way, by repeated mixing.
+// A cubic Bézier curve at the parameter `part`, by de Casteljau's algorithm.
 static double bezier(double a, double b, double c, double d, double part) {
     const double ab = mix(a, b, part), bc = mix(b, c, part), cd = mix(c, d, part);
     return mix(mix(ab, bc, part), mix(bc, cd, part), part);
 }
 
-// The parameter at which a curve that rises from 0 to 1 by way of handles at `a` and `b` is `part`.
+// The parameter at which a Bézier curve from 0 to 1 with handles at `a` and `b` reaches `part`. By
+// bisection: 64 steps exhaust a double.
 static double parameter_at(double a, double b, double part) {
     double low = 0.0, high = 1.0;
     for (int halving = 0; halving < 64; halving++) {
@@ -367,12 +375,14 @@ double AnimationCurve::between(std::size_t key, double frame) const {
     const CurveKey &a = all_keys[key], &b = all_keys[key + 1];
     if (a.interpolation == 'K')
         return a.value;
+    // A straight line, exactly.
     const double span = b.frame - a.frame;
     const double part = (frame - a.frame) / span;
     const double right = slopes[key].right, left = slopes[key + 1].left;
     if (right == left && right == slope(a, b))
         return mix(a.value, b.value, part);
 
+    // Handles along the slopes; of length 1, time is the parameter.
     const double near = a.right_handle / 3, far = b.left_handle / 3;
     const double a_handle = a.value + right * near * span;
     const double b_handle = b.value - left * far * span;
@@ -384,6 +394,7 @@ double AnimationCurve::between(std::size_t key, double frame) const {
 double AnimationCurve::at(double frame) const {
     if (all_keys.empty())
         return number;
+    // The first key at or after `frame`.
     const auto after =
         std::lower_bound(all_keys.begin(), all_keys.end(), frame,
                          [](const CurveKey& key, double time) { return key.frame < time; });
@@ -394,6 +405,7 @@ double AnimationCurve::at(double frame) const {
     if (after != all_keys.end())
         return between(static_cast<std::size_t>(after - all_keys.begin()) - 1, frame);
 
+    // After the last key.
     const CurveKey& last = all_keys.back();
     if (end_is_open)
         throw ScriptError(where, "whether the curve goes on linearly ('l') after the key at " +
@@ -410,6 +422,7 @@ ScriptValue AnimationCurve::value() const {
         text += {' ', shown_as};
     char interpolation = 'S';
     std::vector<CurveKey> before;
+    // Write what differs from the defaults: the letters, the frame, the value, slopes and handles.
     for (const CurveKey& key : all_keys) {
         if (key.interpolation != interpolation)
             text += {' ', key.interpolation};

@@ -3,6 +3,7 @@
 // Units:     angles in degrees, strictly between 0 and 180; focal length and aperture above 0, in
 //            one unit of length. Horizontal apertures go with horizontal fields of view, vertical
 //            ones with vertical.
+// Errors:    none; arguments outside these ranges give infinite or meaningless lengths.
 // Threads:   pure functions.
 #pragma once
 

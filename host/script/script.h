@@ -1,15 +1,15 @@
-// A saved comp script: its project settings, and its nodes with their knobs and what is wired to
-// them.
+// A saved comp script: its project settings, and its nodes with their knobs and inputs.
 //
-//     Camera2 { ... }        a node takes its inputs from a stack, input 0 from the top, and puts
-//     set N1 [stack 0]       itself there in their place; `inputs` says how many, 1 if it is not
-//     push $N1               there. Groups have stacks of their own, up to their end_group.
+//     Camera2 { ... }        a node pops its inputs from a stack, input 0 first, and pushes itself;
+//     set N1 [stack 0]       the knob `inputs` gives their number, 1 by default. Each group has a
+//     push $N1               stack of its own, up to its end_group.
 //
-// Shapes:    what only passes on a picture is looked through and is no node here: dots, groups, and
-//            the Inputs and Outputs in them. A group that is off passes on its input 0. One whose
-//            `disable` is an expression, or that is on and has not just one Output, cannot be
-//            looked through: it is a node of class Group. What the clipboard holds is a script too.
-// Errors:    ScriptError, at the first slip.
+// Shapes:    dots, groups, and the Inputs and Outputs in groups only pass an image on: they are
+//            resolved into direct connections and are not among the nodes. A disabled group passes
+//            on its input 0. A group whose `disable` is an expression, or that is enabled and does
+//            not have exactly one Output, cannot be resolved: it is a node of class Group. The
+//            clipboard's text is a script, too.
+// Errors:    ScriptError, at the first error.
 // Threads:   pure functions.
 #pragma once
 
@@ -28,17 +28,17 @@ struct ScriptKnob {
 
 struct ScriptNode {
     std::string class_name;
-    std::string name; // with its groups: "Group1.Camera1"; empty for a node without name
+    std::string name; // with its groups: "Group1.Camera1"; may be empty
     ScriptPlace place;
 
-    // As they stand, without `inputs` and `name`; user knobs' addUserKnob lines among them.
+    // In the script's order, without `inputs` and `name`, with the addUserKnob lines.
     std::vector<ScriptKnob> knobs;
 
-    // Input 0 first: places in Script::nodes, or -1 for nothing. They stand before this node.
+    // Input 0 first: indices into Script::nodes, below this node's own; -1 where nothing is connected.
     std::vector<int> inputs;
 
-    // For a clone, the node that it is a clone of, which is none itself: its knobs are that node's
-    // but for those that only place and paint the node in the graph.
+    // Of a clone, the index of its original, which is not a clone itself; else -1. A clone has the
+    // original's knobs, except for those that only affect the node graph's look.
     int clone_of = -1;
 };
 
@@ -48,27 +48,26 @@ struct Script {
     std::vector<ScriptKnob> root; // without `inputs`
     std::vector<ScriptNode> nodes;
 
-    // `name` stands for the file in messages.
+    // `name` is the file's name in messages.
     static Script parse(const std::string& text, const std::string& name);
 };
 
-// Places do not matter.
+// Places are not compared.
 bool operator==(const ScriptKnob& a, const ScriptKnob& b);
 bool operator==(const ScriptNode& a, const ScriptNode& b);
 bool operator==(const Script& a, const Script& b);
 
-// The last knob of that name, which is the one that counts; null if there is none.
+// The last knob of that name, which overrides the others; null if there is none.
 const ScriptKnob* find_knob(const std::vector<ScriptKnob>& knobs, const std::string& name);
 
-// Whether a knob only places and paints its node in the graph, so that a clone may have its own.
+// Whether a knob only affects how its node looks in the node graph, so that a clone may have its own.
 bool is_graph_knob(const std::string& name);
 
-// The knobs of a clone of a node with the knobs `original`, which states `own` itself.
+// The knobs of a clone: those of `original`, replaced and extended by the clone's `own`.
 std::vector<ScriptKnob> knobs_of_clone(std::vector<ScriptKnob> original,
                                        const std::vector<ScriptKnob>& own);
 
-// Whether the class only passes on a picture, so that a script's nodes have none of it. A group may
-// stay.
+// Whether nodes of the class are resolved and not among a script's nodes; but see Group above.
 bool is_looked_through(const std::string& class_name);
 
 } // namespace velmora::host

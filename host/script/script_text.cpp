@@ -12,7 +12,7 @@ static bool is_blank(char ch) {
 
 static std::string utf8(unsigned code) {
     if (code >= 0xd800 && code < 0xe000)
-        code = 0xfffd; // half of a pair stands for no character
+        code = 0xfffd; // a surrogate is no character
     if (code < 0x80)
         return {static_cast<char>(code)};
     if (code < 0x800)
@@ -21,7 +21,7 @@ static std::string utf8(unsigned code) {
             static_cast<char>(0x80 | (code & 0x3f))};
 }
 
-// Walks over text and keeps the place.
+// A position in a text, with its line and column, that moves from value to value.
 class Scanner {
 public:
     enum class Rules { command, list };
@@ -29,12 +29,12 @@ public:
     Scanner(std::string_view text, ScriptPlace start, const std::string& name)
         : text(text), place(start), name(name) {}
 
-    // Goes to the next value and says whether there is one: in a command on its line, in a list
-    // anywhere.
+    // Moves to the next value and returns whether there is one: of a command on the same line, of a
+    // list anywhere.
     bool find_value(Rules rules);
     ScriptValue take_value(Rules rules);
 
-    // Goes over what stands between commands and says whether another one follows.
+    // Moves over blanks, ends of lines and comments; returns whether another command follows.
     bool find_command();
 
 private:
@@ -105,12 +105,13 @@ bool Scanner::find_command() {
 void Scanner::skip_comment() {
     while (!at_end() && text[offset] != '\n')
         if (take() == '\\' && !at_end())
-            take(); // a comment goes on over a line join
+            take(); // a backslash continues a comment on the next line
 }
 
 ScriptValue Scanner::take_value(Rules rules) {
     ScriptValue value;
     value.place = place;
+    // The first character decides the kind.
     if (text[offset] != '{' && text[offset] != '"') {
         value.text = take_word(rules);
         return value;
@@ -202,18 +203,20 @@ unsigned Scanner::take_digits(std::size_t most, unsigned base) {
     return code;
 }
 
-// Takes what follows a backslash and gives the text that both stand for.
+// Takes what follows a backslash; returns the text that the escape means.
 std::string Scanner::take_escape(ScriptPlace backslash) {
     static const std::string_view letters = "abfnrtv";
     static const std::string_view meanings = "\a\b\f\n\r\t\v";
     if (at_end())
         return "\\";
+    // \n and the like.
     const char ch = text[offset];
     const std::size_t letter = letters.find(ch);
     if (letter != std::string_view::npos) {
         take();
         return {meanings[letter]};
     }
+    // A character without meaning stays itself; a line join becomes a blank.
     const bool octal = ch >= '0' && ch <= '7';
     if (ch != 'x' && ch != 'u' && ch != '\n' && !octal)
         return {take()};
@@ -224,6 +227,7 @@ std::string Scanner::take_escape(ScriptPlace backslash) {
         return " ";
     }
 
+    // \x41, \u2605, \101.
     if (!octal)
         take();
     const std::size_t digits = offset;
@@ -244,7 +248,7 @@ static ScriptPlace place_of(std::string_view text, std::size_t offset) {
     return place;
 }
 
-// The text with all lines ended by LF alone. No place changes by it.
+// The text with LF in place of every CRLF. Lines and columns stay the same.
 static std::string with_plain_line_ends(std::string_view text) {
     std::string plain;
     plain.reserve(text.size());
@@ -257,16 +261,18 @@ static std::string with_plain_line_ends(std::string_view text) {
 }
 
 std::vector<ScriptCommand> commands_of(const std::string& text, const std::string& name) {
+    // Check, and skip the byte order mark.
     const std::size_t nul = text.find('\0');
     if (nul != std::string::npos)
         throw ScriptError(name, place_of(text, nul), "a NUL byte cannot be part of a text");
     std::string_view rest = text;
     ScriptPlace start;
-    if (rest.substr(0, 3) == "\xef\xbb\xbf") { // the mark of UTF-8
+    if (rest.substr(0, 3) == "\xef\xbb\xbf") {
         rest.remove_prefix(3);
         start.column += 3;
     }
 
+    // A command is one value or more.
     const std::string plain = with_plain_line_ends(rest);
     Scanner scanner(plain, start, name);
     std::vector<ScriptCommand> commands;

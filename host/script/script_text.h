@@ -1,17 +1,16 @@
-// The text of a saved comp script: commands of words, quoted texts and braced lists, each with the
-// place where it stands.
+// The text of a saved comp script: commands of words, quoted texts and braced lists, each with its
+// place in the file.
 //
-//     Camera2 {                     a command ends with its line, or with a ; outside braces
-//      focal {{curve x1 35}}        # starts a comment where a command could begin
+//     Camera2 {                     a command ends at the end of its line, or at a ; outside braces
+//      focal {{curve x1 35}}        # starts a comment where a command could start
 //      label "two\nlines"
 //     }
 //
-// Shapes:    places count from 1, columns in bytes. Lines end in LF or CRLF, within texts too,
-//            where they all come out as LF. A word may hold [...], which stays as it stands, and
-//            $name, which stays too. Words and quoted texts know the escapes of Tcl; braced text
-//            stays raw. Lists are split one level at a time, so nothing here gets deeper with the
-//            braces.
-// Errors:    ScriptError; what was opened and never closed is told by where it opened.
+// Shapes:    places count from 1, columns in bytes. Lines end in LF or CRLF; both become LF, also
+//            inside texts. [...] and $name in words are kept as they are: nothing is evaluated. Words
+//            and quoted texts have the escapes of Tcl; braced text is raw. Lists are split one level
+//            at a time, so that deep nesting costs no stack.
+// Errors:    ScriptError; for what is never closed, at the place where it was opened.
 // Threads:   pure functions.
 #pragma once
 
@@ -29,8 +28,7 @@ struct ScriptPlace {
     int column = 1;
 };
 
-// Says "<where>: <why>", printable, where <where> is FILE:LINE:COLUMN, or FILE when the whole file is at
-// fault.
+// `where` is FILE:LINE:COLUMN, or FILE for an error in the file as a whole.
 class ScriptError : public TextError {
 public:
     using TextError::TextError;
@@ -43,11 +41,12 @@ struct ScriptValue {
     enum class Kind { word, quoted, braced };
 
     Kind kind = Kind::word;
-    std::string text; // unescaped; what is inside the braces, raw, when braced
+    std::string text; // unescaped; of a braced value the raw text inside the braces
     ScriptPlace place;
 };
 
-// The host makes no difference between a word and a quoted text, and places do not matter.
+// A word and a quoted text of the same characters are equal, as they are for the host. Places are not
+// compared.
 inline bool operator==(const ScriptValue& a, const ScriptValue& b) {
     return (a.kind == ScriptValue::Kind::braced) == (b.kind == ScriptValue::Kind::braced) &&
            a.text == b.text;
@@ -55,17 +54,17 @@ inline bool operator==(const ScriptValue& a, const ScriptValue& b) {
 
 typedef std::vector<ScriptValue> ScriptCommand; // at least one value, its name
 
-// Splits a whole script into its commands. `name` stands for the file in messages.
+// Splits a whole script into its commands. `name` is the file's name in messages.
 std::vector<ScriptCommand> commands_of(const std::string& text, const std::string& name);
 
 // Splits a braced list into its items; a word or a quoted text is a list of itself.
 std::vector<ScriptValue> list_items(const ScriptValue& value, const std::string& name);
 
-// The finite number that a word or a quoted text is, whatever the locale.
+// Reads a word or a quoted text as a finite number.
 double number_of(const ScriptValue& value, const std::string& name);
 
-// The value as a message shows it, a list with its braces.
-using velmora::in_quotes; // else the next line would hide those for texts
+// The value quoted for a message, a list with its braces.
+using velmora::in_quotes; // the next line would hide it
 std::string in_quotes(const ScriptValue& value);
 
 } // namespace velmora::host

@@ -1,9 +1,9 @@
-// A value of a saved script together with the items of its lists, at any depth.
+// A value of a saved script with the items of its lists, at any depth.
 //
-// Shapes:    a list is split when its items are first asked for, and only then: whether braced text
-//            is a list depends on the knob, and text that is none need not split into items.
+// Shapes:    a list is split when its items are first asked for, and once. Not earlier: whether
+//            braced text is a list depends on the knob, and other text may not split at all.
 // Errors:    ScriptError from items(), for text that does not split.
-// Threads:   one at a time; asking for items changes the tree.
+// Threads:   one at a time: items() fills a cache.
 // Ownership: a tree copies the value and borrows the script's name.
 #pragma once
 

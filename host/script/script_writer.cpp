@@ -16,7 +16,7 @@ static std::string quoted_value(const std::string& text) {
         const auto byte = static_cast<unsigned char>(ch);
         if (ch == '\n')
             result += "\\n";
-        else if (byte < 0x20 || byte == 0x7f) // three octal digits end by themselves
+        else if (byte < 0x20 || byte == 0x7f) // as octal: \x could swallow a digit after it
             result +=
                 {'\\', static_cast<char>('0' + (byte >> 6)),
                  static_cast<char>('0' + (byte >> 3 & 7)), static_cast<char>('0' + (byte & 7))};
@@ -36,7 +36,7 @@ static std::string text_of(const ScriptValue& value) {
     return is_bare ? value.text : quoted_value(value.text);
 }
 
-// The words of a version as they are, if they read back as the same text.
+// The version without quotes, if it reads back the same: words separated by single blanks.
 static std::string version_text(const std::string& version) {
     const bool is_bare = std::all_of(version.begin(), version.end(),
                                      [](char ch) { return ch == ' ' || is_plain(ch); }) &&
@@ -50,13 +50,13 @@ static void write_knobs(std::string& text, const std::vector<ScriptKnob>& knobs)
         text += " " + text_of(text_value(knob.name)) + " " + text_of(knob.value) + "\n";
 }
 
-// Whether the only input is the node just before, which is on top of the stack.
+// Whether the node's only input is the node before it, which is on top of the stack.
 static bool follows(const Script& script, std::size_t k) {
     const std::vector<int>& inputs = script.nodes[k].inputs;
     return k > 0 && inputs.size() == 1 && inputs[0] == static_cast<int>(k) - 1;
 }
 
-// What a clone states itself: what is not as in its original, place by place.
+// The knobs of a clone that differ from its original's, by position.
 static std::vector<ScriptKnob> own_knobs(const ScriptNode& clone, const ScriptNode& original) {
     std::vector<ScriptKnob> own;
     for (std::size_t k = 0; k < clone.knobs.size(); k++)
@@ -65,7 +65,7 @@ static std::vector<ScriptKnob> own_knobs(const ScriptNode& clone, const ScriptNo
     return own;
 }
 
-// Which nodes are pushed and which are cloned further down.
+// Nodes that later ones push or clone: they need a variable.
 struct LaterUses {
     std::vector<bool> pushed, cloned;
 };
@@ -102,10 +102,12 @@ static void check_node(const ScriptNode& node) {
 static void write_node(std::string& text, const Script& script, std::size_t k) {
     const ScriptNode& node = script.nodes[k];
     check_node(node);
+    // Push the inputs, the last one first.
     if (!follows(script, k))
         for (auto input = node.inputs.rbegin(); input != node.inputs.rend(); ++input)
             text += *input < 0 ? "push 0\n" : "push $N" + std::to_string(*input) + "\n";
 
+    // The block of its knobs.
     const bool is_clone = node.clone_of >= 0;
     text += is_clone ? "clone $C" + std::to_string(node.clone_of) : node.class_name;
     text += " {\n";
@@ -137,6 +139,7 @@ std::string write_script(const Script& script) {
             text += "set C" + std::to_string(k) + " [stack 0]\n";
     }
 
+    // Reading it back finds whatever cannot be written.
     try {
         if (Script::parse(text, script.name) == script)
             return text;

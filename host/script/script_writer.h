@@ -1,12 +1,11 @@
-// Saved comp scripts as text: what Script::parse reads back as an equal script.
+// Writes comp scripts as text that Script::parse reads back as an equal script.
 //
-// Shapes:    a node is wired to the one before it where that is its only input, and by set and push
-//            everywhere else, as the host does. Values are bare words where that is possible,
-//            quoted texts and braced lists elsewhere; numbers are the shortest texts that give them
-//            again.
-// Errors:    std::invalid_argument for a script that no text gives back: nodes that stand in groups
-//            or of a class that is looked through, inputs that come later, a clone that is not like
-//            its original, braces that do not match, a NUL.
+// Shapes:    like the host, a node whose only input is the node before it relies on the stack; other
+//            inputs are pushed. Values are bare words where possible, else quoted texts or braced
+//            lists; numbers are the shortest text that reads back the same.
+// Errors:    std::invalid_argument for a script that no text can represent: nodes in groups or of a
+//            class that is resolved by reading, inputs that come later, a clone that differs from
+//            its original, unbalanced braces, a NUL.
 // Threads:   pure functions.
 #pragma once
 
@@ -19,7 +18,7 @@ namespace velmora::host {
 
 std::string write_script(const Script& script);
 
-// Values to write. A number must be finite, and braces in a list's items must match.
+// Values to write. A number must be finite, and braces in a list's items balanced.
 ScriptValue text_value(const std::string& text);
 ScriptValue number_value(double number);
 ScriptValue list_value(const std::vector<ScriptValue>& items);

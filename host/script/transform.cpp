@@ -14,7 +14,7 @@ struct Matrix {
 
 } // namespace
 
-// The first term of each sum stands alone, so that zeros in it change no bit of the others.
+// Sums start from their first term, not from 0, so that -0 survives.
 static Matrix operator*(const Matrix& a, const Matrix& b) {
     Matrix product;
     for (int i = 0; i < 4; i++) {
@@ -42,7 +42,7 @@ static Matrix scaled(const std::array<double, 3>& by, double uniform) {
     return m;
 }
 
-// About axis 0, 1 or 2: the next axis turns towards the one after it.
+// A rotation about axis 0, 1 or 2, which takes the next axis towards the one after it.
 static Matrix turned(int axis, double degrees) {
     const double angle = degrees * radians_per_degree;
     const int next = (axis + 1) % 3, after = (axis + 2) % 3;
@@ -53,7 +53,7 @@ static Matrix turned(int axis, double degrees) {
     return m;
 }
 
-// What takes effect first stands on the right.
+// Matrices apply to column vectors: the first rotation is the rightmost factor.
 static Matrix turned(const std::array<double, 3>& by, RotationOrder order) {
     static const int axes[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2},
                                    {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
@@ -63,6 +63,7 @@ static Matrix turned(const std::array<double, 3>& by, RotationOrder order) {
 }
 
 HostMatrix Transform::matrix() const {
+    // The parts, and the orders in which they apply.
     const Matrix s = scaled(scaling, uniform_scale);
     const Matrix r = turned(rotate, rotation_order);
     const Matrix t = moved(translate);
@@ -71,6 +72,7 @@ HostMatrix Transform::matrix() const {
     const Matrix* const* const parts = orders[int(order)];
     const Matrix whole = moved(pivot) * (*parts[2] * *parts[1] * *parts[0]) * moved(pivot, -1);
 
+    // Column by column, rounded to float.
     HostMatrix matrix;
     for (std::size_t column = 0; column < 4; column++)
         for (std::size_t row = 0; row < 4; row++)

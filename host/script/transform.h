@@ -1,4 +1,4 @@
-// The host's axis: where something stands, which way it is turned and how large it is.
+// The host's axis: position, rotation and scale of something in space.
 //
 // Units:     angles in degrees, lengths in scene units.
 // Shapes:    a matrix is 16 floats, column by column, for column vectors, local to world:
@@ -8,7 +8,7 @@
 //                | m[2] m[6] m[10] m[14] |
 //                |   0    0     0     1  |
 //
-// Accuracy:  computed in double and narrowed at the end.
+// Accuracy:  computed in double, then rounded to float.
 // Threads:   pure functions.
 #pragma once
 
@@ -18,8 +18,8 @@ namespace velmora::host {
 
 typedef std::array<float, 16> HostMatrix;
 
-// In the order in which the parts take effect: SRT scales first and moves last, ZXY turns about z
-// first and about y last.
+// Named in order of application: SRT scales first and translates last, ZXY rotates about z first
+// and about y last.
 enum class TransformOrder { SRT, STR, RST, RTS, TSR, TRS };
 enum class RotationOrder { XYZ, XZY, YXZ, YZX, ZXY, ZYX };
 
@@ -28,10 +28,11 @@ struct Transform {
     std::array<double, 3> rotate = {0.0, 0.0, 0.0}; // about x, y and z
     std::array<double, 3> scaling = {1.0, 1.0, 1.0};
     double uniform_scale = 1.0;
-    std::array<double, 3> pivot = {0.0, 0.0, 0.0}; // the point that scaling and turning leave alone
+    std::array<double, 3> pivot = {0.0, 0.0, 0.0}; // the fixed point of scale and rotation
     TransformOrder order = TransformOrder::SRT;
     RotationOrder rotation_order = RotationOrder::ZXY;
 
+    // Local to world.
     HostMatrix matrix() const;
 };
 
