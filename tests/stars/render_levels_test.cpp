@@ -56,9 +56,12 @@ StarRendererData some_data(Dice& dice, int width, int height) {
 }
 
 star some_star(Dice& dice) {
-    star s =
-        make_star(dice.between(0, 360), dice.between(-90, 90), float(dice.log_between(1e-4, 10)),
-                  dice.below(256), dice.below(256), dice.below(256), dice.between(-1, 5));
+    // One after the other, since compilers take arguments in different orders.
+    const double distance = dice.between(-1, 5);
+    const int blue = dice.below(256), green = dice.below(256), red = dice.below(256);
+    const float flux = float(dice.log_between(1e-4, 10));
+    const double dec = dice.between(-90, 90), ra = dice.between(0, 360);
+    star s = make_star(ra, dec, flux, red, green, blue, distance);
     if (dice.below(2)) { // where the cameras look
         s.ra = dice.between(40, 140);
         s.dec = dice.between(-40, 40);
