@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/xception.h"
+#include "tests/function_spelling.h"
 
 #include <string>
 
@@ -11,7 +12,7 @@ std::string message_of(Action action) {
     try {
         action();
     } catch (const StrXception& x) {
-        return x.message.str ? x.message.str : "";
+        return message_spelled_by_gcc(x.message.str ? x.message.str : "");
     }
     return "(no StrXception)";
 }

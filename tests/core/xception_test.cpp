@@ -296,8 +296,12 @@ TEST(XAssert, SpellsTemplateArgumentsOut) {
         Scale<float>().of(Scale<float>());
         FAIL();
     } catch (AssertXception& x) {
+#ifdef __clang__
+        EXPECT_STREQ(x.function, "real Scale<float>::of(const Scale<real> &) const [real = float]");
+#else
         EXPECT_STREQ(x.function, "real Scale<real>::of(const Scale<real>&) const "
                                  "[with real = float]");
+#endif
         EXPECT_STREQ(x.expr, "sizeof(real) == 0");
     }
 }

@@ -101,7 +101,7 @@ TEST(RendererSetup, NeedsACamera) {
     } catch (const AssertXception& thrown) {
         EXPECT_STREQ(thrown.expr, "priv->cams.len() > 0");
         EXPECT_STREQ(thrown.file, "stars");
-        EXPECT_STREQ(thrown.function, constructor);
+        EXPECT_EQ(spelled_by_gcc(thrown.function), constructor);
         EXPECT_EQ(thrown.line, 464);
     }
     EXPECT_EQ(input.taken, 0) << "the magic comes after the cameras";

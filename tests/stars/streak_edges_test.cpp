@@ -3,6 +3,7 @@
 #include "stars/draw_call.h"
 #include "stars/fast/rasterise.h"
 #include "stars/plain/rasterise.h"
+#include "tests/function_spelling.h"
 #include "tests/special_values.h"
 #include "tests/stars/kernels.h"
 #include "tests/stars/picture.h"
@@ -46,7 +47,7 @@ void expect_assertion(int width, int height, Vector2 where, const char* expressi
     } catch (const AssertXception& thrown) {
         EXPECT_STREQ(thrown.expr, expression);
         EXPECT_STREQ(thrown.file, "stars");
-        EXPECT_STREQ(thrown.function, signature);
+        EXPECT_EQ(spelled_by_gcc(thrown.function), signature);
     }
     for (float pixel : pixels)
         EXPECT_EQ(pixel, 0);
