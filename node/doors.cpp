@@ -3,6 +3,8 @@
 #include "node/VelmoraNK.h"
 #include "stars/kernels.h"
 
+#include <DDImage/NukeWrapper.h>
+
 using namespace velmora;
 
 const char* velmora_kernels() {
@@ -15,4 +17,20 @@ void velmora_draw_plainly(bool plainly) {
 
 void velmora_last_counts(RenderCounts* counts) {
     *counts = VelmoraNK::last_counts;
+}
+
+// The host's wrapper is what others hold.
+static const VelmoraNK* node_of(DD::Image::Op* op) {
+    const auto* const wrapper = dynamic_cast<DD::Image::NukeWrapper*>(op);
+    return wrapper ? dynamic_cast<VelmoraNK*>(wrapper->wrapped_iop()) : nullptr;
+}
+
+const StarRendererData* velmora_render_data(DD::Image::Op* op) {
+    const VelmoraNK* const node = node_of(op);
+    return node ? &node->render_data : nullptr;
+}
+
+const Array<camera>* velmora_cameras(DD::Image::Op* op) {
+    const VelmoraNK* const node = node_of(op);
+    return node ? &node->cameras : nullptr;
 }

@@ -7,6 +7,10 @@
 
 #include "stars/stars.h"
 
+namespace DD::Image {
+class Op;
+}
+
 #define VELMORA_DOOR __attribute__((visibility("default")))
 
 extern "C" {
@@ -19,4 +23,9 @@ VELMORA_DOOR void velmora_draw_plainly(bool plainly);
 
 // Of the opening that ended last, on any node; all 0 before the first.
 VELMORA_DOOR void velmora_last_counts(velmora::RenderCounts* counts);
+
+// What a validated op draws, or null when it is not of this class. The op owns both, until its next
+// validation.
+VELMORA_DOOR const StarRendererData* velmora_render_data(DD::Image::Op* op);
+VELMORA_DOOR const Array<camera>* velmora_cameras(DD::Image::Op* op);
 }

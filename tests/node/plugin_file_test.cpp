@@ -34,8 +34,9 @@ TEST(NodePlugin, ExportsItsDoorsAlone) {
     std::vector<std::string> names;
     for (const std::string& line : lines_of("LC_ALL=C nm -D --defined-only " + plugin))
         names.push_back(line.substr(line.rfind(' ') + 1));
-    EXPECT_EQ(names, (std::vector<std::string>{"velmora_draw_plainly", "velmora_kernels",
-                                               "velmora_last_counts"}));
+    EXPECT_EQ(names, (std::vector<std::string>{"velmora_cameras", "velmora_draw_plainly",
+                                               "velmora_kernels", "velmora_last_counts",
+                                               "velmora_render_data"}));
 }
 
 TEST(NodePlugin, AsksTheHostForItsInterface) {

@@ -28,7 +28,7 @@ protected:
     View view_at(double frame) {
         DD::Image::Op& op = tree.at(frame);
         validate(op);
-        return view_of(op);
+        return view_of(op, PluginDoors(stars.description()));
     }
 
     std::vector<const CameraOp*> cameras_at(double frame) {
@@ -67,13 +67,13 @@ TEST_F(Shot, IsTheHostsDefaultCameraWhenNothingIsSaid) {
     add_camera(graph, stars, {});
     EXPECT_EQ(cameras_at(1).size(), 2u);
     const View view = view_at(1);
-    EXPECT_EQ(view.first.focal, 50);
-    EXPECT_EQ(view.first.near, double(0.1f));
-    EXPECT_EQ(view.first.far, -1);
-    EXPECT_EQ(view.film.left, -12.288);
-    EXPECT_EQ(view.film.right, 12.288);
-    EXPECT_EQ(view.film.bottom, -9.336);
-    EXPECT_EQ(view.film.top, 9.336);
+    EXPECT_EQ(view.first().focal, 50);
+    EXPECT_EQ(view.first().near, double(0.1f));
+    EXPECT_EQ(view.first().far, -1);
+    EXPECT_EQ(view.data.left, -12.288);
+    EXPECT_EQ(view.data.right, 12.288);
+    EXPECT_EQ(view.data.bottom, -9.336);
+    EXPECT_EQ(view.data.top, 9.336);
 }
 
 TEST_F(Shot, WithoutACameraHasTheWindowOfTheFormat) {
@@ -81,11 +81,11 @@ TEST_F(Shot, WithoutACameraHasTheWindowOfTheFormat) {
     options.connected = false;
     add_camera(graph, stars, options);
     const View view = view_at(1);
-    EXPECT_EQ(view.film.left, -1920.0 / 1080.0);
-    EXPECT_EQ(view.film.right, 1920.0 / 1080.0);
-    EXPECT_EQ(view.film.bottom, -1);
-    EXPECT_EQ(view.film.top, 1);
-    EXPECT_EQ(view.first.focal, 3.200000047683716);
+    EXPECT_EQ(view.data.left, -1920.0 / 1080.0);
+    EXPECT_EQ(view.data.right, 1920.0 / 1080.0);
+    EXPECT_EQ(view.data.bottom, -1);
+    EXPECT_EQ(view.data.top, 1);
+    EXPECT_EQ(view.first().focal, 3.200000047683716);
 }
 
 // The camera stands left of the knob's transform in the product: it moves what the knob has turned.
@@ -95,7 +95,7 @@ TEST_F(Shot, MultipliesTheTransformKnobOntoTheCamera) {
     options.translate = {1, 2, 3};
     stars.knob("translate")->set_value(5, 0); // five along its own x
     add_camera(graph, stars, options);
-    const camera cam = view_at(1).first;
+    const camera cam = view_at(1).first();
 
     // The camera's place in the host's world is (1, 2, 3 - 5); the renderer reverses z.
     const double place[4] = {1, 2, 2, 1};

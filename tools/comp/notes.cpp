@@ -1,5 +1,6 @@
 #include "tools/comp/notes.h"
 
+#include "stars/film.h"
 #include "tools/say.h"
 
 #include <cmath>
@@ -11,22 +12,22 @@ static const double smallest_disc = 0.25;   // of the image's height
 static const double largest_stretch = 0.01; // of square pixels
 
 static void note_small_disc(const View& view) {
-    const double disc = 2 / (view.film.top - view.film.bottom);
-    if (view.film.projection == OP_STARS_PERSPECTIVE || disc >= smallest_disc)
+    const double disc = 2 / (view.data.top - view.data.bottom);
+    if (view.data.projection == OP_STARS_PERSPECTIVE || disc >= smallest_disc)
         return;
-    const bool hemispherical = view.film.projection == OP_STARS_HEMISPHERICAL;
+    const bool hemispherical = view.data.projection == OP_STARS_HEMISPHERICAL;
     say(std::string("note: the ") + (hemispherical ? "Hemispherical" : "Azimuthal Equidistant") +
         " disc takes up " + std::to_string(std::lround(disc * view.height)) + " of the image's " +
         std::to_string(view.height) + " rows with these apertures: --no-camera fits it");
 }
 
 static void note_stretch(const View& view) {
-    const double stretch = film_stretch(view.film, view.width, view.height);
+    const double stretch = film_stretch(view.data, view.width, view.height);
     if (std::fabs(stretch - 1) <= largest_stretch)
         return;
     char fitting[32];
     snprintf(fitting, sizeof fitting, "%.6g",
-             (view.film.right - view.film.left) * view.height / view.width);
+             (view.data.right - view.data.left) * view.height / view.width);
     say("note: the apertures' shape is not the image's, so the sky is stretched: --vaperture " +
         std::string(fitting) + " gives square pixels");
 }

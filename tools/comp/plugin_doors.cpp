@@ -23,6 +23,8 @@ PluginDoors::PluginDoors(const DD::Image::Op::Description& plugin) {
     look_up(library.get(), file, "velmora_kernels", kernels_name);
     look_up(library.get(), file, "velmora_draw_plainly", set_plain);
     look_up(library.get(), file, "velmora_last_counts", get_counts);
+    look_up(library.get(), file, "velmora_render_data", get_data);
+    look_up(library.get(), file, "velmora_cameras", get_cameras);
 }
 
 RenderCounts PluginDoors::last_counts() const {

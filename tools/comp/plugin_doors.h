@@ -19,10 +19,16 @@ public:
     void draw_plainly() const { set_plain(true); }
     RenderCounts last_counts() const;
 
+    // What a validated op of the plug-in's node draws.
+    const StarRendererData& render_data(DD::Image::Op& op) const { return *get_data(&op); }
+    const Array<camera>& cameras(DD::Image::Op& op) const { return *get_cameras(&op); }
+
 private:
     const char* (*kernels_name)();
     void (*set_plain)(bool);
     void (*get_counts)(RenderCounts*);
+    const StarRendererData* (*get_data)(DD::Image::Op*);
+    const Array<camera>* (*get_cameras)(DD::Image::Op*);
 };
 
 } // namespace velmora

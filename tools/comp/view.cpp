@@ -46,22 +46,9 @@ void check_cameras(Op& stars) {
     }
 }
 
-View view_of(Op& stars) {
-    const CameraOp* const first = camera_of(stars, 0);
-    const CameraOp* const last = camera_of(stars, stars.split_input(star_camera_input) - 1);
-    const Matrix4 transform = transform_of(stars);
-    const Matrix4 to_world = first ? first->matrix() * transform : transform;
-    const double focal = first ? first->focal_length() : focal_without_camera;
-
+View view_of(Op& stars, const PluginDoors& doors) {
     const DD::Image::Format& format = stars.iop()->format();
-    View view = {camera_of_host(to_world.array(), focal), {}, format.width(), format.height()};
-    if (last)
-        set_film_window(view.film, last->film_width(), last->film_height());
-    else
-        set_default_film_window(view.film, view.width, view.height);
-    const int projection = int(stars.knob("projection")->get_value_at(0, 0));
-    view.film.projection = projection_of_index(projection);
-    return view;
+    return {doors.cameras(stars), doors.render_data(stars), format.width(), format.height()};
 }
 
 } // namespace velmora

@@ -1,26 +1,29 @@
-// What the camera of a frame sees, as the renderer is told: for notes and for what pictures say.
+// What the node of a frame draws: the cameras and the parameters that it hands to the renderer.
 //
-// Units:     the film window and the focal length share the renderer's film unit.
-// Errors:    WorkFailure for a camera that stands where single precision does not reach.
+// Units:     as in stars/stars.h.
+// Errors:    WorkFailure for a camera placed where single precision does not reach.
 #pragma once
 
-#include "stars/film.h"
-#include "stars/host_camera.h"
+#include "stars/stars.h"
+#include "tools/comp/plugin_doors.h"
 
 #include <DDImage/Op.h>
 
 namespace velmora {
 
 struct View {
-    camera first;          // as the shutter opens
-    StarRendererData film; // the film window and the projection alone
-    int width, height;     // pixels
+    Array<camera> cameras; // at least one, in the order of the shutter's samples
+    StarRendererData data;
+    int width, height; // pixels
+
+    // As the shutter opens.
+    const camera& first() const { return cameras[0]; }
 };
 
 // Validates the op's cameras and throws where one cannot be computed with.
 void check_cameras(DD::Image::Op& stars);
 
 // The view of our node's op, which is validated.
-View view_of(DD::Image::Op& stars);
+View view_of(DD::Image::Op& stars, const PluginDoors& doors);
 
 } // namespace velmora

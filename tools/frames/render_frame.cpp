@@ -12,7 +12,8 @@ using DD::Image::Op;
 using DD::Image::Row;
 
 NodeRenderer::NodeRenderer(Node& node, const std::string& where)
-    : node(node), where(where), tree(node), star_file(node.knob("starfile")->get_text()),
+    : node(node), where(where), tree(node), doors(node.description()),
+      star_file(node.knob("starfile")->get_text()),
       has_stamp(OSAPI::get_stamp_can_fail(star_file.c_str(), stamp)) {}
 
 // A frame in a process of its own opens the file itself, and later than others.
@@ -68,7 +69,7 @@ std::unique_ptr<RenderedFrame> NodeRenderer::render(double frame) {
     working_in_host([&] {
         Stopwatch watch;
         Op& op = validated(frame);
-        rendered.reset(new RenderedFrame{node, frame, view_of(op), {}, {}});
+        rendered.reset(new RenderedFrame{node, frame, view_of(op, doors), {}, {}});
         rendered->times.setting_up = watch.lap();
         const std::size_t pixels =
             std::size_t(rendered->view.width) * std::size_t(rendered->view.height);

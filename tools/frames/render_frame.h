@@ -44,6 +44,7 @@ private:
     Node& node;
     std::string where;
     host::OpTree tree;
+    PluginDoors doors;
     std::string failed_file; // the star database that could not be opened, of which the node tells
     std::string failure;     // once and then renders black
 

@@ -59,13 +59,13 @@ static ExrValue attribute_of(const host::HostKnob& knob, double frame) {
 
 ExrMetadata frame_attributes(const RenderedFrame& frame, double fps) {
     ExrMetadata metadata;
-    const camera& cam = frame.view.first;
+    const camera& cam = frame.view.first();
     const DblMatrix4 to_camera = world_to_camera(cam);
     metadata.world_to_camera = narrowed(to_camera);
-    if (frame.view.film.projection == OP_STARS_PERSPECTIVE)
+    if (frame.view.data.projection == OP_STARS_PERSPECTIVE)
         metadata.world_to_ndc =
             narrowed(to_camera * DblMatrix4::perspective(cam.focal, cam.near, cam.far) *
-                     window_to_ndc(frame.view.film));
+                     window_to_ndc(frame.view.data));
     metadata.frame_rate = frame_rate_of(fps);
     metadata.software = "velmora " VELMORA_VERSION;
     for (const host::HostKnob* const knob : own_knobs(frame.node))
