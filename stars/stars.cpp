@@ -37,6 +37,7 @@ struct StarRenderer::Private {
     LitOwners lit;
 
     StarBlock::View view(const StarRendererData& parameters) const;
+    auto projector(const StarRendererData& parameters, const star& s) const;
 
     template <class Project>
     bool draw(const StarRendererData& parameters, float luminance, const Color3& color,
@@ -296,17 +297,37 @@ bool StarRenderer::Private::draw(const StarRendererData& parameters, float lumin
     return drew;
 }
 
-bool StarRenderer::draw_plainly(const star* s) {
-    const Private& p = *priv;
-    const bool has_distance = data->threed && p.input->version2 && s->distance > 0;
-    const VectorN<double, 3> direction = scene_direction(*s);
-    const double w = inverse_distance(has_distance, s->distance, data->parallax);
-    const auto project = [&](uword sample, Vector2& position) {
-        return world_to_screen(direction[0], direction[1], direction[2], w, p.matrices[sample],
-                               data->projection, p.fb->width, p.fb->height, data->left, data->right,
-                               data->bottom, data->top, position);
+// Where a star is on the image in each sample, and whether it is visible there.
+auto StarRenderer::Private::projector(const StarRendererData& parameters, const star& s) const {
+    const bool has_distance = parameters.threed && input->version2 && s.distance > 0;
+    const VectorN<double, 3> direction = scene_direction(s);
+    const double w = inverse_distance(has_distance, s.distance, parameters.parallax);
+    return [this, &parameters, direction, w](uword sample, Vector2& position) {
+        return world_to_screen(direction[0], direction[1], direction[2], w, matrices[sample],
+                               parameters.projection, fb->width, fb->height, parameters.left,
+                               parameters.right, parameters.bottom, parameters.top, position);
     };
-    return priv->draw(*data, shaded_luminance(s->flux, *data), shaded_color(*s, *data), project);
+}
+
+bool StarRenderer::draw_plainly(const star* s) {
+    return priv->draw(*data, shaded_luminance(s->flux, *data), shaded_color(*s, *data),
+                      priv->projector(*data, *s));
+}
+
+StarTrace StarRenderer::trace(const star& s) const {
+    const Private& p = *priv;
+    const auto project = p.projector(*data, s);
+    StarTrace traced = {{},
+                        shaded_luminance(s.flux, *data) * p.intensity_scale,
+                        shaded_color(s, *data),
+                        p.spot_w,
+                        p.spot_h};
+    for (uword i = 0; i < p.matrices.len(); i++) {
+        StarTrace::Sample sample;
+        sample.visible = project(i, sample.position);
+        traced.samples.push_back(sample);
+    }
+    return traced;
 }
 
 bool StarRenderer::draw_decoded(int i) {

@@ -16,6 +16,7 @@
 #include "stars/streak.h"
 
 #include <memory>
+#include <vector>
 
 namespace velmora {
 
@@ -25,6 +26,20 @@ struct RenderCounts {
     u64 kept;   // of them, not below the threshold
     u64 drawn;  // of them, stars that put light into a pixel
     u64 pixels; // written; the fast kernels leave out some whose value is 0
+};
+
+// How one star comes to be drawn, by the plain reading.
+//
+// Units:     positions and sizes in pixels, x right, y down from the top row; linear light.
+struct StarTrace {
+    struct Sample {
+        Vector2 position;
+        bool visible; // a segment is drawn whole when either of its ends is visible
+    };
+    std::vector<Sample> samples; // one per camera
+    float amplitude;             // of the spot, or of each segment
+    Color3 color;
+    float size_x, size_y; // of the spot
 };
 
 } // namespace velmora
@@ -50,6 +65,9 @@ public:
     bool do_render_star(const star* s);
 
     const velmora::RenderCounts& counts() const;
+
+    // What drawing `s` starts from. Draws nothing.
+    velmora::StarTrace trace(const star& s) const;
 
 private:
     struct Private;
