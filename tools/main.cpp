@@ -24,15 +24,16 @@ static void run(int argc, char** argv) {
     program.footer(examples);
     program.set_version_flag("--version", "velmora " VELMORA_VERSION);
     add_render_command(program);
+    add_explain_command(program);
     add_catalog_command(program);
     add_script_command(program);
     add_info_command(program);
     if (argc < 2)
-        throw UsageFailure("arguments", "name a command: render, catalog, script or info");
+        throw UsageFailure("arguments", "name a command: render, explain, catalog, script or info");
     const auto named = [&](const CLI::App* command) { return command->get_name() == argv[1]; };
     if (argv[1][0] != '-' && program.get_subcommands(named).empty())
         throw UsageFailure(in_quotes(argv[1], in_full),
-                           "is no command: there are render, catalog, script and info");
+                           "unknown command; use render, explain, catalog, script or info");
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

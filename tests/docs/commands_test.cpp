@@ -65,6 +65,9 @@ static const Entry entries[] = {
     {"docs/command-line.md", "velmora: sky.0007.exr: is being written ", Listed::output,
      "flock sky.0007.exr.inprogress velmora render -F 7 --vaperture 13.824 -o sky.####.exr || "
      "true"},
+    {"docs/command-line.md", "frame 1, pixel 712,977 ", Listed::output,
+     "velmora explain --pixel 712,977 --look-at 84,-1 --fov 36 --vaperture 13.824 "
+     "--save few.velmora"},
     {"docs/install.md", "cmake --preset release\n", Listed::not_run, machine},
     {"docs/install.md", "export NUKE_PATH=", Listed::not_run, "is for the shell that starts Nuke"},
     {"docs/install.md", "nuke.knobDefault(", Listed::not_run, "is run by Nuke"},

@@ -181,7 +181,7 @@ TEST_F(HostileText, InAnArgumentIsShownEscaped) {
     const std::string given = in_shell(text);
     expect_said({
         wrong(given, "'" + shown_text +
-                         "': is no command: there are render, catalog, script and "
+                         "': unknown command; use render, explain, catalog, script or "
                          "info"),
         wrong("render --format " + given + " -o x.png",
               "format '" + shown_text + "': takes <width>x<height> in pixels"),

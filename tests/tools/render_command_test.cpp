@@ -378,11 +378,11 @@ TEST_F(Render, SaysInOneLineWhatIsWrong) {
         {small("--focal 50mm -o a.exr"), 2, "arguments: --focal: takes a number"},
         {small("--exposure nan -o a.png"), 2, "arguments: --exposure: takes a number"},
         {small("--jobs 0 -o a.exr"), 2, "arguments: --jobs: takes a whole number from 1 to 1024"},
-        {"paint", 2, "'paint': is no command: there are render, catalog, script and info"},
+        {"paint", 2, "'paint': unknown command; use render, explain, catalog, script or info"},
         {"catalog", 2, "catalog: name a command: import or info"},
         {"catalog frob", 2, "arguments: The following argument was not expected: frob"},
         {"--bogus", 2, "arguments: The following argument was not expected: --bogus"},
-        {"", 2, "arguments: name a command: render, catalog, script or info"},
+        {"", 2, "arguments: name a command: render, explain, catalog, script or info"},
     };
     for (const auto& c : cases) {
         const Ran ran = run(c.arguments);

@@ -9,6 +9,7 @@ class App;
 namespace velmora {
 
 void add_render_command(CLI::App& program);
+void add_explain_command(CLI::App& program);
 void add_catalog_command(CLI::App& program);
 void add_script_command(CLI::App& program);
 void add_info_command(CLI::App& program);
