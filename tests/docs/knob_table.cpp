@@ -17,7 +17,7 @@ static std::string slider_of(const Knob& knob) {
 }
 
 // What a new node has, in two comps of different formats: where they differ it is the comp's.
-static std::string default_of(const HostKnob& knob, const HostKnob& in_another_comp) {
+static std::string default_of(const host::HostKnob& knob, const host::HostKnob& in_another_comp) {
     const std::string text = knob_text(knob, 1);
     if (text != knob_text(in_another_comp, 1))
         return "the project's";
@@ -39,7 +39,7 @@ static std::string escaped(std::string text) {
 }
 
 std::string knob_table() {
-    Graph graph(plugin_path()), other(plugin_path());
+    host::Graph graph(plugin_path()), other(plugin_path());
     graph.set_format(Format(1920, 1080));
     other.set_format(Format(640, 480));
     const Node& node = create_star_node(graph);
@@ -47,7 +47,7 @@ std::string knob_table() {
 
     std::string table =
         "| knob | in the panel | takes | default | slider |\n|---|---|---|---|---|\n";
-    for (const HostKnob* const knob : own_knobs(node))
+    for (const host::HostKnob* const knob : own_knobs(node))
         table += "| [`" + knob->name() + "`](#" + knob->name() + ") | " + label_of(*knob) + " | " +
                  escaped(takes_of(*knob)) + " | " +
                  default_of(*knob, *in_other.knob(knob->name())) + " | " + slider_of(*knob) +
