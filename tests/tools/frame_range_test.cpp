@@ -1,6 +1,6 @@
 #include "tools/frames/frame_range.h"
 
-#include "tools/failure.h"
+#include "tests/tools/failure_in.h"
 
 #include <gtest/gtest.h>
 #include <numeric>
@@ -146,4 +146,16 @@ TEST(FrameRange, FailsWithTheStatusOfAWrongArgument) {
     } catch (const Failure& failure) {
         EXPECT_EQ(failure.status, EXIT_USAGE);
     }
+}
+
+TEST(FrameRange, RunsFromOneNumberToAnother) {
+    EXPECT_EQ(frames_from_to(3, 5), (Frames{3, 4, 5}));
+    EXPECT_EQ(frames_from_to(1, -2), (Frames{1, 0, -1, -2}));
+    EXPECT_EQ(frames_from_to(7, 7), Frames{7});
+    EXPECT_EQ(frames_from_to(1, most_frames).size(), std::size_t(most_frames));
+}
+
+TEST(FrameRange, RefusesMoreNumbersThanAText) {
+    EXPECT_EQ(failure_in([] { frames_from_to(-1, most_frames); }),
+              "usage: frame range '-1-1000000': more than 1000000 frames");
 }

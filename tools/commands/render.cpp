@@ -37,8 +37,7 @@ static std::vector<int> frames_of(const RenderOptions& options, const host::Grap
         return parse_frame_range(options.frames);
     if (options.comp.script.empty())
         return {1};
-    return parse_frame_range(std::to_string(graph.first_frame) + "-" +
-                             std::to_string(graph.last_frame));
+    return frames_from_to(graph.first_frame, graph.last_frame);
 }
 
 static std::vector<Rendering> renderings_of(const Comp& comp, const RenderOptions& options,

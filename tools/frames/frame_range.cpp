@@ -23,6 +23,7 @@ struct Run {
     long first, last, step;
 
     long count() const { return (last < first ? first - last : last - first) / step + 1; }
+    int at(long n) const { return int(last < first ? first - n * step : first + n * step); }
 };
 
 class FrameRangeReader {
@@ -45,6 +46,10 @@ private:
 };
 
 } // namespace
+
+static std::string too_many_frames() {
+    return "more than " + std::to_string(most_frames) + " frames";
+}
 
 // Takes digits, and a sign before them, off the front of `rest`.
 static std::string_view take_number(std::string_view& rest) {
@@ -117,18 +122,13 @@ Run FrameRangeReader::run_of(std::string_view piece) const {
 }
 
 void FrameRangeReader::add(const Run& run) {
-    const std::string too_many = "more than " + std::to_string(most_frames) + " frames";
-    const long count = run.count();
-    if (count > most_frames)
-        fail(too_many);
-    const long step = run.last < run.first ? -run.step : run.step;
-    for (long n = 0; n < count; n++) {
-        const int frame = int(run.first + n * step);
-        if (named.insert(frame).second)
-            frames.push_back(frame);
-    }
+    if (run.count() > most_frames)
+        fail(too_many_frames());
+    for (long n = 0; n < run.count(); n++)
+        if (named.insert(run.at(n)).second)
+            frames.push_back(run.at(n));
     if (frames.size() > std::size_t(most_frames))
-        fail(too_many);
+        fail(too_many_frames());
 }
 
 // Reads what stands between two commas: pieces with blanks between.
@@ -155,6 +155,18 @@ std::vector<int> FrameRangeReader::read() {
     }
     read_pieces(rest);
     return std::move(frames);
+}
+
+std::vector<int> frames_from_to(int first, int last) {
+    const Run run = {first, last, 1};
+    if (run.count() > most_frames)
+        throw UsageFailure("frame range '" + std::to_string(first) + "-" + std::to_string(last) +
+                               "'",
+                           too_many_frames());
+    std::vector<int> frames;
+    for (long n = 0; n < run.count(); n++)
+        frames.push_back(run.at(n));
+    return frames;
 }
 
 std::vector<int> parse_frame_range(const std::string& text) {

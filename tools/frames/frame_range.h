@@ -16,4 +16,7 @@ const int most_frames = 1000000;
 // Each frame once, in the order in which they are first named; at least one, at most most_frames.
 std::vector<int> parse_frame_range(const std::string& text);
 
+// From `first` to `last`, downwards when `last` is less. Fails as <first>-<last> would.
+std::vector<int> frames_from_to(int first, int last);
+
 } // namespace velmora
