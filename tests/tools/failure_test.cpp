@@ -1,6 +1,7 @@
 #include "tools/failure.h"
 
 #include "tests/failing_memory.h"
+#include "tests/tools/standard_error.h"
 #include "tools/say.h"
 
 #include <gtest/gtest.h>
@@ -15,41 +16,6 @@
 using namespace velmora;
 
 namespace {
-
-// Standard error while it lives, whatever buffers there are.
-class StandardError {
-public:
-    StandardError() : before(dup(STDERR_FILENO)), file(std::tmpfile()) {
-        dup2(fileno(file), STDERR_FILENO);
-    }
-    StandardError(const StandardError&) = delete;
-    StandardError& operator=(const StandardError&) = delete;
-    ~StandardError() {
-        restore();
-        std::fclose(file);
-    }
-
-    std::string text() {
-        restore();
-        std::string bytes;
-        std::rewind(file);
-        for (int ch; (ch = std::fgetc(file)) != EOF;)
-            bytes += char(ch);
-        return bytes;
-    }
-
-private:
-    int before;
-    std::FILE* file;
-
-    void restore() {
-        if (before == -1)
-            return;
-        dup2(before, STDERR_FILENO);
-        close(before);
-        before = -1;
-    }
-};
 
 // What is said, and what it comes to, while no memory is to be had from the `nth` request on.
 template <class Work>
