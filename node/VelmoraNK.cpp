@@ -1,6 +1,7 @@
 #include "node/VelmoraNK.h"
 
 #include "core/xception.h"
+#include "node/doors.h"
 #include "node/sdk.h"
 #include "stars/film.h"
 #include "stars/host_camera.h"
@@ -19,7 +20,6 @@ static const char* const projection_names[] = {"Perspective", "Hemispherical",
 enum { INPUT_PARENT, INPUT_CAMERA, INPUTS };
 
 const Op::Description VelmoraNK::d("VelmoraNK", &VelmoraNKCreate);
-velmora::RenderCounts VelmoraNK::last_counts = {};
 
 Op* VelmoraNKCreate(Node* node) {
     return (new NukeWrapper(new VelmoraNK(node)))->noMix()->noMask();
@@ -246,7 +246,8 @@ struct Rewound {
 } // namespace
 
 void VelmoraNK::_open() {
-    last_counts = {};
+    counts = {};
+    velmora::note_opening(counts);
     const int width = format().width(), height = format().height();
     if (!velmora::image_fits(width, height) || blur_segs > velmora::most_blur_segs) {
         _close();
@@ -259,6 +260,7 @@ void VelmoraNK::_open() {
     image->make_blank();
     if (star_input)
         draw_star_file();
+    velmora::note_opening(counts);
 }
 
 static velmora::SinceOpened since_opened(const StarInput& input) {
@@ -279,7 +281,7 @@ void VelmoraNK::draw_star_file() {
     if (before != velmora::SinceOpened::changed && draw_stars() &&
         since_opened(*star_input) != velmora::SinceOpened::changed)
         return;
-    last_counts = {};
+    counts = {};
     image->make_blank();
     error("Star database file '%s' was written to or cut short since it was opened; it is not "
           "drawn until the path is changed",
@@ -294,7 +296,7 @@ bool VelmoraNK::draw_stars() {
         StarRenderer renderer(render_data, framebuffer, *star_input, cameras);
         bool drew = false;
         renderer.render_all(drew);
-        last_counts = renderer.counts();
+        counts = renderer.counts();
     } catch (const velmora::StarsLost&) {
         return false;
     }

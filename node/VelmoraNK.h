@@ -30,9 +30,6 @@ class VelmoraNK : public DD::Image::Iop {
 public:
     static const DD::Image::Op::Description d;
 
-    // What the opening that ended last took, on any node; all 0 before the first.
-    static velmora::RenderCounts last_counts;
-
     explicit VelmoraNK(Node* node);
     ~VelmoraNK() override;
 
@@ -81,6 +78,8 @@ public:
     // What the renderer takes, as of the last validation.
     StarRendererData render_data = {};
     Array<camera> cameras; // one per sample
+
+    velmora::RenderCounts counts = {}; // of the last opening
 
     Kess::Image* image = nullptr;    // owned; from _open to _close, null when nothing can be drawn
     StarInput* star_input = nullptr; // owned; the open database, kept from frame to frame

@@ -7,6 +7,8 @@
 
 using namespace velmora;
 
+static RenderCounts last_opening = {};
+
 const char* velmora_kernels() {
     return kernel_level_name(kernel_level());
 }
@@ -16,7 +18,11 @@ void velmora_draw_plainly(bool plainly) {
 }
 
 void velmora_last_counts(RenderCounts* counts) {
-    *counts = VelmoraNK::last_counts;
+    *counts = last_opening;
+}
+
+void velmora::note_opening(const RenderCounts& counts) {
+    last_opening = counts;
 }
 
 // The host's wrapper is what others hold.

@@ -13,12 +13,12 @@ static const float unbounded = 1e20f;       // slope and half-width of a horizon
 // A value that is not a number or does not fit becomes INT_MIN, as the processor's own conversion
 // has it, so that what follows is defined everywhere.
 static s32 to_int(float whole) {
-    return whole >= -2147483648.0f && whole < 2147483648.0f ? s32(whole) : INT_MIN;
+    return whole >= -0x1p31f && whole < 0x1p31f ? s32(whole) : INT_MIN;
 }
 
 // floorf and ceilf without a call; what fits no integer has no part behind the point.
 static float floor_of(float v) {
-    if (!(fabsf(v) < 8388608.0f))
+    if (!(fabsf(v) < whole_from))
         return v;
     const float whole = float(s32(v));
     return whole > v ? whole - 1 : whole;

@@ -48,8 +48,10 @@ struct Span {
     float X, X_end;
 };
 
-// Offsets below this grow when 1.0 is added; beyond it the sum can round back to where it was.
-constexpr float counting_limit = 16777216;
+// Floats are whole numbers from 2^23 on, and from 2^24 on adding 1.0 may give the same float again:
+// offsets below it grow, beyond it a row never reaches its end.
+constexpr float whole_from = 0x1p23f;
+constexpr float counting_limit = 0x1p24f;
 
 // The footprint ends where the profile of unit intensity has fallen to 1 / this.
 constexpr float reach_intensity = 6250;

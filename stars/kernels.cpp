@@ -1,20 +1,13 @@
 #include "stars/kernels.h"
-#include "stars/fast/lane_kernels.h"
+
+#include "stars/dispatch.h"
 
 #include <atomic>
 
 namespace velmora {
 
-static KernelLevel probe_machine() {
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
-        __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl"))
-        return KernelLevel::avx512;
-    return __builtin_cpu_supports("avx2") ? KernelLevel::avx2 : KernelLevel::sse2;
-}
-
 KernelLevel best_kernel_level() {
-    static const KernelLevel best = probe_machine();
+    static const KernelLevel best = widest_available_level();
     return best;
 }
 
@@ -45,19 +38,6 @@ const char* kernel_level_name(KernelLevel level) {
         return "AVX-512";
     default:
         return "plain";
-    }
-}
-
-const LaneKernels* lane_kernels() {
-    switch (kernel_level()) {
-    case KernelLevel::sse2:
-        return &lane_kernels_sse2;
-    case KernelLevel::avx2:
-        return &lane_kernels_avx2;
-    case KernelLevel::avx512:
-        return &lane_kernels_avx512;
-    default:
-        return nullptr;
     }
 }
 

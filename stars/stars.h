@@ -11,12 +11,13 @@
 #pragma once
 
 #include "core/array.h"
+#include "stars/kernels.h"
 #include "stars/render_data.h"
+#include "stars/star_trace.h"
 #include "stars/starfile.h"
 #include "stars/streak.h"
 
 #include <memory>
-#include <vector>
 
 namespace velmora {
 
@@ -28,28 +29,15 @@ struct RenderCounts {
     u64 pixels; // written; the fast kernels leave out some whose value is 0
 };
 
-// How one star comes to be drawn, by the plain reading.
-//
-// Units:     positions and sizes in pixels, x right, y down from the top row; linear light.
-struct StarTrace {
-    struct Sample {
-        Vector2 position;
-        bool visible; // a segment is drawn whole when either of its ends is visible
-    };
-    std::vector<Sample> samples; // one per camera
-    float amplitude;             // of the spot, or of each segment
-    Color3 color;
-    float size_x, size_y; // of the spot
-};
-
 } // namespace velmora
 
 class StarRenderer {
 public:
     // Combines the cameras' matrices, derives the spot's size and intensity, and takes the header
     // from `input`. With two or more cameras every star leaves a streak from sample to sample.
+    // `level` says which kernels draw; one that is not available counts as the best.
     StarRenderer(const StarRendererData& data, const StarFramebuffer& fb, StarInput& input,
-                 const Array<camera>& cams);
+                 const Array<camera>& cams, velmora::KernelLevel level = velmora::kernel_level());
     StarRenderer(const StarRenderer&) = delete;
     StarRenderer& operator=(const StarRenderer&) = delete;
     ~StarRenderer();
@@ -64,17 +52,14 @@ public:
     // Draws `s`, which need not come from the input. Returns whether light got into a pixel.
     bool do_render_star(const star* s);
 
-    const velmora::RenderCounts& counts() const;
+    // What has been done so far.
+    velmora::RenderCounts counts() const;
 
     // What drawing `s` starts from. Draws nothing.
     velmora::StarTrace trace(const star& s) const;
 
 private:
     struct Private;
-
-    bool draw_plainly(const star* s);
-    bool draw_decoded(int i);
-    void draw_block(bool& drew);
 
     const StarRendererData* data;
     std::unique_ptr<Private> priv;

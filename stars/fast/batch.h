@@ -1,12 +1,17 @@
-// Some stars at a time: their directions and places on the image, and which of them can reach it.
+// Some stars at a time: their places on the image in each camera sample, and which of them can
+// reach it.
 //
-// Units:     as in stars.h.
-// Shapes:    holds up to capacity() stars; places are kept per camera sample.
-// Threads:   one block belongs to one thread.
+// Units:     degrees in, pixels out, as in stars.h.
+// Shapes:    holds up to capacity() stars, fewer with more samples, so that their places stay in
+//            the nearest cache.
+// Accuracy:  directions within 4e-16 of the plain reading's; the rest is its arithmetic, but for the
+//            film window's quotient, which is taken once per batch and not per star.
+// Threads:   one batch belongs to one thread.
 #pragma once
 
 #include "core/array.h"
 #include "stars/fast/lane_kernels.h"
+#include "stars/kept_stars.h"
 #include "stars/render_data.h"
 #include "stars/starfile.h"
 
@@ -14,22 +19,22 @@
 
 namespace velmora {
 
-class StarBlock {
+class StarBatch {
 public:
     // For a camera that is sampled `samples` times.
-    explicit StarBlock(uword samples);
+    explicit StarBatch(uword samples);
 
     int capacity() const { return most; }
     int len() const { return count; }
     void clear() { count = 0; }
+    const star& operator[](int i) const { return stars[i]; }
 
     // Copies the record. REQUIRES: len() < capacity().
     void append(const star& s) { stars[count++] = s; }
 
-    // The copies, to be filled in place; set_len() says how many there are now.
-    star* records() { return stars.get(); }
-    void set_len(int n) { count = n; }
-    const star& operator[](int i) const { return stars[i]; }
+    // Replaces the stars by the next ones, at most capacity(). When the input loses records, those
+    // before are here.
+    void fill(KeptStars& input);
 
     // How the stars are seen.
     struct View {
@@ -37,17 +42,18 @@ public:
         const Array<DblMatrix4>* matrices; // one per sample
         bool has_distances;
         int width, height;      // of the image
-        float reach_x, reach_y; // beyond which no star of any brightness draws
+        float reach_x, reach_y; // pixels beyond which no star of any brightness draws
     };
 
-    // Whether decode() gives what the plain reading does: the projection must be known, and the
-    // film window have a size.
-    static bool can_decode(const View& view);
+    // Whether find_places() gives what the plain reading does: the projection must be known, and
+    // the film window have a size.
+    static bool can_place(const StarRendererData& data, int width, int height);
 
-    // Finds every star's places, and whether it can reach the image: stars that cannot would draw
-    // nothing; some that can will not, either.
-    void decode(const LaneKernels& kernels, const View& view);
+    // Finds every star's places, and whether it can reach the image. A star that cannot would draw
+    // nothing; one that can may draw nothing, too. REQUIRES: can_place().
+    void find_places(const LaneKernels& kernels, const View& view);
 
+    // Of find_places(): star i, and what it is in a sample.
     bool reaches(int i) const { return reaching[i] != 0; }
     bool is_seen(uword sample, int i) const { return places(sample).seen[i] != 0; }
     Vector2 place(uword sample, int i) const {
@@ -59,9 +65,9 @@ private:
     uword samples;
     int most, count;
     std::unique_ptr<star[]> stars;
-    std::unique_ptr<double[]> numbers; // seven columns, see decode()
+    std::unique_ptr<double[]> numbers; // seven columns, see find_places()
     std::unique_ptr<float[]> placed;   // x, y, seen of each sample in turn
-    std::unique_ptr<float[]> reaching; // other than 0 where a star can reach the image
+    std::unique_ptr<float[]> reaching; // not 0 where a star can reach the image
 
     Places places(uword sample) const {
         float* first = placed.get() + sample * 3 * uword(most);

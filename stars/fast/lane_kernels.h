@@ -6,7 +6,7 @@
 // Threads:   pure functions over disjoint pixels.
 #pragma once
 
-#include "stars/fast/lane_decode.h"
+#include "stars/fast/lane_places.h"
 #include "stars/star_call.h"
 
 namespace velmora {
@@ -62,6 +62,10 @@ struct QuadratureWork {
     const fitted::Rule* rule;
 };
 
+// Below 2^22 floats are at most 1/4 apart: a counted column is off by less than one step, and the
+// offsets of a whole row can be found without counting.
+constexpr float fine_below = 0x1p22f;
+
 // Rows that a kernel takes at a time, at most.
 constexpr int row_batch = 64;
 
@@ -69,7 +73,7 @@ struct LaneKernels {
     Drawn (*spot)(const SpotWork& work);
     Drawn (*quadrature)(const QuadratureWork& work, const StreakRow* rows, int count);
     Drawn (*streak)(const StreakWork& work, const StreakRow* rows, int count);
-    void (*find_directions)(const DecodeWork& work);
+    void (*find_directions)(const DirectionWork& work);
     void (*project)(const ProjectWork& work);
     void (*mark_reaching)(const ReachWork& work);
 };

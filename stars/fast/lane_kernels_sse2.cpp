@@ -1,8 +1,8 @@
 #include "stars/fast/lanes_sse2.h"
 
 #define VELMORA_LANES sse2_lanes
-#include "stars/fast/lane_decode.inc"
 #include "stars/fast/lane_kernels.inc"
+#include "stars/fast/lane_places.inc"
 
 namespace velmora {
 const LaneKernels lane_kernels_sse2 = {

@@ -1,4 +1,6 @@
-// The fast rasteriser: the plain reading's steps up to the pixels, which are the kernels'.
+// The plain reading's steps as the fast kernels take them: segment, reach, bounding box and row
+// geometry are the same code; streak constants, rows and pixels are worked out a row at a time, and
+// only columns that come out as exactly 0 are left out.
 #include "stars/fast/rasterise.h"
 #include "stars/fast/fitted.h"
 #include "stars/fast/steady_math.h"
@@ -10,10 +12,16 @@
 
 namespace velmora {
 
+// Rounded as the plain reading has it.
 static const float half_sqrt_pi = 0.88622695f;
-static const float longest_path = 1e18f;
 
-static LaneTarget target_of(const Brush& brush, const PlacedStar& star) {
+// What the kernels' floats hold: squares of lengths stay below 3.4e38, Q within 1e-30 and 1e30, and
+// the products of Q, t and light below `largest`, each with room for the roundings on the way.
+static const float longest_path = 1e18f;
+static const float smallest_size = 1e-15f, largest_size = 1e15f;
+static const float smallest_t = 1e-30f, largest = 1e37f;
+
+static LaneTarget target_of(const Brush& brush, const Stroke& star) {
     const StarFramebuffer& fb = brush.dst;
     const bool interleaved = fb.pixel_stride == 4 && fb.red == fb.alpha + 1 &&
                              fb.green == fb.alpha + 2 && fb.blue == fb.alpha + 3;
@@ -35,9 +43,9 @@ static float counted_up_far(float X, s32 count) {
     while (count > 0) {
         // Sums are exact up to the first above 0, and up to the last below each power of two.
         s32 exact = 0;
-        if (X < 0 && X > -16777216.0f) {
+        if (X < 0 && X > -counting_limit) {
             exact = s32(-X);
-        } else if (X >= 1 && X < 16777216.0f) {
+        } else if (X >= 1 && X < counting_limit) {
             const float room = power_above(X) - X;
             exact = float(s32(room)) == room ? s32(room) - 1 : s32(room);
         }
@@ -59,7 +67,7 @@ static float counted_up_far(float X, s32 count) {
 static inline float counted_up(float X, s32 count) {
     // All sums are exact when the last is: those between are as coarse and no larger.
     const double last = double(X) + count;
-    if (double(float(last)) == last && fabsf(X) < 8388608.0f)
+    if (double(float(last)) == last && fabsf(X) < whole_from)
         return float(last);
     return counted_up_far(X, count);
 }
@@ -69,10 +77,10 @@ static inline float counted_up(float X, s32 count) {
 static inline s32 columns_of(const Span& span, s32 limit) {
     if (limit <= 0 || !(span.X <= span.X_end))
         return 0;
-    // About as many as the difference says; rounding may have it one more or less.
+    // As many as the difference says, give or take one for rounding.
     const double steps = double(span.X_end) - double(span.X) + 0.5;
     const s32 nearest = steps < limit ? s32(steps) : limit - 1;
-    if (fabsf(span.X) < 4194304.0f && fabsf(span.X_end) < 4194304.0f)
+    if (fabsf(span.X) < fine_below && fabsf(span.X_end) < fine_below)
         return std::min(limit, nearest + (counted_up(span.X, nearest) <= span.X_end));
 
     if (counted_up(span.X, limit - 1) <= span.X_end)
@@ -87,18 +95,27 @@ static inline s32 columns_of(const Span& span, s32 limit) {
 
 // ---- Columns that are exactly 0 --------------------------------------------------------------
 
-// A bound on slope * X + offset, the offset changing from row to row.
+namespace {
+
+// Slopes below this change nothing along an image: 2^31 columns of it are 2e-3 of a bound that is
+// widened by more.
+const double flat_slope = 1e-12;
+
+// Floats round by 6e-8. The plain reading takes two products and a sum, and its bound two more: 4e-7
+// of their sizes is more than twice what all of them can be off.
+const double float_rounding = 4e-7;
+
+// A bound on |slope * X + offset|, where the offset changes from row to row.
 class Cut {
 public:
     Cut(double slope, double bound)
-        : slope(slope), bound(bound), flat(std::fabs(slope) < 1e-12),
+        : slope(slope), bound(bound), flat(std::fabs(slope) < flat_slope),
           per_slope(flat ? 0 : 1 / slope) {}
 
     // Takes from [low, high] what exceeds the bound; leaves high < low when all does.
     void narrow(double offset, double& low, double& high) const {
-        // Offsets and products are rounded to floats in the plain reading.
         const double size = std::fabs(slope) * std::max(std::fabs(low), std::fabs(high));
-        const double limit = bound + 4e-7 * (size + std::fabs(offset));
+        const double limit = bound + float_rounding * (size + std::fabs(offset));
         if (flat) {
             if (std::fabs(offset) > limit + size)
                 high = low - 1;
@@ -115,17 +132,26 @@ private:
     double per_slope;
 };
 
-// How far a streak's pixels can be from its path without being exactly 0 in the plain reading:
-// across it the exponential comes out as 0, beyond its ends both error functions as the same 1.
+// erff is exactly 1 from 3.92 on; the rest is for the rounding of its argument.
+const double erf_is_one = 4.05;
+
+// expf gives 0 below -103.98. Products that round up on the way there are allowed for by 3.
+const double exp_is_zero = 107;
+
+// Rows that start farther out are not cut: their offsets are too coarse to skip columns by.
+const float farthest_cut = 4e6f;
+
+// The columns of a row whose value the plain reading rounds to exactly 0: across the path the
+// exponential comes out as 0, beyond its ends both error functions as the same 1.
 class Reach {
 public:
     explicit Reach(const StreakWork& work)
         : ux(work.ux), qy(work.qy), across(work.uy, across_bound(work)),
-          along(work.qx, double(work.half_path) + 4.05 / double(work.t)) {}
+          along(work.qx, double(work.half_path) + erf_is_one / double(work.t)) {}
 
     // Cuts the row's columns down to those that can be other than 0.
     void narrow(StreakRow& row) const {
-        if (fabsf(row.X) > 4e6f)
+        if (fabsf(row.X) > farthest_cut)
             return;
         const double first = row.X;
         double low = first, high = first + row.count;
@@ -143,21 +169,24 @@ private:
     double ux, qy;
     Cut across, along;
 
-    // exp gives 0 below -103.98; a faint light makes 0 of more. Products that round up on the way
-    // there are allowed for by 3.
+    // A faint light makes 0 of more.
     static double across_bound(const StreakWork& work) {
         const float brightest = 2 * work.width * work.light;
-        const double exponent = 107 + std::min(0.0, double(steady_log(brightest)));
+        const double exponent = exp_is_zero + std::min(0.0, double(steady_log(brightest)));
         return std::sqrt(std::max(0.0, exponent) * double(work.Q));
     }
 };
 
+} // namespace
+
 // ---- Rows ------------------------------------------------------------------------------------
+
+namespace {
 
 // The rows of a streak's footprint that lie in a window, some at a time.
 class StreakRows {
 public:
-    StreakRows(const Brush& brush, const PlacedStar& star, const Window& window)
+    StreakRows(const Brush& brush, const Stroke& star, const Window& window)
         : brush(brush), star(star), window(window), iy(std::max(star.box.y_lo, window.y_lo)),
           last(std::min(star.box.y_hi, window.y_end - 1)),
           Y(counted_up(float(star.box.y_lo) - star.path.mid[1], iy - star.box.y_lo)) {}
@@ -180,24 +209,26 @@ public:
 
 private:
     const Brush& brush;
-    const PlacedStar& star;
+    const Stroke& star;
     const Window& window;
     s32 iy, last;
     float Y;
 
-    // Whether a row surely has no pixel in the window.
+    // True when a row has no pixel in the window; some rows without any give false.
     bool is_beside(const Span& span) const {
         return span.ix >= window.x_end ||
                (columns_count(span) &&
                 span.ix + (double(span.X_end) - double(span.X)) + 2 < window.x_lo);
     }
 
-    // Whether every step of the row's offset moves it. A row in which one does not runs on to the
-    // image's right edge.
+    // Whether every step of the row's offset moves it. Otherwise the row runs on to the image's
+    // right edge.
     static bool columns_count(const Span& span) {
         return fabsf(span.X) < counting_limit && fabsf(span.X_end) < counting_limit;
     }
 };
+
+} // namespace
 
 // Cuts a row down to the window's columns. False when none is left.
 static bool clip_row(StreakRow& row, const Window& window) {
@@ -214,8 +245,8 @@ static bool clip_row(StreakRow& row, const Window& window) {
 // ---- Steps -----------------------------------------------------------------------------------
 
 // Rows [y_lo, y_end) of a spot, which have the span of the first.
-static Drawn draw_spot_rows(const Brush& brush, const PlacedStar& star, const Window& window,
-                            s32 y_lo, s32 y_end, float Y) {
+static Drawn draw_spot_rows(const Brush& brush, const Stroke& star, const Window& window, s32 y_lo,
+                            s32 y_end, float Y) {
     const Span span = row_span(star.path, star.rows, star.box, Y);
     if (span.ix == INT_MIN)
         return {false, 0};
@@ -228,7 +259,7 @@ static Drawn draw_spot_rows(const Brush& brush, const PlacedStar& star, const Wi
                                 Y, brush.lines});
 }
 
-static Drawn draw_spot(const Brush& brush, const PlacedStar& star, const Window& window) {
+static Drawn draw_spot(const Brush& brush, const Stroke& star, const Window& window) {
     const s32 y_lo = std::max(star.box.y_lo, window.y_lo);
     const s32 y_end = std::min(star.box.y_hi + 1, window.y_end);
     Drawn drawn = {false, 0};
@@ -242,7 +273,8 @@ static Drawn draw_spot(const Brush& brush, const PlacedStar& star, const Window&
     return drawn;
 }
 
-static StreakWork streak_work(const Brush& brush, const PlacedStar& star) {
+// Streak constants, in the plain reading's floats and in its order.
+static StreakWork streak_work(const Brush& brush, const Stroke& star) {
     const float size_x = brush.size_x, size_y = brush.size_y;
     const Path& path = star.path;
     StreakWork work;
@@ -260,7 +292,7 @@ static StreakWork streak_work(const Brush& brush, const PlacedStar& star) {
     return work;
 }
 
-static Drawn draw_streak(const Brush& brush, const PlacedStar& star, const StreakWork& work,
+static Drawn draw_streak(const Brush& brush, const Stroke& star, const StreakWork& work,
                          const Window& window) {
     const Reach reach(work);
     StreakRows rows(brush, star, window);
@@ -279,8 +311,8 @@ static Drawn draw_streak(const Brush& brush, const PlacedStar& star, const Strea
     return drawn;
 }
 
-// Which rule adds a path of `half` sizes to either side of its middle up closely enough; none for
-// long paths, for which the closed form takes less.
+// The smallest quadrature rule accurate enough for a path reaching `half` spot sizes to each side of
+// its midpoint; null for longer paths, where the closed form is cheaper.
 static const fitted::Rule* rule_for(double half) {
     for (const fitted::Rule& rule : fitted::rules)
         if (half <= rule.longest)
@@ -288,7 +320,7 @@ static const fitted::Rule* rule_for(double half) {
     return nullptr;
 }
 
-static Drawn draw_short_streak(const Brush& brush, const PlacedStar& star, const fitted::Rule& rule,
+static Drawn draw_short_streak(const Brush& brush, const Stroke& star, const fitted::Rule& rule,
                                const Window& window) {
     const double half = 0.5 * double(star.path.length);
     QuadratureWork work = {target_of(brush, star),
@@ -327,21 +359,20 @@ static bool within(float v, float low, float high) {
     return v >= low && v <= high;
 }
 
-// Whether the kernels' floats hold a streak's constants. Sizes from 1e-15 to 1e15 keep Q within
-// 1e-30 and 1e30, and the width below 1e15.
+// Whether the kernels' floats hold a streak's constants.
 static bool is_moderate(const StreakWork& work) {
-    const float huge = 1e37f;
-    return within(work.half_path, 0, huge) && within(work.t, 1e-30f, huge) &&
-           within(work.light, 0, huge) && work.width * work.light <= huge;
+    return within(work.half_path, 0, largest) && within(work.t, smallest_t, largest) &&
+           within(work.light, 0, largest) && work.width * work.light <= largest;
 }
 
-Brush brush_of(const LaneKernels* kernels, const StarCall& call) {
-    return {kernels, call.dst, call.size_x, call.size_y, call.lines};
+Brush brush_of(const LaneKernels& kernels, const StarCall& call) {
+    return {&kernels, call.dst, call.size_x, call.size_y, call.lines};
 }
 
-Fit place_star(const StarCall& call, PlacedStar& star) {
-    if (call.dst.width <= 0 || call.dst.height <= 0 || !within(call.size_x, 1e-15f, 1e15f) ||
-        !within(call.size_y, 1e-15f, 1e15f))
+Fit find_stroke(const StarCall& call, Stroke& star) {
+    if (call.dst.width <= 0 || call.dst.height <= 0 ||
+        !within(call.size_x, smallest_size, largest_size) ||
+        !within(call.size_y, smallest_size, largest_size))
         return Fit::left_to_plain;
 
     // Segment.
@@ -350,6 +381,7 @@ Fit place_star(const StarCall& call, PlacedStar& star) {
         return Fit::outside;
 
     // Reach. Below 1/6250 the root is not a number, the box comes out invalid and nothing is drawn.
+    // steady_log is correctly rounded but for one value in 500: k is at most its last bit off.
     const float k = sqrtf(steady_log(call.amplitude * reach_intensity));
     const float rx = k * call.size_x;
     const float ry = k * call.size_y;
@@ -365,12 +397,14 @@ Fit place_star(const StarCall& call, PlacedStar& star) {
     if (!star.path.is_streak())
         return Fit::inside;
     if (!(star.path.length <= longest_path) ||
-        !is_moderate(streak_work(brush_of(nullptr, call), star)))
+        !is_moderate(streak_work({nullptr, call.dst, call.size_x, call.size_y, call.lines}, star)))
         return Fit::left_to_plain;
     return Fit::inside;
 }
 
-Drawn draw_placed(const Brush& brush, const PlacedStar& star, const Window& window) {
+// Rows and pixels: spots are exact to half a last bit of their largest value, short streaks are sums
+// of spots, and long ones go by the plain reading's closed form.
+Drawn draw_stroke(const Brush& brush, const Stroke& star, const Window& window) {
     if (!star.path.is_streak())
         return draw_spot(brush, star, window);
     const StreakWork work = streak_work(brush, star);

@@ -17,10 +17,10 @@ struct Brush {
 };
 
 // The brush of a call.
-Brush brush_of(const LaneKernels* kernels, const StarCall& call);
+Brush brush_of(const LaneKernels& kernels, const StarCall& call);
 
 // A star and the pixels that it reaches.
-struct PlacedStar {
+struct Stroke {
     Path path;
     Box box;
     RowGeometry rows;
@@ -36,16 +36,16 @@ struct Window {
 enum class Fit {
     outside, // nothing to draw
     inside,
-    left_to_plain // what no renderer asks for: images without pixels (to fail as it does), sizes
-                  // outside of [1e-15, 1e15], paths longer than 1e18 pixels, and values that a
-                  // float does not hold
+    left_to_plain // what no node asks for: images without pixels (to fail as it does), sizes
+                  // outside [1e-15, 1e15], paths longer than 1e18 pixels, and values that a float
+                  // does not hold
 };
 
 // Finds where a call draws, if the fast kernels are to draw it.
-Fit place_star(const StarCall& call, PlacedStar& star);
+Fit find_stroke(const StarCall& call, Stroke& star);
 
 // Draws what lies in the window. Windows side by side add up to the same bits, and report the same,
 // as one around them.
-Drawn draw_placed(const Brush& brush, const PlacedStar& star, const Window& window);
+Drawn draw_stroke(const Brush& brush, const Stroke& star, const Window& window);
 
 } // namespace velmora

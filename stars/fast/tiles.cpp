@@ -9,7 +9,17 @@ namespace velmora {
 static const s32 tile_width = 512;
 static const s32 tile_height = 64;
 static const s64 tile_floats = s64(tile_width) * tile_height * 4;
-static const s64 tile_limit = 65536;
+static const s64 tile_limit = 65536; // more would take longer to sort than the caches save
+static const s64 fewest_tiles = 4;   // up to 2 MiB of pixels, the outer caches hold the image
+
+// Slopes above this leave a row's columns to the whole box.
+static const double steepest_followed = 1e4;
+
+// Row centres are rounded to floats: six roundings of 6e-8, and as much again.
+static const double float_rounding = 1e-6;
+
+// Columns by which a row may reach beyond its half-width: roundings outwards, and one for safety.
+static const double column_margin = 3;
 
 static s32 tiles_for(s32 pixels, s32 tile) {
     return pixels / tile + (pixels % tile != 0);
@@ -21,13 +31,14 @@ static void make_room(Array<T>& array, uword count) {
         array.realloc(count * sizeof(T));
 }
 
-void DrawList::start(const Brush& b) {
+void TileQueue::start(const Brush& b) {
     static_assert(most_reached >= tile_limit, "an empty list has room for every star");
     brush = b;
     tiles_across = tiles_for(b.dst.width, tile_width);
     tiles_down = tiles_for(b.dst.height, tile_height);
     const s64 tiles = s64(tiles_across) * tiles_down;
-    worth_it = s64(b.dst.width) * b.dst.height * 4 > 4 * tile_floats && tiles < tile_limit;
+    worth_it =
+        s64(b.dst.width) * b.dst.height * 4 > fewest_tiles * tile_floats && tiles < tile_limit;
     if (!worth_it)
         return;
     make_room(stars, most_stars);
@@ -36,7 +47,7 @@ void DrawList::start(const Brush& b) {
     make_room(starts, uword(tiles) + 2);
 }
 
-bool DrawList::append(const PlacedStar& star, u32 owner) {
+bool TileQueue::append(const Stroke& star, u32 owner) {
     const uword before = reached.len();
     bool has_room = stars.len() < most_stars;
     if (has_room)
@@ -52,14 +63,14 @@ bool DrawList::append(const PlacedStar& star, u32 owner) {
     return has_room;
 }
 
-Window DrawList::window_of(s32 across, s32 down) const {
+Window TileQueue::window_of(s32 across, s32 down) const {
     const s32 x = across * tile_width, y = down * tile_height;
     return {x, y, std::min(x + tile_width, brush.dst.width),
             std::min(y + tile_height, brush.dst.height)};
 }
 
 // Columns [low, high] that a star's rows from y_lo to y_hi can touch, or a few more.
-static void columns_between(const PlacedStar& star, const StarFramebuffer& fb, s32 y_lo, s32 y_hi,
+static void columns_between(const Stroke& star, const StarFramebuffer& fb, s32 y_lo, s32 y_hi,
                             s32& low, s32& high) {
     const Path& path = star.path;
     const double mid_x = path.mid[0], mid_y = path.mid[1];
@@ -68,17 +79,17 @@ static void columns_between(const PlacedStar& star, const StarFramebuffer& fb, s
     const bool rows_count = std::fabs(mid_y) + fb.height < double(counting_limit);
     low = star.box.x_lo;
     high = columns_count ? star.box.x_hi : fb.width - 1;
-    if (star.rows.is_flat() || !rows_count || !(std::fabs(star.rows.slope) < 1e4f))
+    if (star.rows.is_flat() || !rows_count ||
+        !(std::fabs(double(star.rows.slope)) < steepest_followed))
         return;
 
     const double slope = star.rows.slope, from_x = path.from[0], from_y = path.from[1];
     const double first = from_x + (y_lo - from_y) * slope;
     const double last = from_x + (y_hi - from_y) * slope;
-    // Row centres are rounded to floats: they are off the line by some of the last bits of what
-    // they are worked out from.
-    const double rounding = 1e-6 * (std::fabs(first) + std::fabs(last) + std::fabs(from_x) +
-                                    std::fabs(from_y * slope) + std::fabs(mid_y * slope));
-    const double margin = 3 + double(star.rows.half_width) + rounding;
+    const double rounding =
+        float_rounding * (std::fabs(first) + std::fabs(last) + std::fabs(from_x) +
+                          std::fabs(from_y * slope) + std::fabs(mid_y * slope));
+    const double margin = column_margin + double(star.rows.half_width) + rounding;
     const double left = std::min(first, last) - margin, right = std::max(first, last) + margin;
     if (left > low)
         low = left < fb.width ? s32(left) : fb.width;
@@ -87,7 +98,7 @@ static void columns_between(const PlacedStar& star, const StarFramebuffer& fb, s
 }
 
 template <class Visit>
-void DrawList::for_each_tile(const PlacedStar& star, const Visit& visit) const {
+void TileQueue::for_each_tile(const Stroke& star, const Visit& visit) const {
     for (s32 down = star.box.y_lo / tile_height; down <= star.box.y_hi / tile_height; down++) {
         const s32 y = down * tile_height;
         s32 low, high;
@@ -100,7 +111,7 @@ void DrawList::for_each_tile(const PlacedStar& star, const Visit& visit) const {
     }
 }
 
-void DrawList::sort_into_tiles() {
+void TileQueue::sort_into_tiles() {
     const uword tiles = uword(tiles_across) * uword(tiles_down);
     starts.clear();
     for (uword tile = 0; tile < tiles + 2; tile++)
@@ -118,7 +129,7 @@ void DrawList::sort_into_tiles() {
             order[starts[*tile++ + 1]++] = u32(i);
 }
 
-void DrawList::draw_tile(uword tile, const Window& window, u64& pixels) {
+void TileQueue::draw_tile(uword tile, const Window& window, u64& pixels) {
     for (u32 i = starts[tile]; i < starts[tile + 1]; i++) {
         // The list itself is too long for the nearest caches.
         const char* ahead =
@@ -126,13 +137,13 @@ void DrawList::draw_tile(uword tile, const Window& window, u64& pixels) {
         __builtin_prefetch(ahead);
         __builtin_prefetch(ahead + 64);
         Entry& entry = stars[order[i]];
-        const Drawn drawn = draw_placed(brush, entry.star, window);
+        const Drawn drawn = draw_stroke(brush, entry.star, window);
         entry.lit |= drawn.lit;
         pixels += u64(drawn.pixels);
     }
 }
 
-void DrawList::draw(LitOwners& lit, u64& pixels) {
+void TileQueue::draw(LitOwners& lit, u64& pixels) {
     sort_into_tiles();
     uword tile = 0;
     for (s32 down = 0; down < tiles_down; down++)

@@ -29,7 +29,7 @@ private:
     u32 last = 0;
 };
 
-class DrawList {
+class TileQueue {
 public:
     static const u32 most_stars = 32768;
     static const u32 most_reached = 16 * most_stars;
@@ -43,7 +43,7 @@ public:
     // Takes a star that is to be drawn for record number `owner`; owners come in ascending order.
     // False, with nothing taken, when there is no room before the next draw(); an empty list has
     // room for every star.
-    bool append(const PlacedStar& star, u32 owner);
+    bool append(const Stroke& star, u32 owner);
 
     // Draws and forgets what is there. Adds the owners that got light into a pixel to `lit`, and to
     // `pixels` how many were written.
@@ -51,7 +51,7 @@ public:
 
 private:
     struct Entry {
-        PlacedStar star;
+        Stroke star;
         u32 owner;
         u32 tiles; // that it reaches
         bool lit;
@@ -66,7 +66,7 @@ private:
     Array<u32> starts;  // of each tile's part of `order`, and the end of the last
 
     template <class Visit>
-    void for_each_tile(const PlacedStar& star, const Visit& visit) const;
+    void for_each_tile(const Stroke& star, const Visit& visit) const;
     void sort_into_tiles();
     void draw_tile(uword tile, const Window& window, u64& pixels);
     Window window_of(s32 across, s32 down) const;

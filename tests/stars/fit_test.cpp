@@ -18,8 +18,8 @@ StarCall call_of(Vector2 from, Vector2 to, float amplitude, float size_x, float 
 }
 
 Fit fit_of(const StarCall& call) {
-    PlacedStar star;
-    return place_star(call, star);
+    Stroke star;
+    return find_stroke(call, star);
 }
 
 // The faintest amplitude that is drawn, with a reach of 0 sizes: the box of a wider star would not

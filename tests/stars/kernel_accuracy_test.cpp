@@ -1,7 +1,7 @@
 // How far the plain reading and the fast kernels are from the formulas in double, case by case, at
 // every pixel that the plain reading visits: within what stars/accuracy.h states.
 #include "stars/accuracy.h"
-#include "stars/draw_call.h"
+#include "stars/dispatch.h"
 #include "stars/footprint.h"
 #include "stars/plain/rasterise.h"
 #include "tests/stars/dice.h"

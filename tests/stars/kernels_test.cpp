@@ -15,20 +15,6 @@ TEST(Kernels, ForceEachLevelThatTheMachineHas) {
     EXPECT_TRUE(set_kernel_level(before));
 }
 
-TEST(Kernels, AreFastAtEveryLevelButPlain) {
-    {
-        const WithKernels plain(KernelLevel::plain);
-        EXPECT_EQ(lane_kernels(), nullptr);
-    }
-    const LaneKernels* last = nullptr;
-    for (KernelLevel level : fast_levels()) {
-        const WithKernels kernels(level);
-        EXPECT_NE(lane_kernels(), nullptr);
-        EXPECT_NE(lane_kernels(), last) << "each level has its own";
-        last = lane_kernels();
-    }
-}
-
 TEST(Kernels, HaveNames) {
     EXPECT_STREQ(kernel_level_name(KernelLevel::plain), "plain");
     EXPECT_STREQ(kernel_level_name(KernelLevel::sse2), "SSE2");

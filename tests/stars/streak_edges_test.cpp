@@ -1,6 +1,6 @@
 // Where thresholds, roundings and numbers out of range decide what a streak touches.
 #include "core/xception.h"
-#include "stars/draw_call.h"
+#include "stars/dispatch.h"
 #include "stars/fast/rasterise.h"
 #include "stars/plain/rasterise.h"
 #include "tests/function_spelling.h"

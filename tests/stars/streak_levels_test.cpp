@@ -1,5 +1,5 @@
 // The fast kernels of every level give the same bytes, touch nothing else, and tell the same.
-#include "stars/draw_call.h"
+#include "stars/dispatch.h"
 #include "stars/plain/rasterise.h"
 #include "tests/stars/dice.h"
 #include "tests/stars/kernels.h"

@@ -1,7 +1,8 @@
 // Windows side by side add up to the same bits as one around them, and so do the tiles of a draw
 // list, wherever on the float axis a star is: from 2^24 pixels on a column counter adds 1.0 without
 // moving, and the row runs on to the image's right edge.
-#include "stars/draw_call.h"
+#include "stars/dispatch.h"
+#include "stars/fast/level.h"
 #include "stars/fast/rasterise.h"
 #include "stars/fast/tiles.h"
 #include "stars/plain/rasterise.h"
@@ -79,16 +80,16 @@ std::string name_of(const StarCall& call) {
 }
 
 Brush brush_for(const StarCall& call) {
-    return {lane_kernels(), call.dst, call.size_x, call.size_y, call.lines};
+    return brush_of(*lane_kernels(kernel_level()), call);
 }
 
 // Draws the star window by window: the image cut in two at a random row or column, and each part
 // again, until `cuts` are made.
-Drawn draw_cut(Dice& dice, const Brush& brush, const PlacedStar& star, const Window& w, int cuts) {
+Drawn draw_cut(Dice& dice, const Brush& brush, const Stroke& star, const Window& w, int cuts) {
     const bool down = dice.below(2) != 0;
     const int pixels = down ? w.y_end - w.y_lo : w.x_end - w.x_lo;
     if (cuts == 0 || pixels < 2)
-        return draw_placed(brush, star, w);
+        return draw_stroke(brush, star, w);
     const int cut = 1 + dice.below(pixels - 1);
     Window first = w, second = w;
     if (down)
@@ -109,12 +110,12 @@ TEST(Windows, SideBySideAddUpToTheSameBits) {
         const int width = 1 + dice.below(i % 8 ? 90 : 900), height = 1 + dice.below(30);
         StarCall call = some_call(dice, width, height);
         Picture whole(width, height), cut(width, height);
-        PlacedStar star;
+        Stroke star;
         call.dst = whole.fb;
-        if (place_star(call, star) != Fit::inside)
+        if (find_stroke(call, star) != Fit::inside)
             continue;
         const Window all = {0, 0, width, height};
-        const Drawn expected = draw_placed(brush_for(call), star, all);
+        const Drawn expected = draw_stroke(brush_for(call), star, all);
         call.dst = cut.fb;
         const Drawn drawn = draw_cut(dice, brush_for(call), star, all, 4);
         ASSERT_TRUE(same_bits(cut, whole)) << name_of(call);
@@ -134,13 +135,13 @@ TEST(Windows, OfADrawListAddUpToTheSameBits) {
         Picture whole(size[0], size[1]), listed(size[0], size[1]);
         for (int i = 0; i < 1000; i++) {
             StarCall call = some_call(dice, size[0], size[1]);
-            PlacedStar star;
+            Stroke star;
             call.dst = whole.fb;
-            if (place_star(call, star) != Fit::inside)
+            if (find_stroke(call, star) != Fit::inside)
                 continue;
             const Drawn expected = draw_star_streak(call);
             call.dst = listed.fb;
-            DrawList list;
+            TileQueue list;
             list.start(brush_for(call));
             ASSERT_TRUE(list.is_worth_it());
             list.append(star, 1);
@@ -214,10 +215,10 @@ TEST(Windows, RunToTheRightEdgeWhereColumnsDoNotCount) {
         call.dst = fast.fb;
         EXPECT_EQ(draw_star_streak(call).pixels, 1024 * 256);
         call.dst = listed.fb;
-        PlacedStar star;
-        ASSERT_EQ(place_star(call, star), Fit::inside);
+        Stroke star;
+        ASSERT_EQ(find_stroke(call, star), Fit::inside);
         EXPECT_LT(star.box.x_hi, 500);
-        DrawList list;
+        TileQueue list;
         list.start(brush_for(call));
         list.append(star, 1);
         LitOwners lit;

@@ -1,5 +1,5 @@
 // From records to places on the image, once per instruction set: what the kernels take and give.
-// See lane_decode.inc for what they do.
+// See lane_places.inc for what they do.
 //
 // Shapes:    every array is as long as `count` rounded up to lane_padding; what stands behind count
 //            is worked on and written, too.
@@ -13,7 +13,7 @@ namespace velmora {
 constexpr int lane_padding = 16;
 
 // Records to unit directions (x, y, z) and inverse distances w.
-struct DecodeWork {
+struct DirectionWork {
     int count;
     const double *ra, *dec, *distance; // degrees; scene units
     bool has_distances;

@@ -1,7 +1,7 @@
 // Directions, projections and shading of the fast kernels against the functions in long double and
 // against the plain reading.
 #include "stars/fast/batch.h"
-#include "stars/fast/lane_kernels.h"
+#include "stars/fast/level.h"
 #include "stars/fast/shading.h"
 #include "stars/plain/shading.h"
 #include "stars/projection.h"
@@ -27,8 +27,8 @@ Directions directions_of(double ra, double dec) {
         decs[i] = dec;
     }
     Directions found;
-    lane_kernels()->find_directions(
-        {16, ras, decs, distances, false, 0, found.x, found.y, found.z, found.w});
+    lane_kernels(kernel_level())
+        ->find_directions({16, ras, decs, distances, false, 0, found.x, found.y, found.z, found.w});
     return found;
 }
 
@@ -44,7 +44,7 @@ double last_bits(double value, long double exact) {
 } // namespace
 
 // sin dec stands alone; an angle of any size is reduced exactly before.
-TEST(Decode, TakesSinesToOneAndAHalfLastBits) {
+TEST(Batch, TakesSinesToOneAndAHalfLastBits) {
     for (KernelLevel level : fast_levels()) {
         const WithKernels kernels(level);
         Dice dice(31);
@@ -65,7 +65,7 @@ TEST(Decode, TakesSinesToOneAndAHalfLastBits) {
     }
 }
 
-TEST(Decode, FindsUnitDirections) {
+TEST(Batch, FindsUnitDirections) {
     for (KernelLevel level : fast_levels()) {
         const WithKernels kernels(level);
         Dice dice(32);
@@ -80,7 +80,7 @@ TEST(Decode, FindsUnitDirections) {
     }
 }
 
-TEST(Decode, GivesNoDirectionToAnglesThatAreNone) {
+TEST(Batch, GivesNoDirectionToAnglesThatAreNone) {
     for (KernelLevel level : fast_levels()) {
         const WithKernels kernels(level);
         for (double bad : {not_a_number, infinity, -infinity, 1e300}) {
@@ -93,7 +93,7 @@ TEST(Decode, GivesNoDirectionToAnglesThatAreNone) {
 }
 
 // Within a last bit or two of the float's place: the direction is 4e-16 off at most.
-TEST(Decode, PlacesStarsWhereThePlainReadingDoes) {
+TEST(Batch, PlacesStarsWhereThePlainReadingDoes) {
     Dice dice(33);
     for (int round = 0; round < 300; round++) {
         StarRendererData data = plain_data(1000);
@@ -107,14 +107,14 @@ TEST(Decode, PlacesStarsWhereThePlainReadingDoes) {
         Array<DblMatrix4> matrices;
         matrices.append(
             data.projection == OP_STARS_PERSPECTIVE ? m * DblMatrix4::perspective(1, 0.1, -1) : m);
-        StarBlock block(1);
+        StarBatch batch(1);
         std::vector<star> stars;
         for (int i = 0; i < 37; i++)
             stars.push_back(make_star(dice.between(30, 150), dice.between(-60, 60), 1, 1, 2, 3,
                                       dice.between(-1, 5)));
         for (const star& s : stars)
-            block.append(s);
-        block.decode(*lane_kernels(), {&data, &matrices, true, 1000, 800, 5, 5});
+            batch.append(s);
+        batch.find_places(*lane_kernels(kernel_level()), {&data, &matrices, true, 1000, 800, 5, 5});
         for (int i = 0; i < 37; i++) {
             const star& s = stars[size_t(i)];
             const VectorN<double, 3> d = scene_direction(s);
@@ -123,23 +123,23 @@ TEST(Decode, PlacesStarsWhereThePlainReadingDoes) {
                 d[0], d[1], d[2], inverse_distance(s.distance > 0, s.distance, data.parallax),
                 matrices[0], data.projection, 1000, 800, data.left, data.right, data.bottom,
                 data.top, plain);
-            EXPECT_EQ(block.is_seen(0, i), visible);
+            EXPECT_EQ(batch.is_seen(0, i), visible);
             for (int axis = 0; axis < 2; axis++) {
-                const float off = std::fabs(block.place(0, i)[axis] - plain[axis]);
+                const float off = std::fabs(batch.place(0, i)[axis] - plain[axis]);
                 EXPECT_LE(off, 2.4e-7f * std::fabs(plain[axis]) + 1e-9f) << round << ", " << i;
             }
             const bool near = plain[0] > -5 && plain[0] < 1005 && plain[1] > -5 && plain[1] < 805;
             if (visible && near) {
-                EXPECT_TRUE(block.reaches(i));
+                EXPECT_TRUE(batch.reaches(i));
             }
             if (!visible) {
-                EXPECT_FALSE(block.reaches(i));
+                EXPECT_FALSE(batch.reaches(i));
             }
         }
     }
 }
 
-TEST(Decode, HasTheSameBitsForEveryColourByte) {
+TEST(Batch, HasTheSameBitsForEveryColourByte) {
     StarRendererData data = plain_data(100);
     data.tint_color = {{0.25f, 0.5f, 1}};
     for (double tint : {0.0, 0.3})
@@ -152,7 +152,7 @@ TEST(Decode, HasTheSameBitsForEveryColourByte) {
         }
 }
 
-TEST(Decode, BiasesAndCapsAsThePlainReading) {
+TEST(Batch, BiasesAndCapsAsThePlainReading) {
     Dice dice(34);
     for (int i = 0; i < 5000; i++) {
         StarRendererData data = plain_data(100);
