@@ -7,7 +7,7 @@
 #include <cstring>
 #include <utility>
 
-static const uword smallest_block = 32;
+static const uword smallest_block = 32; // bytes, of a block that is allocated by growing
 
 ByteArray::ByteArray(const ByteArray& other) : ByteArray() {
     if (other.length == 0)
@@ -17,6 +17,7 @@ ByteArray::ByteArray(const ByteArray& other) : ByteArray() {
     length = other.length;
 }
 
+// By copy and swap: when the copy fails, this array is unchanged.
 ByteArray& ByteArray::operator=(const ByteArray& other) {
     ByteArray copy(other);
     swap(copy);
@@ -32,6 +33,7 @@ void ByteArray::realloc(uword n) {
         Xception::warning("void ByteArray::realloc(uword)", "spurious realloc");
         return;
     }
+    // A null block is a failure, except that freeing (n = 0) may return null as well.
     void* block = ::realloc(data, n);
     if (!block && n != 0)
         XTHROW("out of memory (current size %lu bytes, failed allocation of %lu bytes)", capacity,
@@ -41,6 +43,7 @@ void ByteArray::realloc(uword n) {
 }
 
 void ByteArray::grow_to_ool(uword n) {
+    // Doubling keeps the cost of an append constant on average.
     uword grown = capacity;
     if (grown == 0) {
         grown = n < smallest_block ? smallest_block : n;

@@ -7,6 +7,7 @@
 
 // ---- Lists -----------------------------------------------------------------------------------
 
+// A head's `prev` is the last link, so appending needs no walk.
 static void append_link(ListLink& head, ListLink* link) {
     link->next = &head;
     link->prev = head.prev;
@@ -33,8 +34,8 @@ namespace {
 
 const u32 bucket_count = 256;
 
-// Filled by the compiler rather than by an initialiser, so that the table is there before any code
-// runs; without a destructor, so that it takes names until the last exit handler has run.
+// Initialised at compile time, so that it can be used before any code has run; without a
+// destructor, so that it can be used until the last exit handler has run.
 struct InternTable {
     ListLink buckets[bucket_count];
     ListLink gensyms;
@@ -51,14 +52,15 @@ unsigned gensym_count = 0;
 
 } // namespace
 
+// The bucket count is a power of two: the hash's low bits are the bucket's number.
 static ListLink& bucket_of(u32 hash) {
     return table.buckets[hash & (bucket_count - 1)];
 }
 
 // ---- The end of the process ------------------------------------------------------------------
 
-// Frees the nodes and not the texts, which code that runs later may still hold. The list is empty
-// afterwards, for a host that calls in from an exit handler of its own.
+// Frees the nodes but not the texts, to which code that runs later may still hold pointers. The
+// list is emptied for a host that interns from an exit handler of its own.
 static void free_nodes(ListLink& list) {
     for (ListLink* link = list.next; link != &list;) {
         InternNode* const node = static_cast<InternNode*>(link);
@@ -77,10 +79,10 @@ static void free_buckets() {
         free_nodes(table.buckets[i]);
 }
 
-// Registers the exit handlers, once: with the first name, when a static object interns one before
-// the library's own initialiser runs, so that they run after that object's destructor. Those
-// registered last run first: the gensyms' and then the buckets'. What could not be registered is
-// left to the system.
+// Registers the exit handlers, once. Handlers run in the reverse order of registration, so these
+// run after the destructor of every static object that interned a text: the initialiser's priority
+// is before all default ones, and an object that is made even earlier registers them by interning.
+// The gensyms go first, then the buckets. If registration fails, the memory is left to the system.
 [[gnu::constructor(101)]] static void free_table_at_exit() {
     static bool registered = false;
     if (registered)
@@ -97,6 +99,7 @@ static void keep(ListLink& list, InternNode* node) {
     append_link(list, node);
 }
 
+// Compares hashes' buckets first, then texts: null when the table has no such record.
 static InternRecord* find_record(const String& text, u32 hash) {
     const ListLink& bucket = bucket_of(hash);
     for (ListLink* link = bucket.next; link != &bucket; link = link->next) {
@@ -107,7 +110,7 @@ static InternRecord* find_record(const String& text, u32 hash) {
     return nullptr;
 }
 
-// A record that no list holds yet.
+// A new record that is in no list yet; its `data` leads to itself.
 static InternRecord* new_record(const String& text, u32 hash) {
     InternRecord* record = new InternRecord;
     record->data = record;
@@ -116,6 +119,7 @@ static InternRecord* new_record(const String& text, u32 hash) {
     return record;
 }
 
+// The next link is read before its record, of which it may be part, is freed.
 static void free_records(ListLink& list) {
     for (ListLink* link = list.next; link != &list;) {
         InternRecord* record = static_cast<InternNode*>(link)->data;
@@ -167,6 +171,7 @@ void InString::cleanup() {
     free_records(table.gensyms);
 }
 
+// Look the text up; only a new record is owned, and freed unless it is made permanent.
 TempInString::TempInString(const String& text) {
     const u32 hash = text.hash();
     record = find_record(text, hash);
@@ -180,6 +185,7 @@ TempInString::~TempInString() {
         delete record;
 }
 
+// The table gets a node that refers to the record, whose own links stay unused.
 InString TempInString::make_permanent() {
     if (owned) {
         InternNode* node = new InternNode;
@@ -195,9 +201,12 @@ InString TempInString::make_permanent() {
 VoidPtrMap::ForEachFunc::~ForEachFunc() {}
 
 VoidPtrMap::VoidPtrMap(int n) {
+    // The smallest power of two that holds `n` buckets.
     u32 bits = 0;
     while (n > 1 && (u32(1) << bits) < u32(n))
         bits++;
+
+    // All buckets empty, and freed again if the header cannot be allocated.
     const u32 count = u32(1) << bits;
     ListLink* heads = new ListLink[count];
     for (u32 i = 0; i < count; i++)
@@ -257,6 +266,7 @@ void VoidPtrMap::for_each(ForEachFunc& f) {
 }
 
 void VoidPtrMap::for_each_const(ForEachFunc& f) const {
+    // Bucket by bucket, each in order of insertion.
     for (u32 i = 0; i < buckets(); i++) {
         ListLink& head = header->buckets[i];
         for (ListLink* link = head.next; link != &head;) {
@@ -271,7 +281,7 @@ void VoidPtrMap::for_each_const(ForEachFunc& f) const {
 void VoidPtrMap::for_each_value(u32 hash, void* key, ForEachFunc& f) {
     ListLink& head = header->buckets[hash & header->mask];
     for (ListLink* link = head.next; link != &head;) {
-        ListLink* const next = link->next;
+        ListLink* const next = link->next; // before `f`, which may free the entry
         Entry* entry = static_cast<Entry*>(link);
         if (entry->key == key && f.void_call(entry))
             return;

@@ -24,7 +24,7 @@ s64 BufferedInput::curpos() const {
     return pos;
 }
 
-// Moves the pushed-back byte, if there is one, to `buf`; gives how many bytes that were.
+// Moves the byte that was pushed back, if any, to `buf`; returns 1 or 0, the bytes moved.
 int BufferedInput::take_pushback(char* buf) {
     if (pushback == no_pushback)
         return 0;
@@ -33,14 +33,14 @@ int BufferedInput::take_pushback(char* buf) {
     return 1;
 }
 
-// Moves the first `n` buffered bytes to `buf` and the others to the front.
+// Moves the first `n` buffered bytes to `buf`, and the rest to the front of the buffer.
 void BufferedInput::hand_out(char* buf, int n) {
     memcpy(buf, buffer, uword(n));
     fill -= n;
     memmove(buffer, buffer + n, uword(fill));
 }
 
-// An error leaves the buffer empty, like the end.
+// Fills the empty buffer with one read; a short result, an error among them, is the end.
 void BufferedInput::refill() {
     const int count = src.read(buffer, bufsize);
     at_eof = count < bufsize;
@@ -56,12 +56,14 @@ int BufferedInput::read(char* buf, int n) {
         return count;
     }
 
+    // First the byte that was pushed back, then what is buffered, until that is enough.
     int got = take_pushback(buf);
     while (n - got > fill) {
-        const int waiting = fill;
-        hand_out(buf + got, waiting);
-        got += waiting;
+        const int buffered = fill;
+        hand_out(buf + got, buffered);
+        got += buffered;
 
+        // The data have ended, or the rest is large enough to bypass the buffer, or fill it again.
         const int wanted = n - got;
         if (at_eof) {
             pos += got;
@@ -108,13 +110,13 @@ void BufferedInput::unread(char ch) {
     pushback = static_cast<signed char>(ch);
 }
 
-// Whether `second` belongs to the line's end that `first` starts.
+// Whether `second` completes the line end that `first` starts.
 static bool is_pair(char first, char second) {
     return (first == '\r' && second == '\n') || (first == '\n' && second == '\r');
 }
 
-// Makes a text of the characters by taking their block over, which both free in the same way. The
-// constructor from a count would copy them, and no more than 32 bits count.
+// Turns the characters into a String by moving their block, which both types free in the same way.
+// The constructor of a String from characters would copy them, at most 4 GB.
 static String text_from(Array<char>& characters) {
     String text;
     if (characters.length == 0)
@@ -128,6 +130,7 @@ static String text_from(Array<char>& characters) {
 }
 
 String BufferedInput::readline() {
+    // Collect characters up to the first CR or LF.
     Array<char> line;
     char ch;
     do {
@@ -140,6 +143,7 @@ String BufferedInput::readline() {
             line.append(ch);
     } while (ch != '\r' && ch != '\n');
 
+    // Take the second half of a two-character line end; anything else belongs to the next line.
     char next;
     if (read(&next, 1) > 0) {
         if (is_pair(ch, next))
@@ -155,6 +159,7 @@ String BufferedInput::readline() {
 BufferedOutput::BufferedOutput(Output& dst, int bufsize)
     : dst(dst), pos(0), buffer(new char[bufsize]), bufsize(bufsize), fill(0) {}
 
+// The buffer is freed whether or not the flush succeeds.
 BufferedOutput::~BufferedOutput() noexcept(false) {
     try {
         flush();
@@ -175,6 +180,7 @@ int BufferedOutput::write(const char* buf, int n) {
     if (bufsize != 0) {
         if (n < 1)
             return 0;
+        // Make room, then store the bytes if an empty buffer can hold them at all.
         if (n > bufsize - fill)
             flush();
         if (n <= bufsize) {
@@ -184,6 +190,7 @@ int BufferedOutput::write(const char* buf, int n) {
             return n;
         }
     }
+    // Too large for the buffer, or there is none: pass them on as they are.
     const int count = dst.write(buf, n);
     pos += count;
     return count;

@@ -5,10 +5,11 @@
 
 #include <cmath>
 
-static const double singular_determinant = 1e-10;
-static const float EPSILON = 0.0001f;
+static const double singular_determinant = 1e-10; // below it, inverse() warns
+static const float EPSILON = 0.0001f;             // below it, decompose_lw() takes a number for 0
 
-// The signatures that warnings and assertions carry, the same from every compiler.
+// The signatures in warnings and assertions, as fixed texts: compilers spell __PRETTY_FUNCTION__ of
+// templates differently.
 static const char* inverse_signature(const Matrix4<float>&) {
     return "Matrix4<real> Matrix4<real>::inverse() const [with real = float]";
 }
@@ -25,7 +26,7 @@ const Matrix4<real>& Matrix4<real>::the_identity() {
     return identity;
 }
 
-// Determinant of the 3x3 block left when row i and column j are struck out.
+// The determinant of the 3x3 block that remains without row i and column j.
 template <class real>
 static real minor_of(const Matrix4<real>& m, int i, int j) {
     const int r0 = i > 0 ? 0 : 1, r1 = i > 1 ? 1 : 2, r2 = i > 2 ? 2 : 3;
@@ -43,7 +44,8 @@ static real cofactor_of(const Matrix4<real>& m, int i, int j) {
 template <class real>
 real Matrix4<real>::determinant() const {
     const Matrix4& m = *this;
-    // The 24 products are written out: even permutations of the columns add, odd ones subtract.
+    // All 24 products: even permutations of the columns are added, odd ones subtracted. Their order
+    // decides the rounding of the result.
     return m(0, 0) * m(1, 1) * m(2, 2) * m(3, 3) - m(0, 0) * m(1, 1) * m(2, 3) * m(3, 2) +
            m(0, 0) * m(1, 2) * m(2, 3) * m(3, 1) - m(0, 0) * m(1, 2) * m(2, 1) * m(3, 3) +
            m(0, 0) * m(1, 3) * m(2, 1) * m(3, 2) - m(0, 0) * m(1, 3) * m(2, 2) * m(3, 1) -
@@ -65,6 +67,7 @@ Matrix4<real> Matrix4<real>::inverse() const {
         Xception::warning(inverse_signature(*this),
                           "matrix appears to be singular; inverse may not be reliable");
 
+    // The adjugate is the transposed matrix of the cofactors.
     const real scale = 1 / det;
     Matrix4 result;
     for (int i = 0; i < 4; i++)
@@ -75,6 +78,7 @@ Matrix4<real> Matrix4<real>::inverse() const {
 
 template <class real>
 Matrix4<real> Matrix4<real>::from_euler_angles(const real* angles) {
+    // Heading (0), pitch (1), bank (2); the product of the three rotations, multiplied out.
     const real s0 = std::sin(angles[0]), c0 = std::cos(angles[0]);
     const real s1 = std::sin(angles[1]), c1 = std::cos(angles[1]);
     const real s2 = std::sin(angles[2]), c2 = std::cos(angles[2]);
@@ -92,6 +96,7 @@ template <class real>
 Matrix4<real> Matrix4<real>::perspective(real focal, real near, real far) {
     if (focal < 0)
         return the_identity();
+    // z' = a (z - near) and w' = b z, so that the depth z' / w' is 0 at `near` and 1 at `far`.
     const real b = 1 / focal;
     const real a = far > 0 ? 1 / ((1 - near / far) * focal) : 1 / focal;
     // clang-format off
@@ -106,6 +111,8 @@ Matrix4<real> Matrix4<real>::perspective(real focal, real near, real far) {
 
 template <>
 VectorN<double, 3> Matrix4<double>::orthonormal_to_euler() const {
+    // Read from the last row and the middle column of the matrix in from_euler_angles, where the
+    // angles appear alone or in pairs of equal factors.
     const Matrix4& m = *this;
     return {{std::atan2(m(2, 0), m(2, 2)), std::asin(-m(2, 1)), std::atan2(m(0, 1), m(1, 1))}};
 }
@@ -124,7 +131,7 @@ void Matrix4<double>::decompose_lw(VectorN<double, 3>& translation, VectorN<doub
                decompose_lw_signature, 133);
     translation = {{m(3, 0), m(3, 1), m(3, 2)}};
 
-    // The rows' lengths are the scale; what is left is the rotation.
+    // The lengths of the rows are the scale, taken in float; the rows divided by them the rotation.
     Matrix4 rs = the_identity();
     for (int i = 0; i < 3; i++) {
         const float squared = float(m(i, 0) * m(i, 0) + m(i, 1) * m(i, 1) + m(i, 2) * m(i, 2));
@@ -133,7 +140,7 @@ void Matrix4<double>::decompose_lw(VectorN<double, 3>& translation, VectorN<doub
             rs(i, j) = m(i, j) / scale[i];
     }
 
-    // No skew: the rows stand at right angles.
+    // No skew: the rows are perpendicular.
     const auto dot = [&rs](int a, int b) {
         return rs(a, 0) * rs(b, 0) + rs(a, 1) * rs(b, 1) + rs(a, 2) * rs(b, 2);
     };

@@ -4,6 +4,7 @@
 
 namespace velmora {
 
+// Linear near black, where the power function alone would be too steep.
 double srgb_of_linear(double linear) {
     if (linear <= 0.0031308)
         return 12.92 * linear;

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <new>
 
-// Null and "" give null; any other text a copy. Does not check its allocation.
+// A copy of the text; null for null and "". Does not check its allocation.
 static char* my_strdup(const char* s) {
     if (!s || !*s)
         return nullptr;
@@ -17,8 +17,8 @@ static char* my_strdup(const char* s) {
     return static_cast<char*>(memcpy(malloc(size), s, size));
 }
 
-// Set while an "out of memory" is being raised: its own text needs memory too, and with an
-// allocator that stays empty the raising would otherwise start over for ever.
+// Set while an "out of memory" is being raised: formatting its message needs memory too, so without
+// this the raising would recurse for ever when there is none at all.
 static thread_local bool raising_out_of_memory = false;
 
 namespace {
@@ -32,7 +32,7 @@ struct RaisingOutOfMemory {
 };
 } // namespace
 
-// The formatted text, to be freed by the caller.
+// Formats into a block that is enlarged until the text fits; the caller frees it.
 [[gnu::format(printf, 1, 0)]] static char* my_vsnprintf(const char* format, va_list args) {
     uword size = 100;
     char* buffer = static_cast<char*>(malloc(size));
@@ -42,6 +42,7 @@ struct RaisingOutOfMemory {
             XTHROW("out of memory");
         }
 
+        // Each attempt consumes its arguments, so it gets a copy.
         va_list copy;
         va_copy(copy, args);
         const int result = vsnprintf(buffer, size, format, copy);
@@ -49,7 +50,8 @@ struct RaisingOutOfMemory {
         if (result >= 0 && uword(result) < size)
             return buffer;
 
-        // A negative result is the older convention for "did not fit", with the length unknown.
+        // Too small: the result is the length needed, or negative, in C libraries before C99, when
+        // the length is not known.
         size = result >= 0 ? uword(result) + 1 : size * 2;
         buffer = static_cast<char*>(realloc(buffer, size));
     }
@@ -61,6 +63,7 @@ static const char* text_of(const String& s) {
 
 String::String(const char* s) : str(my_strdup(s)) {}
 
+// All `n` + 1 bytes are allocated and set, however short the text is.
 String::String(const char* s, unsigned n) : str(nullptr) {
     if (n == 0)
         return;
@@ -85,6 +88,7 @@ String& String::operator=(const String& other) {
     return *this = other.str;
 }
 
+// Copy first, then free: `s` may point into the old text.
 String& String::operator=(const char* s) {
     char* copy = my_strdup(s);
     free(str);
@@ -101,6 +105,7 @@ uword String::len() const {
     return str ? strlen(str) : 0;
 }
 
+// The shifts are of the signed byte, and the sum is taken modulo 2^32, on every machine.
 u32 String::hash() const {
     u32 h = 0;
     for (const char* p = text_of(*this); *p; p++) {
@@ -135,7 +140,7 @@ u32 String::find(const char* s) const {
     return index_of(*this, strstr(text_of(*this), s));
 }
 
-// Puts `n` bytes from `s` behind the `length` bytes of `text` and terminates.
+// Appends `n` bytes from `s` to the `length` bytes of `text`, and terminates the result.
 static char* appended(char* text, uword length, const char* s, uword n) {
     char* grown = static_cast<char*>(realloc(text, length + n + 1));
     memcpy(grown + length, s, n);
@@ -143,6 +148,7 @@ static char* appended(char* text, uword length, const char* s, uword n) {
     return grown;
 }
 
+// Appending a text to itself goes through a copy, as growing moves the text.
 String& String::operator+=(const String& other) {
     if (!str)
         return *this = other;
@@ -203,6 +209,7 @@ String String::chop(const String& s) {
 }
 
 void String::split_by(const char* s, const char* seps, Array<String>& out) {
+    // Collect characters up to a separator or the end, then append what is not empty.
     String token;
     for (;; s++) {
         if (*s && !strchr(seps, *s)) {

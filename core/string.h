@@ -43,7 +43,8 @@ public:
 
     uword len() const;
 
-    // h = 11 h + byte over the bytes as signed 8-bit values, modulo 2^32; 0 for the empty text.
+    // h = (h + (b >> 4) + (b << 4)) * 11 modulo 2^32 over the bytes b, signed; 0 for the empty
+    // text.
     u32 hash() const;
 
     // As strtol in base 10 and strtod; 0 for the empty text.

@@ -28,6 +28,7 @@ void AssertXception::print() const {
     display_error("Assertion Failed", buffer);
 }
 
+// The message ends with the place in the source that raised it.
 StrXception::StrXception(const char* file, const char* function, int line, const char* format,
                          ...) {
     va_list args;

@@ -10,6 +10,7 @@ namespace Kess {
 
 int TRACE_ALLOCATIONS = 0;
 
+// By code.
 static const char* const error_texts[] = {
     "OK",
     "unknown error",
@@ -33,7 +34,8 @@ char* malloc_pixels(uword size) {
         XTHROW("out of memory");
     if (TRACE_ALLOCATIONS)
         fprintf(stderr, " = %p\n", block);
-    // A picture's first writing costs less in hundreds of large pages than in ten thousands.
+    // The first write to each page costs a page fault: hundreds for a picture in large pages, tens
+    // of thousands in small ones.
     OSAPI::gather_into_large_pages(block, size);
     return static_cast<char*>(block);
 }

@@ -1,7 +1,7 @@
-// What the image library stands on: pixel memory that can be traced, and numbered errors.
+// The base of the image library: pixel memory whose allocation can be traced, and numbered errors.
 //
 // Errors:    malloc_pixels throws StrXception "out of memory".
-// Threads:   TRACE_ALLOCATIONS is read unguarded.
+// Threads:   TRACE_ALLOCATIONS is read without synchronisation; set it before other threads start.
 #pragma once
 
 #include "core/types.h"
@@ -9,16 +9,16 @@
 
 namespace Kess {
 
-// When other than 0, every allocation and release of pixels is told on standard error.
+// When not 0, every allocation and release of pixels is printed on standard error.
 extern int TRACE_ALLOCATIONS;
 
 // A block of `size` bytes, contents unspecified, never null.
 char* malloc_pixels(uword size);
 
-// Releases a block of malloc_pixels; `size` is only told.
+// Frees a block of malloc_pixels; `size` is only printed.
 void free_pixels(char* pointer, uword size);
 
-// A failure known by its number, 0 to 11.
+// A failure identified by a number, 0 to 11.
 class Error : public Xception {
 public:
     int code;
@@ -26,7 +26,7 @@ public:
     explicit Error(int code) : code(code) {}
     ~Error() override;
 
-    // The code's text. The code is not checked.
+    // The text for the code. REQUIRES: 0 <= code <= 11.
     const char* strerror() const;
 
     void print() const override;

@@ -46,6 +46,7 @@ const char* ImageSpec::pixel_format_str(PixelFormat format) {
     XTHROW("unknown format");
 }
 
+// Formats whose pixels do not lie in whole bytes of their own give 0.
 u32 ImageSpec::bytes_per_pixel(PixelFormat format) {
     switch (format) {
     case BGRA_FLOAT:
@@ -73,23 +74,27 @@ u32 ImageSpec::bytes_per_pixel(PixelFormat format) {
     case INVALID_FORMAT:
         XTHROW("unknown format");
     default:
-        // Naming the format comes first, and throws for a number that is none.
+        // pixel_format_str comes first, and throws "unknown format" for a number outside the
+        // enumeration.
         XTHROW("unhandled format %s", pixel_format_str(format));
     }
 }
 
+// Six pixels take 16 bytes, an incomplete group as much; rows are padded to 128 bytes.
 static u32 packed_10_bit_stride(s32 width) {
     const u32 groups = u32(width / 6) + (width % 6 != 0);
     const u32 stride = groups * 16;
     return stride % 128 == 0 ? stride : (stride & ~u32(127)) + 128;
 }
 
+// Three bytes a pixel; rows are padded to 12 bytes.
 static u32 padded_422_stride(s32 width) {
     const u32 stride = 3 * u32(width);
     return stride % 12 == 0 ? stride : stride + 12 - stride % 12;
 }
 
 u32 ImageSpec::natural_stride(s32 width, PixelFormat format) {
+    // Compressed formats: the frame's bytes spread evenly over its rows.
     switch (format) {
     case DV_NTSC:
         XASSERT(width == 720);
@@ -129,6 +134,7 @@ ImageSpec::ImageSpec(const ImageSpec& other)
     : width(other.width), height(other.height), stride(other.stride), format(other.format),
       meta(other.meta ? new MetaData(*other.meta) : nullptr) {}
 
+// The metadata is copied before the old is freed: for self-assignment, and in case copying throws.
 ImageSpec& ImageSpec::operator=(const ImageSpec& other) {
     MetaData* copy = other.meta ? new MetaData(*other.meta) : nullptr;
     delete meta;
@@ -164,7 +170,7 @@ int ImageSpec::get_meta(const char* type, const char* name, String& value) const
     return meta ? meta->get_meta(type, name, value) : 1;
 }
 
-// The metadata is made on first use, and not for a value that it refuses.
+// Creates the metadata with its first value, but not when that value is refused.
 template <class T>
 static void set_first_or_more(ImageSpec& spec, const char* type, const char* name, const T& value) {
     if (spec.meta) {
@@ -195,6 +201,7 @@ void ImageSpec::for_each_meta(MetaVisitor& visitor) const {
 
 namespace {
 
+// Prints each value as ` "type name" [value]`.
 class PrintingVisitor : public ImageSpec::MetaVisitor {
 public:
     int visit_float(const char* type, const char* name, const float& value, s64&) override {
@@ -233,7 +240,7 @@ Image::Image(const ImageSpec& spec)
 
 Image::~Image() {
     free();
-    // Written through volatile, or the compiler would drop stores that nothing may read any more.
+    // Through volatile, as the compiler drops plain stores to an object that is being destroyed.
     static_cast<volatile PixelFormat&>(format) = INVALID_FORMAT;
     static_cast<volatile s32&>(width) = -666;
     static_cast<volatile s32&>(height) = -666;
@@ -243,7 +250,8 @@ Image::~Image() {
 void Image::alloc() {
     if (stride < bytes_per_pixel(format) * u32(width))
         XTHROW("ImageSpec stride is too small for width - did you forget set_natural_stride?");
-    const u32 size = u32(height) * stride; // in 32 bits, so that it may wrap
+    const u32 size = u32(height) * stride; // in 32 bits, and may wrap around
+    // Set the fields only when nothing can fail any more.
     char* block = malloc_pixels(size);
     if (!block)
         throw Error(4);

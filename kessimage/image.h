@@ -1,14 +1,14 @@
-// Images and what describes them: size, row stride, pixel format and typed metadata.
+// Images and their descriptions: size, row stride, pixel format and typed metadata.
 //
-// Units:     strides and sizes in bytes, counted in 32 bits: a size that does not fit wraps, so
-//            callers who take sizes from users check them first.
-// Shapes:    row y starts `stride` * y bytes behind the first one; row 0 is the top row.
-// Ownership: a spec owns its metadata, an image its pixels; specs copy deeply, images do not copy.
-// Errors:    StrXception and AssertXception as said below. Memory that runs out is StrXception "out
-//            of memory" for pixels and for formatted numbers, Kess::Error 4 where a block is null
-//            all the same, std::bad_alloc for metadata, and unchecked where a String is copied or
-//            appended to.
-// Threads:   a spec and an image belong to one thread at a time; reading pixels is free to all.
+// Units:     strides and sizes in bytes, computed in 32 bits: a size that does not fit wraps
+//            around, so callers must check sizes from users first.
+// Shapes:    row y starts at `data` + y * `stride`; row 0 is the top row.
+// Ownership: a spec owns its metadata, an image its pixels. Copies of specs are deep; images cannot
+//            be copied.
+// Errors:    StrXception and AssertXception as described below. Without memory: StrXception "out of
+//            memory" for pixels and formatted numbers, Kess::Error 4 if their block is null without
+//            that, std::bad_alloc for metadata; copying and appending Strings is not checked.
+// Threads:   a spec and an image belong to one thread at a time; any number may read the pixels.
 #pragma once
 
 #include "core/instring.h"
@@ -22,8 +22,8 @@ namespace Kess {
 
 class ImageSpec {
 public:
-    // The numbers are part of files and interfaces. Rows of compressed formats have a fixed size,
-    // which holds for one width only.
+    // The numbers are part of file formats and interfaces. Rows of compressed formats have a fixed
+    // size, which is defined for one width only.
     enum PixelFormat : s32 {
         BGRA_U8 = 1,
         G_U8 = 3,
@@ -49,27 +49,29 @@ public:
     s32 height; // rows
     u32 stride; // bytes from one row to the next
     PixelFormat format;
-    MetaData* meta; // null when there is none
+    MetaData* meta; // owned; null without metadata
 
-    ImageSpec() : meta(nullptr) {} // leaves all but the metadata undefined
+    ImageSpec() : meta(nullptr) {} // the other fields are unspecified
     ImageSpec(s32 width, s32 height, u32 stride, PixelFormat format);
     ImageSpec(s32 width, s32 height, PixelFormat format); // with the natural stride
     ImageSpec(const ImageSpec& other);
     ImageSpec& operator=(const ImageSpec& other);
     ~ImageSpec();
 
-    // The format's name. Throws "unknown format" for a number that is none.
+    // The name of a format. Throws "unknown format" for a number outside the enumeration.
     static const char* pixel_format_str(PixelFormat format);
 
-    // 0 for compressed and packed formats. Throws "unknown format".
+    // 0 for compressed and packed formats. Throws "unknown format" as pixel_format_str does, and
+    // for INVALID_FORMAT.
     static u32 bytes_per_pixel(PixelFormat format);
 
-    // The stride that the format's rows have by themselves. Throws "unknown format"; asserts a
-    // compressed format's width.
+    // The stride of rows without extra padding. Throws as bytes_per_pixel does; asserts the width
+    // of a compressed format.
     static u32 natural_stride(s32 width, PixelFormat format);
     u32 set_natural_stride();
 
-    // As those of MetaData; without metadata get_meta gives 1 and for_each_meta does nothing.
+    // As the functions of MetaData; without metadata get_meta returns 1, for_each_meta does
+    // nothing, and set_meta creates the metadata.
     int get_meta(const char* type, const char* name, float& value) const;
     int get_meta(const char* type, const char* name, String& value) const;
     void set_meta(const char* type, const char* name, float value);
@@ -77,7 +79,7 @@ public:
     void set_meta(const char* type, const char* name, const Matrix4<float>& value);
     void for_each_meta(MetaVisitor& visitor) const;
 
-    // Writes format, size and metadata to standard output, without a line end.
+    // Prints format, size and metadata on standard output, without a line end.
     void print() const;
 };
 
@@ -85,12 +87,12 @@ static_assert(offsetof(ImageSpec, stride) == 8 && offsetof(ImageSpec, format) ==
                   offsetof(ImageSpec, meta) == 16 && sizeof(ImageSpec) == 24,
               "size, stride, format and metadata");
 
-// All fields equal, and the metadata as MetaData's one-sided equality has it.
+// Whether all fields are equal and all metadata of `a` is in `b`; `b` may have more.
 bool operator==(const ImageSpec& a, const ImageSpec& b);
 bool operator!=(const ImageSpec& a, const ImageSpec& b);
 
-// Is shown every value of a set, by its type. A visit that gives other than 0 ends the walk. A
-// visitor that writes the value to a file records where in `file_position`.
+// Called with every value of a set, by type. A non-zero result ends the walk. A visitor that writes
+// the value to a file stores its offset there in `file_position`.
 class ImageSpec::MetaVisitor {
 public:
     virtual int visit_float(const char* type, const char* name, const float& value,
@@ -102,34 +104,33 @@ public:
     virtual ~MetaVisitor() = 0;
 };
 
-// Named values. `type` is always the value's type name, "float", "string" or "m44f"; a name that
-// does not go with the value's type is the caller's mistake and fails an assertion.
+// Named values, called tags. `type` is always the name of the value's type: "float", "string" or
+// "m44f". A name that does not match the type of `value` fails an assertion.
 class ImageSpec::MetaData : public PtrMap<InString, MetaInfoRef> {
 public:
     MetaData() : PtrMap(4) {}
 
-    // 0 and the value; 1 when there is no such tag; 2 and a warning when it has another type. The
-    // output is touched only with 0.
+    // Returns 0 and the value; 1 when there is no such tag; 2, with a warning, when it has another
+    // type. `value` is set only with 0.
     int get_meta(const char* type, const char* name, float& value) const;
     int get_meta(const char* type, const char* name, String& value) const;
 
-    // Adds or overwrites. Throws for a tag of another type, and for one that was written to a file.
-    // The set is then what it was.
+    // Adds a tag or changes its value. Throws when the tag has another type or has been written to
+    // a file; the set is then unchanged.
     void set_meta(const char* type, const char* name, float value);
     void set_meta(const char* type, const char* name, const String& value);
     void set_meta(const char* type, const char* name, const Matrix4<float>& value);
 
-    // Changes a value that was written to a file and returns where it stands there. Throws for a
-    // tag that is not there, was never written, or has another type.
+    // Changes a value that has been written to a file, and returns its offset there. Throws when
+    // there is no such tag, when it was never written, and when it has another type.
     s64 update_meta(const char* type, const char* name, float value);
 
-    // Shows every value in the map's order. Throws "unhandled type '…'" for a value of another
-    // kind.
+    // Calls the visitor with every value, in the map's order. Throws "unhandled type '…'" for a
+    // value of none of the three types.
     void for_each_meta(MetaVisitor& visitor) const;
 
-    // The one-line text form, see docs/metadata-text.md: writing it, telling whether a text starts
-    // like one, and adding the tags of one to this set. from_string keeps what it set before it
-    // throws.
+    // The one-line text form, see docs/metadata-text.md. string_valid checks only how the text
+    // starts. from_string sets the tags in the text; those before an error stay set.
     String stringify() const;
     static bool string_valid(const char* text);
     void from_string(const char* text);
@@ -139,29 +140,28 @@ class Image : public ImageSpec {
 public:
     char* data; // first byte of row 0
 
-    // Copies the description and allocates its pixels, contents unspecified. Asserts a valid
-    // format; throws "unknown format", and when the stride is below bytes_per_pixel times the
-    // width.
+    // Copies the description and allocates its pixels, contents unspecified. Asserts that the
+    // format is not INVALID_FORMAT; throws "unknown format", and for a stride below width *
+    // bytes_per_pixel.
     explicit Image(const ImageSpec& spec);
     Image(const Image&) = delete;
     Image& operator=(const Image&) = delete;
 
-    // Releases the pixels and leaves a spec that cannot pass for one, so that stale use shows.
+    // Frees the pixels, and poisons the spec so that use after destruction is noticed.
     ~Image();
 
-    // Allocates for an image whose pixels were released, and releases them; the image is without
-    // pixels in between.
+    // alloc() allocates pixels again after free(); in between, `data` is null.
     void alloc();
     void free();
 
-    // All bytes 0.
+    // Sets all bytes to 0.
     void make_blank();
 
-    // Takes over the pixels of an image of equal size, stride and format; throws for any other.
-    // Metadata takes no part.
+    // Copies the pixels, not the metadata, of an image of equal size, stride and format; throws for
+    // any other.
     void copy_from(const Image& other);
 
-    // Writes size, place and spec to standard output, without a line end.
+    // Prints allocated size, address and spec on standard output, without a line end.
     void dump() const;
 
 private:

@@ -18,7 +18,9 @@ MetaInfoRef& MetaInfoRef::operator=(const MetaInfoRef& other) {
     return *this;
 }
 
-// ---- What differs from type to type ----------------------------------------------------------
+// ---- What differs between the types ----------------------------------------------------------
+
+// type(), type_str() and stringify() by overloading, so that TypedInfo<T> is one template.
 
 enum { FLOAT_TYPE = 0, STRING_TYPE = 1, M44F_TYPE = 2 };
 
@@ -46,7 +48,8 @@ static String text_of(const float& value) {
     return String::fmt("%g", double(value));
 }
 
-// A text with blanks is quoted. Only quotes are escaped, so a backslash in it does not read back.
+// A text with spaces is quoted. Quotes are escaped but backslashes are not, so a quoted text with a
+// backslash does not read back as it was.
 static String text_of(const String& value) {
     if (value.find(' ') == u32(-1))
         return value;
@@ -60,6 +63,7 @@ static String text_of(const String& value) {
     return quoted;
 }
 
+// Nine decimals are ten significant digits: enough to read every float back exactly.
 static String text_of(const Matrix4<float>& value) {
     String quoted("\"");
     for (int i = 0; i < 16; i++)
@@ -105,6 +109,7 @@ template MetaInfo* new_MetaInfo(const char*, const float&);
 template MetaInfo* new_MetaInfo(const char*, const String&);
 template MetaInfo* new_MetaInfo(const char*, const Matrix4<float>&);
 
+// REQUIRES: type() says that `info` is a TypedInfo<T>.
 template <class T>
 static const T& value_of(const MetaInfo& info) {
     return static_cast<const TypedInfo<T>&>(info).value;
@@ -118,6 +123,7 @@ static bool same_elements(const Matrix4<float>& a, const Matrix4<float>& b) {
 }
 
 bool operator==(const MetaInfo& a, const MetaInfo& b) {
+    // Values of different types are unequal, whatever they hold.
     if (a.type() != b.type())
         return false;
     switch (a.type()) {

@@ -1,14 +1,14 @@
-// Single values of image metadata: floats, texts and matrices that know their type.
+// Single values of image metadata, each with its type: floats, texts and matrices.
 //
 //     class                      type()  type_str()  value
 //     TypedInfo<float>           0       "float"     one float
 //     TypedInfo<String>          1       "string"    a text
 //     TypedInfo<Matrix4<float>>  2       "m44f"      sixteen floats, row by row
 //
-// Ownership: a MetaInfoRef owns its value; copies clone it. No two handles share one.
-// Errors:    comparing values of another kind throws StrXception "unhandled type '…'". Memory that
-//            runs out is std::bad_alloc for values, StrXception "out of memory" where stringify
-//            formats numbers, and unchecked where a String is copied or appended to.
+// Ownership: a MetaInfoRef owns its value; copying it clones the value.
+// Errors:    comparing values of any other type throws StrXception "unhandled type '…'". Without
+//            memory: std::bad_alloc for values, StrXception "out of memory" when stringify formats
+//            numbers; copying and appending Strings is not checked.
 // Threads:   a value belongs to one thread at a time.
 #pragma once
 
@@ -20,7 +20,7 @@ namespace Kess {
 
 class MetaInfo {
 public:
-    // Where in a file the value was written, in bytes from its start; 0 when it was not.
+    // The value's offset in the file it was written to, in bytes; 0 when it was not written.
     s64 file_position;
 
     MetaInfo() : file_position(0) {}
@@ -30,10 +30,10 @@ public:
     virtual const char* type_str() const = 0;
     virtual int type() const = 0;
 
-    // A new value of the same type and contents, not written anywhere; the caller owns it.
+    // A new equal value with file_position 0, owned by the caller.
     virtual MetaInfo* copy() const = 0;
 
-    // The value's text in the metadata's one-line form.
+    // The value's text in the one-line form, see docs/metadata-text.md.
     virtual String stringify() const = 0;
 
     virtual ~MetaInfo();
@@ -52,7 +52,7 @@ public:
     String stringify() const override;
 };
 
-// Equal types and values; file positions do not count. A NaN is never equal.
+// Compare types and values, not file positions. A NaN equals nothing.
 bool operator==(const MetaInfo& a, const MetaInfo& b);
 bool operator!=(const MetaInfo& a, const MetaInfo& b);
 
@@ -60,7 +60,7 @@ bool operator!=(const MetaInfo& a, const MetaInfo& b);
 template <class T>
 MetaInfo* new_MetaInfo(const char* type, const T& value);
 
-// Owns one value.
+// An owning handle of one value, never null.
 class MetaInfoRef {
 public:
     MetaInfo* info;

@@ -1,4 +1,4 @@
-// Named values: finding, setting, patching and showing them.
+// Sets of named values: looking them up, setting, updating and visiting them.
 #define XSOURCE "metadata"
 
 #include "core/xception.h"
@@ -23,8 +23,8 @@ static bool has_type(const MetaInfo& info, const char* type) {
     return strcmp(info.type_str(), type) == 0;
 }
 
-// The value held by `info`. A caller whose type name does not go with its value's type is wrong in
-// a way that would otherwise overwrite memory.
+// The value that `info` holds. Asserted, as a caller whose type name does not match its value's
+// type would otherwise overwrite memory.
 template <class T>
 static T& value_in(MetaInfo& info) {
     auto* typed = dynamic_cast<TypedInfo<T>*>(&info);
@@ -37,6 +37,7 @@ static T& value_in(MetaInfo& info) {
 template <class T>
 static int get(const MetaData& set, const char* type, const char* name, T& value,
                const char* function) {
+    // Missing, of another type, or found.
     MetaInfo* info = find(set, name);
     if (!info)
         return 1;
@@ -65,6 +66,7 @@ static void add(MetaData& set, const char* type, const char* name, const T& valu
     set.insert(new MetaData::Entry(InString::intern(name), ref));
 }
 
+// Fails in the name of `function`, the public function that called it, as the others here do.
 template <class T>
 static void set_value(MetaData& set, const char* type, const char* name, const T& value,
                       const char* function) {
@@ -79,6 +81,8 @@ static void set_value(MetaData& set, const char* type, const char* name, const T
                   info->type_str(), type);
     if (info->file_position != 0)
         XTHROW_AT(function, __LINE__, "no updates allowed after writing to file, use update_meta");
+
+    // Everything that can refuse the value has passed: overwrite it in its place.
     value_in<T>(*info) = value;
 }
 
@@ -107,13 +111,14 @@ s64 MetaData::update_meta(const char* type, const char* name, float value) {
     return info->file_position;
 }
 
-// ---- Showing ---------------------------------------------------------------------------------
+// ---- Visiting --------------------------------------------------------------------------------
 
 namespace {
 
-class Showing : public MetaData::ForEachFunc {
+// Calls the visitor's function for each entry's type.
+class Visiting : public MetaData::ForEachFunc {
 public:
-    Showing(ImageSpec::MetaVisitor& visitor, const char* function)
+    Visiting(ImageSpec::MetaVisitor& visitor, const char* function)
         : visitor(visitor), function(function) {}
 
     int operator()(MetaData::Entry* entry) override {
@@ -142,8 +147,8 @@ private:
 } // namespace
 
 void MetaData::for_each_meta(MetaVisitor& visitor) const {
-    Showing showing(visitor, __PRETTY_FUNCTION__);
-    for_each_const(showing);
+    Visiting visiting(visitor, __PRETTY_FUNCTION__);
+    for_each_const(visiting);
 }
 
 } // namespace Kess

@@ -1,4 +1,4 @@
-// Metadata as one line of text.
+// The one-line text form of metadata: "KESSMETA1", then " type:name=value" for each value.
 #define XSOURCE "metadata"
 
 #include "core/xception.h"
@@ -23,7 +23,7 @@ static const char* text_of(const String& text) {
 
 namespace {
 
-// Appends one item per entry to a line.
+// Appends " type:name=value" to a line for each entry.
 class Writing : public MetaData::ForEachFunc {
 public:
     Writing(String& line, const char* function) : line(line), function(function) {}
@@ -61,7 +61,7 @@ bool MetaData::string_valid(const char* text) {
     return strncmp(text, introduction, introduction_length) == 0;
 }
 
-// Takes the characters from `p` up to one of `ends` or the text's end, and moves `p` there.
+// Returns the characters from `p` to the first of `ends` or the text's end, and moves `p` there.
 static String take_until(const char*& p, const char* ends) {
     const uword length = strcspn(p, ends);
     const String taken(p, unsigned(length));
@@ -69,7 +69,8 @@ static String take_until(const char*& p, const char* ends) {
     return taken;
 }
 
-// Takes a quoted text, from behind its opening quote to behind its closing one.
+// Returns a quoted text without its escapes; moves `p` from after the opening quote to after the
+// closing one.
 static String take_quoted(const char*& p, const char* name, const char* function) {
     String value;
     for (; *p != '"'; p++) {
@@ -83,6 +84,7 @@ static String take_quoted(const char*& p, const char* name, const char* function
     return value;
 }
 
+// Reads sixteen numbers, row by row; text after them is ignored.
 static Matrix4<float> matrix_of(const char* text, const char* name, const char* function) {
     Matrix4<float> m;
     float* e = m.e;
@@ -94,7 +96,7 @@ static Matrix4<float> matrix_of(const char* text, const char* name, const char* 
     return m;
 }
 
-// A name in an item may be empty; its text is then null, which is no name for a format to print.
+// A name may be empty; a String's text is then null, which text_of makes "".
 static void set_from_text(MetaData& set, const String& type, const String& name,
                           const String& value, const char* function) {
     if (type == "float")
@@ -117,10 +119,12 @@ void MetaData::from_string(const char* text) {
         XASSERT(*p == ' ');
         p++;
 
+        // type:
         const String type = take_until(p, ":");
         XASSERT(*p == ':');
         p++;
 
+        // name=, without which the text was cut
         const String name = take_until(p, "=");
         if (!*p) {
             Xception::warning(function, "image metadata appears to be truncated");
@@ -129,6 +133,7 @@ void MetaData::from_string(const char* text) {
         XASSERT(*p == '=');
         p++;
 
+        // value, quoted or up to the next space
         if (!*p)
             XTHROW("metadata %s is missing value", text_of(name));
         String value;

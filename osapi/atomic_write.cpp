@@ -15,6 +15,7 @@ AtomicFileWrite::AtomicFileWrite(const char* path, int flags)
 AtomicFileWrite::AtomicFileWrite(const char* path, const String& temp_path, fd_t fd)
     : path(path), temp_path(temp_path), fd(fd), done(false) {}
 
+// During unwinding, a failure to remove the temporary file is ignored.
 AtomicFileWrite::~AtomicFileWrite() noexcept(false) {
     if (done)
         return;
@@ -32,13 +33,14 @@ AtomicFileWrite* AtomicFileWrite::exclusive(const char* path) {
     try {
         return new AtomicFileWrite(path, temp_path, fd);
     } catch (...) {
-        // A mark without a writer would keep every other exclusive writer out.
+        // A temporary file without a writer would keep every other exclusive writer out.
         unlink(temp_path.str);
         ::close(fd);
         throw;
     }
 }
 
+// The bytes reach the storage before the name does: after a crash the name never leads to less.
 void AtomicFileWrite::complete() {
     sync(fd);
     complete_nosync();

@@ -26,6 +26,7 @@ void close_on_exec(fd_t fd) {
         XTHROW_ERRNO("fcntl");
 }
 
+// The system's flags for ours: the two low bits select the access, each other bit adds a flag.
 static int system_open_flags(int flags) {
     int oflags = O_RDONLY;
     if ((flags & 3) == OPEN_WRITE)
@@ -47,6 +48,7 @@ fd_t open_can_fail(const char* path, int flags) {
         !(oflags & O_CREAT) ? ::open(path, oflags) : ::open(path, oflags, creation_mode);
     if (fd == -1)
         return -1;
+    // Closed again if it cannot be marked.
     FileDescriptor owner(fd);
     close_on_exec(owner.fd);
     owner.fd = -1;
@@ -67,7 +69,7 @@ void close(fd_t fd) {
 
 // ---- Modes and copies ------------------------------------------------------------------------
 
-// Turning O_NONBLOCK over, where it should be cleared, is what callers rely on.
+// Callers rely on O_NONBLOCK being toggled where one would expect it to be cleared.
 void set_blocking(fd_t fd, bool blocking) {
     const int flags = fcntl(fd, F_GETFL);
     if (flags == -1)
@@ -90,6 +92,7 @@ void dup2(fd_t from, fd_t to) {
 
 // ---- Reading and writing ---------------------------------------------------------------------
 
+// EAGAIN is retried without waiting: callers rely on transfers that are whole or throw.
 static bool worth_another_try(int error) {
     return error == EAGAIN || error == EINTR;
 }
@@ -166,7 +169,7 @@ sword pwrite(int fd, const char* buf, uword n, u64 offset) {
     return sword(written);
 }
 
-// After a write that failed: whether to try again, once a non-blocking pipe has room.
+// Whether to retry a write that failed, having waited until a non-blocking pipe has room.
 static bool can_go_on_writing(fd_t fd) {
     pollfd waiting = {fd, POLLOUT, 0};
     return errno == EINTR || (errno == EAGAIN && (::poll(&waiting, 1, -1) == 1 || errno == EINTR));
@@ -192,7 +195,7 @@ s64 lseek(fd_t fd, s64 offset, int whence) {
     return position;
 }
 
-// ---- The file behind a descriptor ------------------------------------------------------------
+// ---- The open file ---------------------------------------------------------------------------
 
 u64 getsize(fd_t fd) {
     struct stat status;
@@ -227,6 +230,7 @@ int poll(pollfd* fds, unsigned n, int timeout_ms, bool interruptible) {
         const int ready = ::poll(fds, n, timeout_ms);
         if (ready >= 0)
             return ready;
+        // A signal ends the wait or restarts it with the full timeout; all else is a failure.
         if (errno != EINTR)
             XTHROW_ERRNO("poll");
         if (interruptible)
@@ -236,6 +240,7 @@ int poll(pollfd* fds, unsigned n, int timeout_ms, bool interruptible) {
 
 // ---- Owners ----------------------------------------------------------------------------------
 
+// During unwinding, a failed close is ignored.
 FileDescriptor::~FileDescriptor() noexcept(false) {
     if (!is_open())
         return;
@@ -253,7 +258,8 @@ void FileDescriptor::init(fd_t opened) {
 void FileDescriptor::close() {
     if (!is_open())
         return;
-    // A failed close has released the descriptor all the same: trying again could hit another's.
+    // A failed close has released the descriptor too: closing it again could close another file
+    // that has got the same number.
     const fd_t closing = fd;
     fd = -1;
     OSAPI::close(closing);
@@ -266,7 +272,7 @@ int FileDescriptor::ioctl(int request, char* arg) {
     return result;
 }
 
-// An end that is open already refuses its new descriptor, which is then closed again.
+// If one of the ends is open already, its assertion fails and the new descriptors are closed.
 void Pipe::open() {
     int ends[2];
     if (pipe(ends) == -1)

@@ -22,6 +22,7 @@ Profiler::Profiler(const char* name) : name(name), start(), end() {
 }
 
 Profiler::~Profiler() {
+    // The difference in microseconds, exact in a double for centuries.
     gettimeofday(&end, nullptr);
     const double elapsed =
         double(end.tv_usec - start.tv_usec) + double(end.tv_sec - start.tv_sec) * 1000000;
@@ -34,8 +35,8 @@ Profiler::~Profiler() {
 
 namespace {
 
-// What the system's line about a process starts with, by the names of its manual, each number cut
-// to 32 bits. Later systems add more behind it.
+// The first fields of /proc/self/stat, named as in its manual page, each number reduced to 32 bits.
+// Newer systems add more fields after these.
 struct ProcessLine {
     s32 pid;
     char comm[4096]; // as much as was read
@@ -56,7 +57,7 @@ struct ProcessLine {
 
 static const int process_fields = 35;
 
-// How many fields were read.
+// Returns how many fields were converted.
 static int parse(const char* text, ProcessLine& p) {
     return sscanf(text,
                   "%d %s %c %d %d %d %d %d %u %u %u %u %u %d %d %d %d %d %d %u %u %d %u %u %u %u "
@@ -70,6 +71,7 @@ static int parse(const char* text, ProcessLine& p) {
 }
 
 void print_statistics() {
+    // Read once; the line is shorter than the buffer on every system so far.
     const FileDescriptor file(open("/proc/self/stat", OPEN_READ));
     char text[sizeof(ProcessLine::comm)] = "";
     read_short(file.fd, text, sizeof text);

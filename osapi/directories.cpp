@@ -24,6 +24,7 @@ void chdir(const char* path) {
 }
 
 String getcwd() {
+    // With a null buffer the system allocates one of sufficient size.
     char* const path = ::getcwd(nullptr, 0);
     if (!path)
         XTHROW_ERRNO("getcwd");
@@ -49,7 +50,7 @@ void lsdir(const char* path, Array<String>& out) {
     if (!folder)
         XTHROW_ERRNO("opendir(\"%s\")", path);
     for (;;) {
-        errno = 0; // the only way to tell a failure from the end
+        errno = 0; // the only way to distinguish a failure from the end
         const dirent* const entry = readdir(folder.get());
         if (entry)
             out.append(entry->d_name);
@@ -58,6 +59,7 @@ void lsdir(const char* path, Array<String>& out) {
         else
             XTHROW_ERRNO("readdir(\"%s\")", path);
     }
+    // Closed here rather than by the owner, whose destructor could not report a failure.
     if (closedir(folder.release()) == -1)
         XTHROW_ERRNO("closedir(\"%s\")", path);
 }
@@ -75,6 +77,7 @@ struct Glob::State {
 
 Glob::Glob(const char* pattern) : state(nullptr) {
     auto made = std::make_unique<State>();
+    // The state is freed, by globfree too, if this throws.
     const int code = glob(pattern, 0, nullptr, &made->result);
     if (code != 0 && code != GLOB_NOMATCH)
         XTHROW("glob(%s): %d", pattern, code);

@@ -22,7 +22,7 @@ FileTime DiskFile::get_mtime() const {
 
 // ---- Streams ---------------------------------------------------------------------------------
 
-// The two seeks of both streams, over their position `pos`; no call where nothing would move.
+// The seeks of both streams, which keep their position in `pos`; no call when it would not change.
 static s64 seek_to(const DiskFile& file, s64& pos, s64 target) {
     if (target != pos)
         pos = lseek(file.fd, target, SEEK_SET);
@@ -65,15 +65,15 @@ s64 FileOutput::seek_from_curpos(s64 delta) {
 
 // ---- A file that is written through a buffer -------------------------------------------------
 
-// The descriptor that is not to be closed is taken last, when nothing can throw any more.
+// A descriptor that this object does not own is stored last, when nothing can throw any more.
 BufferedFileOutput::BufferedFileOutput(fd_t fd, int bufsize, bool close_when_done)
     : file(close_when_done ? fd : -1), output(file), buffered(output, bufsize),
       close_when_done(close_when_done) {
     file.fd = fd;
 }
 
-// The members go behind this in the reverse order of their coming: the buffered layer tries once
-// more what a failed flush left, and the file closes if it still holds its descriptor.
+// The members' destructors follow, last member first: `buffered` retries what a failed flush left,
+// and `file` closes its descriptor if it still has one.
 BufferedFileOutput::~BufferedFileOutput() noexcept(false) {
     try {
         buffered.flush();

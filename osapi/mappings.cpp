@@ -16,6 +16,7 @@ int get_page_size() {
 MemoryMapping::~MemoryMapping() noexcept(false) {
     if (!data)
         return;
+    // Forget the range before a failure is reported.
     const int result = munmap(data, size);
     data = nullptr;
     size = 0;
@@ -54,7 +55,8 @@ void FileMapping::map(fd_t fd, uword len, int flags) {
 
 // ---- Memory that may be lost -------------------------------------------------------------------
 
-// The pipe takes as much at a time as it has room for.
+// Writing to a pipe copies the bytes in the kernel, where a lost page is the error EFAULT instead
+// of a signal. Each write takes as many as the pipe has room for, and they are read back at once.
 static uword copy_through_pipe(char* to, const char* from, uword n) {
     Pipe pipe;
     pipe.open();
@@ -76,7 +78,7 @@ static uword copy_through_pipe(char* to, const char* from, uword n) {
     return copied;
 }
 
-// The process's number is asked for each time: a child after fork() reads its own memory.
+// The process id is obtained in each call, so that a child after fork() reads its own memory.
 uword copy_can_fail(void* to, const void* from, uword n) {
     if (n == 0)
         return 0;
@@ -84,6 +86,8 @@ uword copy_can_fail(void* to, const void* from, uword n) {
     const ssize_t copied = process_vm_readv(::getpid(), &target, 1, &source, 1, 0);
     if (copied >= 0)
         return uword(copied);
+
+    // EFAULT: the first page is lost. Any other error: the call is not permitted here.
     if (errno == EFAULT)
         return 0;
     return copy_through_pipe(static_cast<char*>(to), static_cast<const char*>(from), n);
@@ -102,12 +106,15 @@ void gather_into_large_pages(void* addr, uword len) {
     const uword large_page = uword(2) << 20;
     const int collapse = 25; // MADV_COLLAPSE, which C libraries of before 2022 have no name for
     const uword start = reinterpret_cast<uword>(addr);
+
+    // The whole large pages within the range.
     const uword first = (start + large_page - 1) / large_page * large_page;
     const uword end = (start + len) / large_page * large_page;
     if (end <= first)
         return;
 
-    // Only large pages of which at least one small page is there are gathered.
+    // The system only gathers large pages of which at least one small page is present: touch one
+    // byte of each.
     for (uword page = first; page < end; page += large_page) {
         volatile char* byte = reinterpret_cast<volatile char*>(page);
         *byte = *byte;

@@ -27,8 +27,8 @@ String dirname(const char* path) {
     return slash == path ? String("/") : String(path, unsigned(slash - path));
 }
 
-// Whether the texts are equal but for the case of the letters A to Z. strcasecmp would ask the
-// process's locale, in some of which the small form of I is not i.
+// Compares without regard to the case of the letters A to Z. strcasecmp would depend on the
+// process's locale, in some of which the lower-case form of I is not i.
 static bool equal_ignoring_case(const char* a, const char* b) {
     const auto small = [](char ch) { return ch >= 'A' && ch <= 'Z' ? char(ch - 'A' + 'a') : ch; };
     while (*a && small(*a) == small(*b))
@@ -39,22 +39,25 @@ static bool equal_ignoring_case(const char* a, const char* b) {
 static const char temporary_suffix[] = ".inprogress";
 static const uword suffix_length = sizeof temporary_suffix - 1;
 
-// A temporary name shorter than this or as long keeps its suffix for an extension.
+// Up to this length, ".inprogress" is an extension like any other.
 static const uword longest_unstripped = 14;
 
 String extension(const char* path) {
+    // After the last dot, unless that starts the suffix of a temporary file.
     const char* const dot = strrchr(path, '.');
     if (!dot)
         return "";
     const uword length = strlen(path);
     if (!equal_ignoring_case(dot, temporary_suffix) || length <= longest_unstripped)
         return dot + 1;
+
+    // Then after the last dot of the name without the suffix.
     const String shortened(path, unsigned(length - suffix_length));
     const char* const inner = strrchr(shortened.str, '.');
     return inner ? inner + 1 : "";
 }
 
-// ---- What is there ---------------------------------------------------------------------------
+// ---- Queries ---------------------------------------------------------------------------------
 
 bool file_exists(const char* path, int flags) {
     int mode = F_OK;
@@ -108,6 +111,7 @@ FileTime get_mtime_ifexist(const char* path) {
     return 0;
 }
 
+// A file from the very start of 1970 counts as missing too, whatever errno then says.
 FileTime get_mtime(const char* path) {
     const FileTime time = get_mtime_ifexist(path);
     if (time == 0)
@@ -150,6 +154,7 @@ void rename(const char* from, const char* to) {
         XTHROW_ERRNO("rename(%s,%s)", from, to);
 }
 
+// During unwinding, a failed removal is ignored.
 Remover::~Remover() noexcept(false) {
     const char* const name = path.str ? path.str : "";
     if (velmora::unwinding())

@@ -30,7 +30,7 @@ OSAPI_pid_t fork() {
     return pid;
 }
 
-// In this order: a parent that ends between the two calls is noticed by the second.
+// In this order, so that a parent that ends between the two calls is noticed by the second.
 bool end_with_parent(OSAPI_pid_t parent) {
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     return getppid() == parent;
@@ -66,9 +66,10 @@ void kill(OSAPI_pid_t pid, int sig) {
 static const int no_such_child = 15;
 
 int _wait_until_dead(OSAPI_pid_t pid, OSAPI_pid_t* out, bool nohang) {
-    int status = 0; // of the last call that told one; an interrupted call tells none
+    int status = 0; // kept by a call that is interrupted, which is then judged like an end
     for (;;) {
         const OSAPI_pid_t waited = waitpid(pid, &status, nohang ? WNOHANG : 0);
+        // No such child, an interruption, or a failure.
         if (waited == -1) {
             if (errno == ECHILD)
                 return no_such_child;
@@ -81,7 +82,9 @@ int _wait_until_dead(OSAPI_pid_t pid, OSAPI_pid_t* out, bool nohang) {
                 XTHROW("unexpected return value from waitpid()");
         }
 
-        const int end = status & 0x7f; // 0 for an exit, a signal, or this for a mere stop
+        // The low seven bits: 0 for an exit, all set for a stop, otherwise the signal that killed
+        // it.
+        const int end = status & 0x7f;
         if (end == 0x7f)
             continue;
         if (out)
@@ -128,7 +131,7 @@ bool stderr_is_console() {
 
 // ---- ChildProcess ----------------------------------------------------------------------------
 
-// An exception must not leave the child's function: above it stand the parent's callers.
+// noexcept, as an exception from `fn` would unwind into the parent's callers, in the child.
 static int call(int (*fn)()) noexcept {
     return fn();
 }

@@ -5,7 +5,7 @@
 
 namespace OSAPI {
 
-// SIG_ERR, which is no disposition, stands for one that was never told.
+// SIG_ERR is not a disposition: it marks that none has been saved.
 Signal::Signal(int signum) : old_action(new struct ::sigaction()), signum(signum) {
     old_action->sa_handler = SIG_ERR;
 }
@@ -21,6 +21,7 @@ void Signal::install(const struct ::sigaction* action) {
         XTHROW_ERRNO("sigaction(%d)", signum);
 }
 
+// An action that blocks the signal itself, and no other, while the handler runs.
 static struct ::sigaction action_of(int signum, void (*handler)(int), bool restart) {
     struct ::sigaction action = {};
     action.sa_handler = handler;

@@ -17,7 +17,7 @@
 
 namespace OSAPI {
 
-static const int backlog = 5;
+static const int backlog = 5; // connections that may wait to be accepted
 
 // ---- Names -----------------------------------------------------------------------------------
 
@@ -32,7 +32,7 @@ String gethostname() {
 
 // ---- What both server sockets do -------------------------------------------------------------
 
-// These fail in the name of their caller, whose signature is `function`.
+// These fail in the name of their caller, whose full signature is `function`.
 
 static fd_t new_socket(int domain, int protocol, const char* function) {
     const fd_t fd = socket(domain, SOCK_STREAM, protocol);
@@ -46,6 +46,7 @@ static const sockaddr* general(const Address& address) {
     return reinterpret_cast<const sockaddr*>(&address);
 }
 
+// Gives the socket its address, lets it listen and marks it close-on-exec.
 template <class Address>
 static void listen_at(fd_t fd, const Address& address, const char* function) {
     if (bind(fd, general(address), sizeof address) == -1)
@@ -55,7 +56,7 @@ static void listen_at(fd_t fd, const Address& address, const char* function) {
     close_on_exec(fd);
 }
 
-// Marks a new connection close-on-exec, or closes it again.
+// Marks a new connection close-on-exec; closes it if that fails.
 static fd_t marked(fd_t connection) {
     FileDescriptor owner(connection);
     close_on_exec(owner.fd);
@@ -63,6 +64,7 @@ static fd_t marked(fd_t connection) {
     return connection;
 }
 
+// Waits for a connection; after a signal again, unless `interruptible`.
 template <class Address>
 static fd_t accept_from(fd_t fd, bool interruptible, const char* function) {
     for (;;) {
@@ -89,24 +91,27 @@ static sockaddr_in ipv4_address(in_addr host, int port) {
 }
 
 fd_t connect_tcp(const char* host, int port) {
+    // Resolve the name.
     XASSERT(port > 0 && port <= 65535);
     const hostent* const h = gethostbyname(host);
     if (!h)
         XTHROW("gethostbyname(\"%s\"): %s", host, hstrerror(h_errno));
     XASSERT(h->h_addrtype == AF_INET);
 
+    // Connect to the first address. When that fails, `fd` stays open, as callers have come to
+    // expect.
     const fd_t fd = new_socket(AF_INET, IPPROTO_TCP, __PRETTY_FUNCTION__);
     in_addr first;
     memcpy(&first, h->h_addr_list[0], sizeof first);
     const sockaddr_in address = ipv4_address(first, port);
     if (connect(fd, general(address), sizeof address) == -1)
-        XTHROW_ERRNO("connect(\"%s:%d\")", host, port); // and `fd` stays open
+        XTHROW_ERRNO("connect(\"%s:%d\")", host, port);
     return fd;
 }
 
 // ---- UNIXServerSocket ------------------------------------------------------------------------
 
-// Once the default constructor is through, the destructor cleans up behind a failed open.
+// As the delegated constructor has finished, the destructor runs if open() throws.
 UNIXServerSocket::UNIXServerSocket(const char* path) : UNIXServerSocket() {
     open(path);
 }
@@ -118,6 +123,8 @@ UNIXServerSocket::~UNIXServerSocket() noexcept(false) {
 void UNIXServerSocket::open(const char* mypath) {
     sockaddr_un addr = {};
     XASSERT(mypath[0] != 0);
+
+    // From here on the socket is this object's, and close() cleans up after a failure.
     close();
     fd = new_socket(AF_UNIX, 0, __PRETTY_FUNCTION__);
     XASSERT_AT(strlen(mypath) < sizeof(addr.sun_path) - 1,
@@ -133,8 +140,8 @@ fd_t UNIXServerSocket::accept(bool interruptible) {
     return accept_from<sockaddr_un>(fd, interruptible, __PRETTY_FUNCTION__);
 }
 
-// Without a path, which open stores last, there is nothing to remove: another process may be
-// listening where this one could not.
+// The path is empty until open() has succeeded: when it failed, the file may be that of another
+// process, and must not be removed.
 void UNIXServerSocket::close() {
     if (fd == -1)
         return;
@@ -146,7 +153,7 @@ void UNIXServerSocket::close() {
     try {
         OSAPI::close(closing);
     } catch (...) {
-        unlink(file); // the failed close is what to report, whatever comes of this
+        unlink(file); // without a check: the failed close is the failure to report
         throw;
     }
     rm_ifexist(file);

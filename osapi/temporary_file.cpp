@@ -13,25 +13,25 @@
 
 namespace velmora {
 
-// Rounds of creating the file and finding another's. Each that fails means that somebody else got
-// on meanwhile.
+// Attempts to create the file. Each one that fails means that another writer made progress
+// meanwhile.
 static const int most_tries = 100;
 
 static const char* const in_use = "is being written by another process";
 
-// ---- What is there ---------------------------------------------------------------------------
+// ---- Files of that name ----------------------------------------------------------------------
 
 static bool is_same_file(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
-// Whether `name` is, itself, that file. A name that cannot be looked up is not.
+// Whether `name`, not followed if it is a link, is that file; false if it cannot be looked up.
 static bool is_name_of(const std::string& name, const struct stat& file) {
     struct stat status;
     return lstat(name.c_str(), &status) == 0 && is_same_file(status, file);
 }
 
-// Why a file of that name is nothing that one of our writers left; null if it may be.
+// Why a file cannot have been left by one of our writers; null if it can.
 static const char* foreign_kind(const struct stat& status) {
     if (!S_ISREG(status.st_mode))
         return "is in the way, and is not a regular file";
@@ -72,25 +72,28 @@ static Lock lock(OSAPI::fd_t fd) {
     return Lock::ours;
 }
 
-// ---- Coming to be ----------------------------------------------------------------------------
+// ---- Creating --------------------------------------------------------------------------------
 
 TemporaryFile::TemporaryFile(const std::string& path)
     : path(path), name(temporary_name_of(path)), identity() {}
 
-// The members are made before: what throws here runs the destructor.
+// As the delegated constructor has finished, the destructor runs if this one throws.
 TemporaryFile::TemporaryFile(const std::string& path, mode_t mode) : TemporaryFile(path) {
+    // Create the file, removing one that a killed writer left, until one attempt succeeds.
     int tries = 0;
     while (!create(mode)) {
         if (++tries == most_tries)
             refuse(name, in_use);
         remove_leftover();
     }
+
+    // A second descriptor for the bytes, so that closing it keeps the lock.
     writing = fcntl(locked, F_DUPFD_CLOEXEC, 0);
     if (writing == -1)
         XTHROW_ERRNO("fcntl");
 }
 
-// False when there is a file of that name, or there was until a moment ago.
+// False when there is a file of that name, or there was one a moment ago.
 bool TemporaryFile::create(mode_t mode) {
     locked = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
     if (locked == -1) {
@@ -98,6 +101,8 @@ bool TemporaryFile::create(mode_t mode) {
             return false;
         refuse(name, OSAPI::error_text(errno));
     }
+
+    // Remember which file it is: only under its identity is the name ever removed or renamed.
     if (fstat(locked, &identity) == -1) {
         const int error = errno;
         unlink(name.c_str());
@@ -105,7 +110,8 @@ bool TemporaryFile::create(mode_t mode) {
         XTHROW_ERRNO("fstat");
     }
     held = true;
-    // Another may have taken the new file for one that was left, before it was locked.
+
+    // Lock it. Another writer may have taken it for a file that was left, before it was locked.
     if (lock(locked) == Lock::anothers) {
         held = false;
         refuse(name, in_use);
@@ -125,14 +131,14 @@ void TemporaryFile::release() {
 
 namespace {
 
-// A descriptor that is only looked at and locked: closing it has nothing to report.
-struct Looking {
+// A descriptor that is only examined and locked: closing it has nothing to report.
+struct Examined {
     const OSAPI::fd_t fd;
 
-    explicit Looking(OSAPI::fd_t fd) : fd(fd) {}
-    Looking(const Looking&) = delete;
-    Looking& operator=(const Looking&) = delete;
-    ~Looking() {
+    explicit Examined(OSAPI::fd_t fd) : fd(fd) {}
+    Examined(const Examined&) = delete;
+    Examined& operator=(const Examined&) = delete;
+    ~Examined() {
         if (fd != -1)
             ::close(fd);
     }
@@ -140,25 +146,29 @@ struct Looking {
 
 } // namespace
 
-// For writing, as locks on NFS need it, unless the file's own mode forbids that.
+// For writing, as locks on NFS require it, unless the file's mode forbids that.
 static OSAPI::fd_t open_found(const std::string& name) {
     const int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     const OSAPI::fd_t fd = open(name.c_str(), O_WRONLY | flags);
     return fd == -1 && errno == EACCES ? open(name.c_str(), O_RDONLY | flags) : fd;
 }
 
-// Removes the file of that name if it was left by a writer that is no more; returns without having
-// done anything if it has gone or changed meanwhile.
+// Removes the file of that name if a writer that no longer runs left it; returns without doing
+// anything if it has disappeared or changed meanwhile.
 void TemporaryFile::remove_leftover() const {
     const std::string obstacle = obstacle_to_temporary_of(path);
     if (!obstacle.empty())
         refuse(name, obstacle.c_str());
-    const Looking found(open_found(name));
+
+    // Open it without following or waiting for anything.
+    const Examined found(open_found(name));
     if (found.fd == -1) {
         if (errno == ENOENT || errno == ELOOP || errno == ENXIO)
             return;
         refuse(name, OSAPI::error_text(errno));
     }
+
+    // Who gets the lock knows that no writer runs.
     switch (lock(found.fd)) {
     case Lock::anothers:
         refuse(name, in_use);
@@ -167,6 +177,8 @@ void TemporaryFile::remove_leftover() const {
     case Lock::ours:
         break;
     }
+
+    // Remove it if, now that it is locked, the name still leads to this file.
     struct stat status;
     if (fstat(found.fd, &status) == -1)
         XTHROW_ERRNO("fstat");
@@ -174,11 +186,11 @@ void TemporaryFile::remove_leftover() const {
         OSAPI::rm_ifexist(name.c_str());
 }
 
-// ---- The end ---------------------------------------------------------------------------------
+// ---- Finishing -------------------------------------------------------------------------------
 
 void TemporaryFile::close() {
     const OSAPI::fd_t closing = writing;
-    writing = -1; // a failed close has released it all the same
+    writing = -1; // a failed close has released it too
     OSAPI::close(closing);
 }
 
@@ -193,8 +205,8 @@ void TemporaryFile::rename() {
     check_final_name();
 }
 
-// Somebody may have planted a file between the check and the renaming. That another writer's whole
-// file has the name by now, or that ours was moved on, is no failure.
+// Another user may have planted a file between the check and the renaming. It is not a failure that
+// another writer's complete file has the name by now, or that ours was renamed again.
 void TemporaryFile::check_final_name() const {
     struct stat status;
     if (lstat(path.c_str(), &status) == 0 && !is_same_file(status, identity) &&

@@ -1,16 +1,16 @@
-// The file in which a writer of `path` gathers its bytes: `path` + ".inprogress", held by one
-// writer at a time, in this process and in others, until it is renamed to `path`.
+// The file to which a writer of `path` writes: `path` + ".inprogress", held by one writer at a
+// time, in this process and in others, until it is renamed to `path`.
 //
-// Locks:     The file is created exclusively and locked with flock until it has its final name. One
-//            that is found without a lock was left by a writer that was killed: whoever locks it,
-//            and then still finds it under its name, removes it and starts over. So only the holder
-//            of the lock ever removes or renames the file of that name.
-//            flock, because the lock belongs to the open file (record locks of fcntl go when any
-//            descriptor of the file is closed, and do not keep threads apart), ends with the
-//            process, and is passed on by NFS clients to the server, where it keeps out other
-//            machines. Where there are no locks, exclusive creation still keeps writers apart, but
-//            a file that was left cannot be told from one in use, and is never replaced.
-// Security:  Others may be able to write to the folder. What they put there under that name is
+// Locks:     the file is created exclusively and locked with flock until it has its final name. A
+//            file without a lock was left by a writer that was killed: a writer that locks it, and
+//            then still finds it under its name, removes it and starts over. So only the holder of
+//            the lock ever removes or renames the file of that name. Why flock: the lock belongs to
+//            the open file (record locks of fcntl are lost when any descriptor of the file is
+//            closed, and do not exclude other threads), it ends with the process, and NFS clients
+//            pass it on to the server, so it excludes other machines. On file systems without
+//            locks, exclusive creation still excludes other writers, but a file that was left
+//            cannot be distinguished from one in use, and is never replaced.
+// Security:  other users may be able to write to the folder. What they put there under that name is
 //            neither followed, written to, removed nor renamed to `path`: links, second names of
 //            files, pipes, devices, folders, files of other users.
 // Errors:    StrXception, as `opening file "name": reason`, or with the name of the call that
@@ -29,29 +29,29 @@ namespace velmora {
 // The name of the temporary file of `path`.
 std::string temporary_name_of(const std::string& path);
 
-// What keeps the temporary file of `path` from being made, as far as its name shows now: "is in the
-// way, and …", or what the system says, such as "File name too long". Empty when nothing does, and
-// also where there is no such folder.
+// What prevents the temporary file of `path` from being created, as far as its name shows now: "is
+// in the way, and …", or the system's reason, such as "File name too long". Empty when nothing
+// does, and also when the folder does not exist.
 std::string obstacle_to_temporary_of(const std::string& path);
 
 class TemporaryFile {
 public:
-    // Creates the file with `mode` less the process's mask.
+    // Creates the file with `mode` less the process's umask.
     TemporaryFile(const std::string& path, mode_t mode);
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    // Removes the file unless it was renamed. Never throws: what the system refuses here comes
-    // after a failure that is already on its way.
+    // Removes the file unless it was renamed. Never throws: a failure here always follows another
+    // one, which is the one to report.
     ~TemporaryFile();
 
     // For writing; -1 when closed.
     OSAPI::fd_t fd() const { return writing; }
 
-    // Closes fd(), which may be the first to report a failed write. The lock is kept.
+    // Closes fd(), which may be the first call to report a failed write. The lock is kept.
     void close();
 
-    // Renames the file to `path`, if the temporary name is still that of this file.
+    // Renames the file to `path`; throws when the temporary name no longer leads to this file.
     void rename();
 
 private:

@@ -25,7 +25,7 @@ void yield() {
     sched_yield();
 }
 
-// As localtime, which looks at the zone anew each time, but into a place of our own.
+// As localtime, which reads the time zone each time, but without its shared result.
 Date get_date() {
     const time_t now = ::time(nullptr);
     tm local;

@@ -13,7 +13,7 @@ namespace velmora {
 static const mode_t new_mode = 0664;
 static const mode_t permissions = 0777; // without the bits that change who runs a program
 
-// The permissions of the file at `path`, for the one that replaces it.
+// The permissions of the regular file at `path`, which the new one is to have; none without one.
 static std::optional<mode_t> mode_to_keep(const char* path) {
     struct stat status;
     if (lstat(path, &status) == 0)
@@ -26,10 +26,10 @@ static std::optional<mode_t> mode_to_keep(const char* path) {
 
 namespace {
 
-// The folder of a file, opened beforehand: to wait until a new name in it is on the medium.
+// The folder of a file, opened in advance, to wait until a new name in it is on the storage device.
 class Folder {
 public:
-    // Opens nothing where the user may use the folder but not read it.
+    // Without permission to read the folder, which writing to it does not need, nothing is opened.
     explicit Folder(const std::string& path) {
         const std::size_t slash = path.rfind('/');
         const std::string name = slash == std::string::npos ? "." : path.substr(0, slash + 1);
@@ -44,7 +44,7 @@ public:
             ::close(fd);
     }
 
-    // Not every file system can do that for a folder; EINVAL is how it says so.
+    // EINVAL is a file system that cannot do this for a folder.
     void sync() const {
         if (fd != -1 && fsync(fd) == -1 && errno != EINVAL)
             XTHROW_ERRNO("fsync");
@@ -57,15 +57,19 @@ private:
 } // namespace
 
 void write_whole_file(const char* path, const std::function<void(OSAPI::fd_t)>& write_bytes) {
-    // Until the file is complete, others may do no more with it than with the one before.
+    // Create the file. Until it is complete, nobody else may do more with it than with the old one.
     const std::optional<mode_t> kept = mode_to_keep(path);
     TemporaryFile file(path, kept ? S_IRUSR | S_IWUSR : new_mode);
     const Folder folder(path);
+
+    // Fill it; bytes and permissions reach the storage before the name does.
     write_bytes(file.fd());
     if (kept && fchmod(file.fd(), *kept) == -1)
         XTHROW_ERRNO("fchmod");
     OSAPI::sync(file.fd());
     file.close();
+
+    // Give it the name, and wait until that is stored too.
     file.rename();
     folder.sync();
 }
