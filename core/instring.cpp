@@ -26,10 +26,6 @@ static void remove_link(ListLink* link) {
 
 // ---- The intern table ------------------------------------------------------------------------
 
-static const char* text_of(const String& text) {
-    return text.str ? text.str : "";
-}
-
 namespace {
 
 const u32 bucket_count = 256;
@@ -160,7 +156,7 @@ void InString::dump() {
         printf("chain %u: ", i);
         const ListLink& bucket = table.buckets[i];
         for (const ListLink* link = bucket.next; link != &bucket; link = link->next)
-            printf(" %s", text_of(static_cast<const InternNode*>(link)->data->text));
+            printf(" %s", velmora::text_of(static_cast<const InternNode*>(link)->data->text));
         printf("\n");
     }
 }

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <new>
 
+using velmora::text_of;
+
 // A copy of the text; null for null and "". Does not check its allocation.
 static char* my_strdup(const char* s) {
     if (!s || !*s)
@@ -55,10 +57,6 @@ struct RaisingOutOfMemory {
         size = result >= 0 ? uword(result) + 1 : size * 2;
         buffer = static_cast<char*>(realloc(buffer, size));
     }
-}
-
-static const char* text_of(const String& s) {
-    return s.str ? s.str : "";
 }
 
 String::String(const char* s) : str(my_strdup(s)) {}

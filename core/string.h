@@ -82,8 +82,18 @@ public:
 
 static_assert(sizeof(String) == sizeof(char*), "a String is one pointer");
 
+// The two texts joined; `b` may be empty, but a `const char*` is not null.
 String operator+(const String& a, const String& b);
 String operator+(const String& a, const char* b);
+
+namespace velmora {
+
+// The characters of `s` for functions that take no null: "" for the empty text.
+inline const char* text_of(const String& s) {
+    return s.str ? s.str : "";
+}
+
+} // namespace velmora
 
 // Compare texts; null equals only null, so a String made from '\0' differs from an empty one.
 bool operator==(const String& a, const String& b);

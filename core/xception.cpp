@@ -41,5 +41,5 @@ StrXception::StrXception(const char* file, const char* function, int line, const
 StrXception::~StrXception() {}
 
 void StrXception::print() const {
-    display_error("Error", message.str ? message.str : "");
+    display_error("Error", velmora::text_of(message));
 }

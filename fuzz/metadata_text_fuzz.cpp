@@ -13,10 +13,6 @@
 using velmora::require;
 typedef Kess::ImageSpec::MetaData MetaData;
 
-static const char* text_of(const String& text) {
-    return text.str ? text.str : "";
-}
-
 static bool starts_with(std::string_view text, std::string_view start) {
     return text.substr(0, start.size()) == start;
 }
@@ -46,7 +42,7 @@ static bool read_text(MetaData& set, const char* text) {
         set.from_string(text);
         return true;
     } catch (const StrXception& refusal) {
-        require(is_known_refusal(text_of(refusal.message)), "a refused text is told why");
+        require(is_known_refusal(velmora::text_of(refusal.message)), "a refused text is told why");
     } catch (const AssertXception& refusal) {
         require(!strcmp(refusal.expr, "*p == ' '") || !strcmp(refusal.expr, "*p == ':'"),
                 "a text fails an assertion at a blank or a colon only");
@@ -79,7 +75,7 @@ public:
 
     int visit_String(const char*, const char* name, const String& value, s64&) override {
         visit_name(name);
-        const char* text = text_of(value);
+        const char* text = velmora::text_of(value);
         unsafe_string |= strchr(text, ' ') ? strchr(text, '\\') != nullptr : *text == '"';
         empty_at_end = !*text;
         return 0;
@@ -107,7 +103,7 @@ static bool write_text(const MetaData& set, String& line) {
         line = set.stringify();
         return true;
     } catch (const StrXception& refusal) {
-        require(starts_with(text_of(refusal.message), "can't handle quoting yet in <"),
+        require(starts_with(velmora::text_of(refusal.message), "can't handle quoting yet in <"),
                 "a set that cannot be written is told why");
         return false;
     }
@@ -120,10 +116,10 @@ static void check_writing(const MetaData& set) {
     require(written == !survey.blank_in_name, "a set is written unless a name holds a blank");
     if (!written)
         return;
-    require(MetaData::string_valid(text_of(line)), "what is written starts like metadata");
+    require(MetaData::string_valid(velmora::text_of(line)), "what is written starts like metadata");
 
     MetaData again;
-    const bool read = read_text(again, text_of(line));
+    const bool read = read_text(again, velmora::text_of(line));
     if (!survey.reads_back())
         return;
     String line_again;

@@ -5,7 +5,6 @@
 #include "kessimage/image.h"
 
 #include <cstring>
-#include <memory>
 
 namespace Kess {
 
@@ -124,8 +123,7 @@ public:
     int operator()(MetaData::Entry* entry) override {
         MetaInfo& info = *entry->value;
         const char* type = info.type_str();
-        const String& text = entry->key.text();
-        const char* name = text.str ? text.str : "";
+        const char* name = velmora::text_of(entry->key.text());
         switch (info.type()) {
         case 0:
             return visitor.visit_float(type, name, value_in<float>(info), info.file_position);

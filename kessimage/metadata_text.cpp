@@ -5,19 +5,15 @@
 #include "kessimage/image.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 namespace Kess {
 
 typedef ImageSpec::MetaData MetaData;
+using velmora::text_of;
 
 static const char introduction[] = "KESSMETA1";
 static const uword introduction_length = sizeof introduction - 1;
-
-static const char* text_of(const String& text) {
-    return text.str ? text.str : "";
-}
 
 // ---- Writing ---------------------------------------------------------------------------------
 

@@ -47,7 +47,7 @@ void AtomicFileWrite::complete() {
 }
 
 void AtomicFileWrite::complete_nosync() {
-    rename(temp_path.str, path.str ? path.str : "");
+    rename(temp_path.str, velmora::text_of(path));
     done = true;
 }
 

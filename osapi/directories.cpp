@@ -6,7 +6,6 @@
 #include "osapi/osapi.h"
 
 #include <cerrno>
-#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <dirent.h>

@@ -156,7 +156,7 @@ void rename(const char* from, const char* to) {
 
 // During unwinding, a failed removal is ignored.
 Remover::~Remover() noexcept(false) {
-    const char* const name = path.str ? path.str : "";
+    const char* const name = velmora::text_of(path);
     if (velmora::unwinding())
         unlink(name);
     else

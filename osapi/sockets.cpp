@@ -148,7 +148,7 @@ void UNIXServerSocket::close() {
     const fd_t closing = fd;
     String removed;
     std::swap(removed.str, path.str);
-    const char* const file = removed.str ? removed.str : "";
+    const char* const file = velmora::text_of(removed);
     fd = -1;
     try {
         OSAPI::close(closing);

@@ -6,7 +6,6 @@
 #include "osapi/failure.h"
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
