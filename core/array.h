@@ -13,6 +13,7 @@
 
 #include <new>
 
+// The block, without elements' types; Array<T> below is what one uses.
 class ByteArray {
 public:
     char* data;     // the block, null when nothing is allocated
@@ -41,7 +42,9 @@ protected:
 
 static_assert(sizeof(ByteArray) == 3 * sizeof(uword), "a block, its capacity and its length");
 
-// `T` must tolerate being moved bitwise, because growing moves the elements with realloc.
+// A growable array of `T`, contiguous in memory.
+//
+// REQUIRES: a `T` may be moved bitwise, as growing moves the elements with realloc.
 template <class T>
 class Array : public ByteArray {
 public:

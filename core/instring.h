@@ -138,7 +138,13 @@ private:
     Header* header;
 };
 
-// The typed map. K is a handle of a pointer's size that is compared by its bits, such as InString.
+// The typed map, which owns its entries. K is a handle of a pointer's size that is compared by its
+// bits, such as InString.
+//
+//     StringMap<int> ages(4);                               // the number of buckets
+//     ages.insert(new StringMap<int>::Entry(name, 7));
+//     if (auto* entry = ages.lookup(name)) entry->value++;
+//     delete ages.remove(name);                             // null when there is none
 template <class K, class V>
 class PtrMap : public VoidPtrMap {
 public:

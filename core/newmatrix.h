@@ -28,6 +28,7 @@ public:
 typedef VectorN<float, 2> Vector2; // a position in pixels: x, then y
 typedef VectorN<float, 3> Color3;  // linear red, green, blue
 
+// A 4x4 matrix of floats or doubles; contents unspecified until they are set.
 template <class real>
 class Matrix4 {
 public:

@@ -1,5 +1,7 @@
 // For destructors that may throw, which must not while another exception is propagating: the
 // program would be terminated.
+//
+// Threads:   each thread has its own exceptions; these look at the calling thread's.
 #pragma once
 
 #include <exception>

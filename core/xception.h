@@ -3,6 +3,11 @@
 // Errors:    a broken invariant is an AssertXception, any other failure a StrXception; thrown by
 //            value, caught as Xception&. Assertions are never compiled out.
 // Threads:   no shared state; lines written to standard error by several threads may interleave.
+//
+//     #define XSOURCE "stars"     // before the first include of the source
+//
+//     XASSERT(count > 0);         // throws AssertXception: 'count > 0' in <signature> (stars:line)
+//     XTHROW("no \"%s\"", name);  // throws StrXception:    no "x" in <signature> (stars:line)
 #pragma once
 
 #include "core/string.h"

@@ -153,6 +153,7 @@ ImageSpec::~ImageSpec() {
 bool operator==(const ImageSpec& a, const ImageSpec& b) {
     if (a.width != b.width || a.height != b.height || a.stride != b.stride || a.format != b.format)
         return false;
+    // Without metadata on one side, both must be without it.
     if (!a.meta || !b.meta)
         return !a.meta && !b.meta;
     return *a.meta == *b.meta;
@@ -209,7 +210,7 @@ public:
         return 0;
     }
     int visit_String(const char* type, const char* name, const String& value, s64&) override {
-        printf(" \"%s %s\" [\"%s\"]", type, name, value.str ? value.str : "");
+        printf(" \"%s %s\" [\"%s\"]", type, name, velmora::text_of(value));
         return 0;
     }
     int visit_m44f(const char* type, const char* name, const Matrix4<float>& value, s64&) override {
@@ -270,6 +271,7 @@ void Image::make_blank() {
     memset(allocation, 0, allocated_size);
 }
 
+// One copy of the whole block, padding between the rows included.
 void Image::copy_from(const Image& other) {
     if (width != other.width || height != other.height || stride != other.stride ||
         format != other.format)
