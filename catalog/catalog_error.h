@@ -1,5 +1,5 @@
-// What is wrong with a catalogue or a star database: where, and why. `where` is the file's path, with
-// ", line N" when one line is meant.
+// What is wrong with a catalogue or a star database: where, and why. `where` is the file's path,
+// with ", line N" when one line is meant.
 #pragma once
 
 #include "text/text_error.h"

@@ -8,7 +8,7 @@
 
 namespace velmora {
 
-// A pipe would be waited for, a device has no size: both are refused before they are opened.
+// Opening a pipe would wait for a writer, and a device has no size: both are refused unopened.
 static void check_kind(const std::string& path) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
@@ -20,6 +20,7 @@ static void check_kind(const std::string& path) {
         throw CatalogError(path, "is not a regular file");
 }
 
+// At least a header, and no more records than a reader can count.
 static void check_size(const std::string& path, u64 size) {
     if (size < record_size)
         throw CatalogError(path, "is too short for a star database: " + std::to_string(size) +
@@ -35,21 +36,24 @@ void throw_shortened(const std::string& path) {
 }
 
 OSAPI::fd_t open_star_database(const std::string& path) {
+    // The kind of file is checked before it is opened and again after that.
     check_kind(path);
     OSAPI::FileDescriptor file(
         OSAPI::open_can_fail(path.c_str(), OSAPI::OPEN_READ | OSAPI::OPEN_NOWAIT));
     if (!file.is_open())
         throw CatalogError(path, OSAPI::error_text(errno));
     const OSAPI::FileStamp stamp = OSAPI::get_stamp(file.fd);
-    if (!stamp.is_regular) // it has taken the place of what was looked at
+    if (!stamp.is_regular) // replaced since it was checked
         throw CatalogError(path, "is not a regular file");
     check_size(path, stamp.size);
 
+    // The magic makes it a database.
     unsigned char header[record_size];
     read_star_database(file.fd, path, header, record_size);
     if (version_of_magic(header) == 0)
         throw CatalogError(path, "is not a star database: it begins with neither VELMORA1 nor "
                                  "VELMORA2");
+    // Hand the descriptor over to the caller.
     const OSAPI::fd_t opened = file.fd;
     file.fd = -1;
     return opened;

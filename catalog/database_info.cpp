@@ -24,14 +24,15 @@ void Oddity::add(u64 record) {
         first = record;
 }
 
-// A flux is a float: magnitude 6 comes back as 5.99999998. What is this close below a whole
-// magnitude is meant to be it.
+// A flux is a float, so magnitude 6 may come back as 5.99999998: a magnitude this close below a
+// whole one counts as that.
 static const double magnitude_slack = 1e-6;
 
 static int whole_magnitude(double flux) {
     return int(std::floor(magnitude_of_flux(flux) + magnitude_slack));
 }
 
+// Only a finite distance above 0 is known.
 static void add_distance(DatabaseInfo& info, u64 number, double distance) {
     if (distance <= 0)
         info.distance_unknown.add(number);
@@ -41,7 +42,9 @@ static void add_distance(DatabaseInfo& info, u64 number, double distance) {
     info.distance.add(distance);
 }
 
+// Counts what readers accept but a catalogue should not contain.
 static void add_oddities(DatabaseInfo& info, u64 number, const star& record) {
+    // Version 1 has no distances: whatever is in their bytes is not odd.
     const double distance = info.version == 2 ? record.distance : 0;
     if (std::isnan(record.ra) || std::isnan(record.dec) || std::isnan(record.flux) ||
         std::isnan(distance))
@@ -70,7 +73,7 @@ static void add_star(DatabaseInfo& info, u64 number, const star& record) {
 
 namespace {
 
-// Adds stars in the order of their records.
+// Adds stars in file order; remembers the flux before, of stars whose flux is a number.
 class Inspection {
 public:
     DatabaseInfo info;
@@ -90,7 +93,20 @@ private:
 
 } // namespace
 
-// Read, not mapped: of a file that somebody cuts meanwhile, reading only gives less.
+// Reads the stars, a block of records at a time.
+static void add_stars(Inspection& inspection, OSAPI::fd_t file, const std::string& path) {
+    std::vector<unsigned char> block(record_size * 4096);
+    for (u64 left = inspection.info.stars; left > 0;) {
+        const u64 count = std::min<u64>(left, block.size() / record_size);
+        read_star_database(file, path, block.data(), count * record_size);
+        for (u64 i = 0; i < count; i++)
+            inspection.add(decode_record(&block[i * record_size]));
+        left -= count;
+    }
+}
+
+// By reading, not mapping: if another process shortens the file meanwhile, reading only returns
+// less.
 DatabaseInfo inspect_star_database(const std::string& path) {
     OSAPI::FileDescriptor file(open_star_database(path));
     const OSAPI::FileStamp stamp = OSAPI::get_stamp(file.fd);
@@ -100,19 +116,15 @@ DatabaseInfo inspect_star_database(const std::string& path) {
     OSAPI::lseek(file.fd, 0, SEEK_SET);
     read_star_database(file.fd, path, header, record_size);
 
+    // Version and size from the header and the file.
     Inspection inspection;
     DatabaseInfo& info = inspection.info;
     info.version = version_of_magic(header);
     info.stars = records_in(stamp.size) - 1;
     info.trailing_bytes = stamp.size % record_size;
-    std::vector<unsigned char> block(record_size * 4096);
-    for (u64 left = info.stars; left > 0;) {
-        const u64 count = std::min<u64>(left, block.size() / record_size);
-        read_star_database(file.fd, path, block.data(), count * record_size);
-        for (u64 i = 0; i < count; i++)
-            inspection.add(decode_record(&block[i * record_size]));
-        left -= count;
-    }
+    add_stars(inspection, file.fd, path);
+
+    // The counts are those of no file if it has changed meanwhile.
     if (OSAPI::get_stamp(file.fd) != stamp)
         throw CatalogError(path, "was written to while it was read");
     file.close();
@@ -133,6 +145,7 @@ static std::string range_text(const ValueRange& range) {
     return range.empty() ? "none" : format("%g to %g", range.lowest, range.highest);
 }
 
+// One line for each whole magnitude that has stars.
 static std::string magnitude_table(const DatabaseInfo& info) {
     std::string text = "magnitude        stars\n";
     for (const auto& [magnitude, stars] : info.magnitudes)
@@ -141,6 +154,7 @@ static std::string magnitude_table(const DatabaseInfo& info) {
     return text;
 }
 
+// Empty without an oddity, so that an ordinary database shows none.
 static std::string oddity_text(const char* what, const Oddity& oddity) {
     if (oddity.count == 0)
         return "";
@@ -163,6 +177,7 @@ std::string describe(const DatabaseInfo& info) {
     if (!info.magnitudes.empty())
         text += magnitude_table(info);
 
+    // The oddities, only where there are any.
     text += oddity_text("brighter than the star before", info.out_of_order);
     text += oddity_text("a number that is NaN", info.nan);
     text += oddity_text("a number that is infinite", info.infinite);
@@ -171,8 +186,8 @@ std::string describe(const DatabaseInfo& info) {
     text += oddity_text("flux not above 0", info.dark);
     text += oddity_text("distance unknown", info.distance_unknown);
     if (info.trailing_bytes > 0)
-        text += "odd        bytes behind the last record: " + std::to_string(info.trailing_bytes) +
-                "\n";
+        text +=
+            "odd        bytes after the last record: " + std::to_string(info.trailing_bytes) + "\n";
     return text;
 }
 

@@ -1,9 +1,9 @@
-// What a star database holds, counted star by star, and what is odd about it.
+// The contents of a star database, counted star by star, and what is odd about them.
 //
 // Units:     see stars/starfile.h; magnitudes are -2.5 log10(flux).
 // Shapes:    records are numbered as readers do: the header is 0, the stars are 1 to `stars`.
-// Errors:    as those of catalog/database_file.h, and CatalogError for a database that is written to
-//            while it is read. Odd stars are no error.
+// Errors:    as in catalog/database_file.h, and CatalogError for a database that is written to
+//            while it is read. Odd stars are not errors.
 // Threads:   pure functions of the file and their arguments.
 #pragma once
 
@@ -15,7 +15,7 @@
 
 namespace velmora {
 
-// The finite values seen; empty while lowest > highest.
+// The range of the finite values added; empty while lowest > highest.
 struct ValueRange {
     double lowest = std::numeric_limits<double>::infinity();
     double highest = -std::numeric_limits<double>::infinity();
@@ -24,7 +24,7 @@ struct ValueRange {
     void add(double value);
 };
 
-// How many records share an oddity, and the number of the first one; 0 when there is none.
+// How many records share an oddity, and the number of the first; 0 when there is none.
 struct Oddity {
     u64 count = 0;
     u64 first = 0;
@@ -35,15 +35,15 @@ struct Oddity {
 struct DatabaseInfo {
     int version = 0;
     u64 stars = 0;
-    u64 trailing_bytes = 0; // behind the last whole record; readers ignore them
+    u64 trailing_bytes = 0; // after the last whole record; readers ignore them
 
     ValueRange ra, dec, flux;
     ValueRange distance;           // of the stars whose distance is known
-    u64 known_distances = 0;       // finite and above 0; none in version 1, where it is never read
+    u64 known_distances = 0;       // finite and above 0; none in version 1, which has no distances
     std::map<int, u64> magnitudes; // stars of magnitude [key, key + 1), those of finite flux > 0
 
     Oddity out_of_order;     // brighter than the star before
-    Oddity nan, infinite;    // some field that is read is so
+    Oddity nan, infinite;    // in any field that readers use
     Oddity ra_outside;       // [0, 360)
     Oddity dec_outside;      // [-90, 90]
     Oddity dark;             // flux <= 0
@@ -55,7 +55,7 @@ struct DatabaseInfo {
 // Reads the whole database at `path`.
 DatabaseInfo inspect_star_database(const std::string& path);
 
-// Tells it as lines of text, each ended by a newline.
+// Formats it as lines of text, each ended by a newline.
 std::string describe(const DatabaseInfo& info);
 
 } // namespace velmora

@@ -9,6 +9,7 @@ static_assert(std::numeric_limits<double>::is_iec559 && sizeof(double) == 8 &&
                   std::numeric_limits<float>::is_iec559 && sizeof(float) == 4,
               "numbers have the file's form");
 
+// Writes a number's bits, least significant byte first.
 template <class Bits, class Number>
 static void put(Number number, unsigned char* bytes) {
     static_assert(sizeof(Bits) == sizeof(Number), "as many bits as the number has");
@@ -18,6 +19,7 @@ static void put(Number number, unsigned char* bytes) {
         bytes[i] = static_cast<unsigned char>(bits >> (8 * i));
 }
 
+// Reads what put() wrote; every pattern of bits is a number.
 template <class Bits, class Number>
 static void get(const unsigned char* bytes, Number& number) {
     static_assert(sizeof(Bits) == sizeof(Number), "as many bits as the number has");

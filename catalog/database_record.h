@@ -8,8 +8,9 @@
 //             16  f32      flux
 //
 // Units:     see stars/starfile.h.
-// Shapes:    numbers are IEEE 754, least significant byte first. They are put together and taken
-//            apart byte by byte here, so the host's byte order does not matter.
+// Shapes:    numbers are IEEE 754, least significant byte first. They are encoded and decoded byte
+//            by byte, so the machine's byte order does not matter.
+// Errors:    none; decoding accepts any bytes.
 // Threads:   pure functions of their arguments.
 #pragma once
 
@@ -20,7 +21,7 @@ namespace velmora {
 
 const uword record_size = sizeof(star); // bytes, also of the header
 
-// Writes `record_size` bytes.
+// Write `record_size` bytes.
 void encode_header(unsigned char* bytes);
 void encode_record(const star& record, unsigned char* bytes);
 

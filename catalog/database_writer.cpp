@@ -14,6 +14,7 @@ void check_star_count(const std::string& path, u64 stars) {
                                      std::to_string(most_stars));
 }
 
+// The name of the first field that is infinite or NaN, or null.
 static const char* field_that_is_not_finite(const star& record) {
     if (!std::isfinite(record.ra))
         return "ra";
@@ -31,6 +32,7 @@ static void check_fields(const std::string& path, const std::vector<star>& stars
                                          " is not finite");
 }
 
+// The header and the records, in blocks large enough to make few calls.
 static void write_records(OSAPI::fd_t fd, const std::vector<star>& stars) {
     const uword block_size = 4096 * record_size;
     std::vector<unsigned char> block(record_size);
@@ -47,6 +49,8 @@ static void write_records(OSAPI::fd_t fd, const std::vector<star>& stars) {
 }
 
 void write_star_database(const std::string& path, std::vector<star> stars) {
+    // Check everything before the first byte is written, then sort; stable, so that the same stars
+    // always give the same file.
     check_star_count(path, stars.size());
     check_fields(path, stars);
     std::stable_sort(stars.begin(), stars.end(),

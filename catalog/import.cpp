@@ -9,6 +9,7 @@
 namespace velmora {
 
 void import_catalog(const std::string& path, ImportedStars& stars) {
+    // The reader decides the format; from here on every catalogue is the same.
     const std::unique_ptr<StarReader> reader = open_catalog(path);
     CatalogStar row;
     while (reader->next(row)) {

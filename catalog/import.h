@@ -1,4 +1,4 @@
-// Reads whole catalogues, in any format that we know, into the records of one database.
+// Reading whole catalogues, in any supported format, into the records of one database.
 //
 // Errors:    throws CatalogError naming the file and what is wrong in it, StrXception when the
 //            system refuses; the stars read before that have been added.

@@ -16,6 +16,7 @@ double magnitude_of_flux(double flux) {
     return -2.5 * std::log10(flux);
 }
 
+// Ballesteros' formula, within the range of B-V.
 double temperature_of_bv(double bv) {
     const double b = 0.92 * std::clamp(bv, bluest_bv, reddest_bv);
     return 4600 * (1 / (b + 1.7) + 1 / (b + 0.62));
@@ -25,7 +26,7 @@ struct Xyz {
     double x, y, z;
 };
 
-// A bell that is `left` wide below its centre and `right` wide above it.
+// A Gaussian lobe with the standard deviation `left` below its centre and `right` above it.
 static double lobe(double nm, double center, double left, double right) {
     const double t = (nm - center) / (nm < center ? left : right);
     return std::exp(-0.5 * t * t);
@@ -49,6 +50,7 @@ static const int shortest_nm = 360;
 static const int step_nm = 5;
 static const int sample_count = 95; // up to 830 nm
 
+// The observer at the sampled wavelengths, computed once.
 static std::array<Xyz, sample_count> sampled_color_matching() {
     std::array<Xyz, sample_count> samples;
     for (int i = 0; i < sample_count; i++)
@@ -56,6 +58,7 @@ static std::array<Xyz, sample_count> sampled_color_matching() {
     return samples;
 }
 
+// The spectrum times the observer's sensitivity, summed over the samples.
 static Xyz xyz_of_black_body(double kelvin) {
     static const std::array<Xyz, sample_count> matching = sampled_color_matching();
     Xyz sum = {0, 0, 0};
@@ -68,6 +71,7 @@ static Xyz xyz_of_black_body(double kelvin) {
     return sum;
 }
 
+// A linear channel in [0, 1], encoded and rounded.
 static unsigned char srgb_byte(double linear) {
     return static_cast<unsigned char>(std::lround(255 * srgb_of_linear(linear)));
 }
@@ -75,11 +79,12 @@ static unsigned char srgb_byte(double linear) {
 ColorBytes color_of_temperature(double kelvin) {
     const Xyz c = xyz_of_black_body(std::clamp(kelvin, coolest, hottest));
 
-    // To linear sRGB with its D65 white; what lies outside its triangle is clipped to the edge.
+    // To linear sRGB with its D65 white; colours outside its gamut are clipped to its edge.
     const double red = std::max(0.0, 3.2406 * c.x - 1.5372 * c.y - 0.4986 * c.z);
     const double green = std::max(0.0, -0.9689 * c.x + 1.8758 * c.y + 0.0415 * c.z);
     const double blue = std::max(0.0, 0.0557 * c.x - 0.2040 * c.y + 1.0570 * c.z);
 
+    // Scale the brightest channel to 1, then encode: the record's flux carries the brightness.
     const double largest = std::max({red, green, blue});
     return {srgb_byte(red / largest), srgb_byte(green / largest), srgb_byte(blue / largest)};
 }

@@ -1,8 +1,8 @@
 // From catalogue magnitudes and colour indices to a record's flux and colour bytes, and back.
 //
 // Units:     V and B-V in Johnson magnitudes, flux linear with V = 0 at 1, temperatures in kelvin.
-// Errors:    none. Where a formula ends, the nearest value that it has is taken, as said below; no
-//            argument may be NaN.
+// Errors:    none. Outside a formula's range the nearest end of the range is used, as said below.
+//            REQUIRES: no argument is NaN.
 // Threads:   pure functions of their arguments.
 // Accuracy:  for magnitudes in [-90, 90] the flux is exact to 2e-14 of itself, the magnitude to
 //            4e-14. A colour byte is at most 1 from what a finer sampling of the spectrum gives.
@@ -13,19 +13,18 @@
 
 namespace velmora {
 
-// Gives 10^(-0.4 v): 1 for magnitude 0, and 100 times less for every 5 magnitudes more.
+// 10^(-0.4 v): 1 for magnitude 0, and 100 times less for every 5 magnitudes more.
 double flux_of_magnitude(double v);
 
-// Undoes flux_of_magnitude; `flux` must be above 0.
+// The inverse of flux_of_magnitude. REQUIRES: flux > 0.
 double magnitude_of_flux(double flux);
 
-// Where the colour index ends: outside it measures noise, and the formula has its pole at -0.67.
+// The range of colour indices: values outside are noise, and the formula has its pole at -0.67.
 const double bluest_bv = -0.4;
 const double reddest_bv = 3.0;
 
-// The temperature of the black body that shows this B-V, taken at the nearer end of
-// [bluest_bv, reddest_bv] when outside. It says what the star looks like: a hot star's effective
-// temperature is far higher.
+// The temperature of the black body with this B-V, which is clamped to [bluest_bv, reddest_bv]. It
+// describes the star's colour: a hot star's effective temperature is far higher.
 double temperature_of_bv(double bv);
 
 // sRGB-encoded bytes, brightest channel 255: they carry the hue, the flux carries the brightness.
@@ -36,11 +35,12 @@ struct ColorBytes {
 // A star of unknown colour is white.
 const ColorBytes unknown_color = {255, 255, 255};
 
-// The ends of what color_of_temperature tells apart: below, every black body is pure red in sRGB.
+// The range that color_of_temperature distinguishes: below it, every black body is pure red in
+// sRGB.
 const double coolest = 500;
 const double hottest = 1e6;
 
-// The colour of a black body, taken at the nearer end of [coolest, hottest] when outside.
+// The colour of a black body, whose temperature is clamped to [coolest, hottest].
 ColorBytes color_of_temperature(double kelvin);
 
 // color_of_temperature of temperature_of_bv.

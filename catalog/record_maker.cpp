@@ -6,6 +6,7 @@
 
 namespace velmora {
 
+// The parallax must be positive and known well enough, and its inverse finite.
 double distance_of_parallax(std::optional<double> plx, std::optional<double> e_plx) {
     if (!plx || !(*plx > 0) || (e_plx && *e_plx / *plx >= largest_parallax_error))
         return 0;
@@ -14,6 +15,7 @@ double distance_of_parallax(std::optional<double> plx, std::optional<double> e_p
 }
 
 star record_of(const CatalogStar& row) {
+    // Photometry gives the flux and the colour, the parallax the distance; places are taken over.
     const ColorBytes color = row.bv ? color_of_bv(*row.bv) : unknown_color;
     star record;
     record.ra = row.ra;

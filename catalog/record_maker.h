@@ -16,11 +16,12 @@ namespace velmora {
 // noisy a number is biased.
 const double largest_parallax_error = 0.2;
 
-// 1000 / plx, or 0, which is unknown, without a parallax above 0 that is known well enough. A
-// missing error is taken for a small one.
+// 1000 / plx, or 0 for unknown, unless the parallax is above 0 and known well enough. A missing
+// standard error is taken to be small.
 double distance_of_parallax(std::optional<double> plx, std::optional<double> e_plx);
 
-// The star's record: flux from vmag, colour from bv (white without), distance from plx and e_plx.
+// The star's record: flux from vmag, colour from bv (white without it), distance from plx and
+// e_plx.
 star record_of(const CatalogStar& row);
 
 } // namespace velmora

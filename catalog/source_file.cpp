@@ -27,12 +27,13 @@ std::string_view SourceFile::unread() const {
     return std::string_view(buffer.data() + begin, end - begin);
 }
 
-// Reads more behind the unread bytes, which move to the front; false at the end of the file.
+// Reads more bytes after the unread ones, which move to the front; false at the end of the file.
 bool SourceFile::fill() {
     memmove(buffer.data(), buffer.data() + begin, end - begin);
     end -= begin;
     begin = 0;
 
+    // An error is one about the file, with the last line that came out whole.
     try {
         const uword count = file.read(buffer.data() + end, buffer.size() - end);
         end += count;
@@ -49,9 +50,10 @@ std::string_view SourceFile::head() {
     return unread().substr(0, longest_line);
 }
 
-// The offset among the unread bytes where the next line's LF stands or the file ends; the offset
-// of some byte too far when the line is too long.
+// The offset, among the unread bytes, of the next line's LF or of the end of the file; an offset
+// beyond the longest line when the line is too long.
 uword SourceFile::find_line_end() {
+    // Search only what was not searched before, and read more until there is a line.
     uword searched = 0;
     for (;;) {
         const uword found = unread().find('\n', searched);
@@ -69,6 +71,7 @@ bool SourceFile::next_line(std::string_view& line) {
         return false;
     line_number++;
 
+    // The line without CR and LF.
     std::string_view taken = unread().substr(0, length);
     if (!taken.empty() && taken.back() == '\r')
         taken.remove_suffix(1);
@@ -77,6 +80,7 @@ bool SourceFile::next_line(std::string_view& line) {
     if (taken.find('\0') != std::string_view::npos)
         fail_line("holds a NUL byte");
 
+    // Consume its end with it, if it has one.
     line = taken;
     begin = length < unread().size() ? begin + length + 1 : end;
     return true;

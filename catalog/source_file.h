@@ -1,9 +1,8 @@
-// A catalogue file read as lines of text, packed with gzip or plain: its first bytes tell which.
+// A catalogue file read as lines of text, plain or compressed with gzip, whatever its name.
 //
 // Shapes:    a line ends in LF or CRLF and has at most `longest_line` bytes before that; the last
-//            one may end with the file. Pipes can be read too: nothing is read twice.
-// Errors:    throws CatalogError for what is wrong in the file, StrXception when the system does
-//            not open it.
+//            one may end with the file. Nothing is read twice, so pipes can be read too.
+// Errors:    throws CatalogError for an error in the file, StrXception when it cannot be opened.
 // Threads:   one object belongs to one thread at a time.
 #pragma once
 
@@ -22,15 +21,15 @@ public:
 
     explicit SourceFile(const std::string& path);
 
-    // The first bytes, unpacked, at most `longest_line` of them: what kind of file it is can be
-    // seen there. To be asked before the first line is taken; takes nothing.
+    // The first bytes, unpacked, at most `longest_line` of them, from which the kind of file can be
+    // recognised. Consumes nothing. REQUIRES: no line has been taken.
     std::string_view head();
 
-    // Takes the next line, without its end; false behind the last. `line` is valid until the next
+    // Takes the next line, without its end; false after the last. `line` is valid until the next
     // call.
     bool next_line(std::string_view& line);
 
-    // Throws a CatalogError about the file, or about the line that was taken last.
+    // Throw a CatalogError about the file, and about the line that was taken last.
     [[noreturn]] void fail(const std::string& why) const;
     [[noreturn]] void fail_line(const std::string& why) const;
 
@@ -38,8 +37,8 @@ private:
     std::string path;
     UnpackedFile file;
     std::vector<char> buffer;
-    uword begin, end; // of the bytes in `buffer` that no line has taken
-    u64 line_number;  // of the line that was taken last, the first being 1
+    uword begin, end; // the bytes of `buffer` that are not taken yet
+    u64 line_number;  // of the line taken last, counted from 1
 
     std::string_view unread() const;
     bool fill();

@@ -19,7 +19,7 @@ void UnpackedFile::Ender::operator()(z_stream_s* stream) const {
 UnpackedFile::UnpackedFile(const std::string& path)
     : file(OSAPI::open(path.c_str(), OSAPI::OPEN_READ)), block(block_size) {}
 
-// Reads more behind what is still to go, which moves to the front; false at the end of the file.
+// Reads more bytes after the unused ones, which move to the front; false at the end of the file.
 bool UnpackedFile::refill() {
     std::copy(block.begin() + sword(begin), block.begin() + sword(end), block.begin());
     end -= begin;
@@ -32,6 +32,7 @@ bool UnpackedFile::refill() {
     return count > 0;
 }
 
+// The two bytes with which gzip begins decide; a shorter file is plain.
 void UnpackedFile::recognise() {
     while (end - begin < 2 && refill()) {
     }
@@ -43,7 +44,7 @@ void UnpackedFile::recognise() {
     unpacking.reset(stream.release());
 }
 
-// Goes over the zeros after a member and says whether another one follows.
+// Skips the zeros after a member, and returns whether another one follows.
 bool UnpackedFile::begin_member() {
     bool padded = false;
     do {
@@ -52,6 +53,7 @@ bool UnpackedFile::begin_member() {
     } while (begin == end && refill());
     if (begin == end)
         return false;
+    // After zeros nothing else may follow.
     if (padded)
         throw UnpackError("the gzip data are damaged");
     inflateReset(unpacking.get());
@@ -62,11 +64,14 @@ uword UnpackedFile::unpack(char* out, uword room) {
     z_stream& stream = *unpacking;
     stream.next_out = reinterpret_cast<Bytef*>(out);
     stream.avail_out = uInt(room);
+    // Until at least one byte has come out.
     while (stream.avail_out == room) {
         if (between_members && !begin_member())
             return 0;
         if (begin == end && !refill())
             throw UnpackError("the gzip data end too early");
+
+        // Unpack what is in the block; zlib says how much it used.
         stream.next_in = block.data() + begin;
         stream.avail_in = uInt(end - begin);
         const int status = inflate(&stream, Z_NO_FLUSH);
@@ -81,6 +86,7 @@ uword UnpackedFile::unpack(char* out, uword room) {
 }
 
 uword UnpackedFile::read(char* out, uword room) {
+    // The first call finds out what kind of file it is.
     if (!recognised)
         recognise();
     recognised = true;
@@ -88,6 +94,7 @@ uword UnpackedFile::read(char* out, uword room) {
         return unpack(out, room);
     if (begin == end && !refill())
         return 0;
+    // A plain file: hand out what is in the block.
     const uword count = std::min(room, end - begin);
     memcpy(out, block.data() + begin, count);
     begin += count;

@@ -1,10 +1,10 @@
-// The bytes of a file, unpacked where they are packed with gzip: the first two bytes tell.
+// The bytes of a file, unpacked if its first two bytes say that it is compressed with gzip.
 //
-// Shapes:    several gzip members one after the other are one text; zeros may follow the last, as on
-//            tapes, and nothing else. Pipes can be read too: nothing is read twice.
-// Errors:    UnpackError for what is wrong in the data or when the system does not read them,
-//            StrXception when it does not open or close the file, std::bad_alloc. The bytes are all
-//            there or it is an error.
+// Shapes:    the members of a gzip file are joined into one text; zeros may follow the last, as on
+//            tapes, and nothing else. Nothing is read twice, so pipes can be read too.
+// Errors:    UnpackError for damaged or incomplete data and when reading fails, StrXception when
+//            the file cannot be opened, std::bad_alloc. An end that is not reported is the true
+//            end.
 // Threads:   one object belongs to one thread at a time.
 #pragma once
 
@@ -28,7 +28,7 @@ class UnpackedFile {
 public:
     explicit UnpackedFile(const std::string& path);
 
-    // Up to `room` bytes, which is above 0; gives how many, 0 only at the end.
+    // Reads up to `room` bytes and returns how many; 0 only at the end. REQUIRES: room > 0.
     uword read(char* out, uword room);
 
 private:
@@ -37,9 +37,9 @@ private:
     };
 
     OSAPI::FileDescriptor file;
-    std::vector<unsigned char> block;             // as the file has it
-    uword begin = 0, end = 0;                     // of the bytes in `block` that are still to go
-    std::unique_ptr<z_stream_s, Ender> unpacking; // null for plain bytes
+    std::vector<unsigned char> block;             // bytes of the file, not unpacked
+    uword begin = 0, end = 0;                     // the bytes of `block` that are not used yet
+    std::unique_ptr<z_stream_s, Ender> unpacking; // null for a plain file
     bool recognised = false, between_members = false;
 
     bool refill();

@@ -11,7 +11,7 @@ namespace velmora {
 namespace {
 
 struct Format {
-    const char* description; // of its files, in the plural, and how to recognise one
+    const char* description; // its files, in the plural, and how to recognise one
     bool (*recognises)(std::string_view head);
     std::unique_ptr<StarReader> (*open)(std::unique_ptr<SourceFile> file);
 };
@@ -23,6 +23,7 @@ static std::unique_ptr<StarReader> open_as(std::unique_ptr<SourceFile> file) {
     return std::make_unique<Reader>(std::move(file));
 }
 
+// The first format that recognises a file reads it.
 static const Format formats[] = {
     {"star tables, which begin with the line \"hip,ra,dec,vmag,bv,plx,e_plx,name\"",
      StarTable::recognises, open_as<StarTable>},
@@ -31,7 +32,7 @@ static const Format formats[] = {
 static std::string list_of_formats() {
     std::string list;
     for (const Format& format : formats)
-        list += (list.empty() ? "" : ", or ") + std::string(format.description);
+        list += (list.empty() ? "" : ", and ") + std::string(format.description);
     return list;
 }
 
@@ -43,7 +44,7 @@ std::unique_ptr<StarReader> open_catalog(const std::string& path) {
     for (const Format& format : formats)
         if (format.recognises(head))
             return format.open(std::move(file));
-    file->fail("the kind of file is unknown: read are " + list_of_formats());
+    file->fail("the kind of file is unknown; supported are " + list_of_formats());
 }
 
 } // namespace velmora

@@ -1,6 +1,9 @@
-// The formats of catalogue that can be read; a file's first bytes decide which of them it is in.
+// Opening a catalogue in any format that can be read; its first bytes decide which one it is.
 //
-// A new format is one file in this folder and one entry in formats.cpp.
+// A new format is a file in this folder and an entry in the list in formats.cpp.
+//
+// Errors:    throws CatalogError and StrXception, see catalog/reader.h.
+// Threads:   no shared state.
 #pragma once
 
 #include "catalog/reader.h"
@@ -10,8 +13,7 @@
 
 namespace velmora {
 
-// Opens the catalogue at `path`. Throws CatalogError for an empty file and for one in no known
-// format, and what its reader throws.
+// Opens the catalogue at `path`. An empty file and one in no known format are errors.
 std::unique_ptr<StarReader> open_catalog(const std::string& path);
 
 } // namespace velmora

@@ -9,14 +9,17 @@
 namespace velmora {
 
 static const std::string_view header = "hip,ra,dec,vmag,bv,plx,e_plx,name";
-static const std::string_view header_start = "hip,ra,dec,";
+static const std::string_view header_start = "hip,ra,dec,"; // recognises a table, even a faulty one
 
+// The columns, in the header's order.
 enum { HIP, RA, DEC, VMAG, BV, PLX, E_PLX, NAME, COLUMN_COUNT };
 static const char* const column_names[COLUMN_COUNT] = {"hip", "ra",  "dec",   "vmag",
                                                        "bv",  "plx", "e_plx", "name"};
 
-// Takes the quoted field that `rest` begins with, quotes undone; false when no quote ends it.
+// Moves the quoted field that `rest` begins with to `field`, unquoted; false without a closing
+// quote.
 static bool take_quoted(std::string_view& rest, std::string& field) {
+    // Up to a quote that is not doubled.
     rest.remove_prefix(1);
     for (;;) {
         const uword quote = rest.find('"');
@@ -31,8 +34,9 @@ static bool take_quoted(std::string_view& rest, std::string& field) {
     }
 }
 
-// Splits a line at its commas; gives what is wrong with it, or null.
+// Splits a line at its commas; returns what is wrong with it, or null.
 static const char* split(std::string_view rest, std::vector<std::string>& fields) {
+    // A field, quoted or up to the next comma, until a field ends the line.
     fields.clear();
     for (;;) {
         std::string& field = fields.emplace_back();
@@ -40,7 +44,7 @@ static const char* split(std::string_view rest, std::vector<std::string>& fields
             if (!take_quoted(rest, field))
                 return "a quoted field does not end";
             if (!rest.empty() && rest[0] != ',')
-                return "text stands behind a quoted field";
+                return "text follows a quoted field";
         } else {
             field = rest.substr(0, rest.find(','));
             rest.remove_prefix(field.size());
@@ -64,6 +68,7 @@ StarTable::StarTable(std::unique_ptr<SourceFile> opened) : file(std::move(opened
 }
 
 bool StarTable::next(CatalogStar& row) {
+    // A line, split into exactly as many fields as there are columns.
     std::string_view line;
     if (!file->next_line(line))
         return false;
@@ -73,6 +78,7 @@ bool StarTable::next(CatalogStar& row) {
         file->fail_line("the number of columns is " + std::to_string(fields.size()) +
                         " instead of " + std::to_string(COLUMN_COUNT));
 
+    // Each field checked in the order of the columns, so that the first wrong one is reported.
     row.hip = hip_number();
     row.ra = number(RA);
     if (row.ra < 0 || row.ra >= 360)
@@ -92,6 +98,7 @@ bool StarTable::next(CatalogStar& row) {
     return true;
 }
 
+// Shows the field as it is in the file, so that it can be searched for.
 void StarTable::fail_field(int column, const std::string& why) const {
     file->fail_line(std::string(column_names[column]) + " " + in_quotes(fields[column]) + " " +
                     why);
@@ -104,6 +111,7 @@ int StarTable::hip_number() const {
     return hip;
 }
 
+// A catalogue has gaps but no infinities: a missing, malformed or infinite number is an error.
 double StarTable::number(int column) const {
     double value = 0;
     if (fields[column].empty())

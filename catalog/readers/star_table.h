@@ -1,4 +1,5 @@
-// The star table that we bundle: one line of comma-separated values a star, under a header line.
+// The format of our bundled star table: a header line, then comma-separated values, a line per
+// star.
 //
 //     hip,ra,dec,vmag,bv,plx,e_plx,name
 //     32349,101.28716,-16.71612,-1.44,0.009,379.21,1.58,Sirius
@@ -9,8 +10,9 @@
 //     vmag   V, in ±`largest_magnitude`         name   any text, may be empty
 //
 // Units:     ra and dec in degrees (J2000), vmag and bv in magnitudes, plx and e_plx in
-//            milliarcseconds; distances in parsec.
-// Shapes:    a field may stand in double quotes, with "" for a quote inside; it ends with its line.
+//            milliarcseconds.
+// Shapes:    a field may be in double quotes, with "" for a quote inside; it cannot contain a line
+//            end.
 // Errors:    throws CatalogError naming the file, the line, the field and what is wrong with it.
 // Threads:   one reader belongs to one thread at a time.
 #pragma once
@@ -28,10 +30,10 @@ namespace velmora {
 
 class StarTable : public StarReader {
 public:
-    // Whether a file that begins with `head` means to be such a table.
+    // Whether a file that begins with `head` is meant to be such a table.
     static bool recognises(std::string_view head);
 
-    // Takes the header from `opened`, of which no line has been taken.
+    // Reads the header. REQUIRES: no line of `opened` has been taken.
     explicit StarTable(std::unique_ptr<SourceFile> opened);
 
     bool next(CatalogStar& row) override;

@@ -40,7 +40,7 @@ static star with_distance(double distance) {
     return record;
 }
 
-// A database as it stands, in the order given and with nothing refused.
+// The bytes of a database with these stars, in this order and unchecked.
 static std::string bytes_of(const std::string& magic, const std::vector<star>& stars) {
     std::string bytes = magic + std::string(24, '\0');
     for (const star& record : stars) {
@@ -56,7 +56,8 @@ static DatabaseInfo info_of(const std::vector<star>& stars, const std::string& m
     return inspect_star_database(folder.write("sky", bytes_of(magic, stars)));
 }
 
-// Somebody cuts the file after it was opened: reading it says so, mapped it would end the process.
+// A file that is shortened after it was opened: reading reports it, a mapping would end the
+// process.
 TEST(DatabaseInfo, OfADatabaseThatGetsShorterIsRefused) {
     const ScratchFolder folder;
     const std::string path = folder.write("sky", bytes_of("VELMORA2", std::vector<star>(3, plain)));
@@ -149,7 +150,7 @@ TEST(DatabaseInfo, ComparesStarsAcrossOneWithoutFlux) {
                   3);
 }
 
-TEST(DatabaseInfo, FindsNumbersThatAreNone) {
+TEST(DatabaseInfo, FindsNaNs) {
     const DatabaseInfo info =
         info_of({plain, with_ra(not_a_number), with_dec(not_a_number), with_flux(not_a_number),
                  with_distance(not_a_number), plain});
@@ -194,7 +195,7 @@ TEST(DatabaseInfo, FindsUnknownDistances) {
     EXPECT_EQ(info.known_distances, 1u);
 }
 
-TEST(DatabaseInfo, CountsTheBytesBehindTheLastRecord) {
+TEST(DatabaseInfo, CountsTheBytesAfterTheLastRecord) {
     const ScratchFolder folder;
     const std::string whole = bytes_of("VELMORA2", {plain});
     for (uword extra = 0; extra < record_size; extra++) {
@@ -205,7 +206,7 @@ TEST(DatabaseInfo, CountsTheBytesBehindTheLastRecord) {
     }
 }
 
-TEST(DatabaseInfo, RefusesWhatIsNoDatabase) {
+TEST(DatabaseInfo, RefusesOtherFiles) {
     const ScratchFolder folder;
     const auto error = [](const std::string& path) {
         return catalog_error_of([&] { inspect_star_database(path); });
@@ -224,7 +225,7 @@ TEST(DatabaseInfo, RefusesWhatIsNoDatabase) {
     EXPECT_EQ(error(none), none + ": No such file or directory");
 }
 
-TEST(DatabaseInfoText, TellsAllOfAnOrdinaryDatabase) {
+TEST(DatabaseInfoText, DescribesAnOrdinaryDatabase) {
     // Magnitudes -0.75, 0 and 5.
     const DatabaseInfo info = info_of({{350.5, 45, 2, 0, 0, 0, 0, 7.5},
                                        {10, -20, 1, 0, 0, 0, 0, 0},
@@ -243,7 +244,7 @@ TEST(DatabaseInfoText, TellsAllOfAnOrdinaryDatabase) {
                               "odd        distance unknown: 1, first in record 2\n");
 }
 
-TEST(DatabaseInfoText, TellsOfAHeaderAlone) {
+TEST(DatabaseInfoText, DescribesAHeaderAlone) {
     EXPECT_EQ(describe(info_of({}, "VELMORA1")), "version    1\n"
                                                  "stars      0\n"
                                                  "ra         none\n"
@@ -253,7 +254,7 @@ TEST(DatabaseInfoText, TellsOfAHeaderAlone) {
                                                  "order      brightest first\n");
 }
 
-TEST(DatabaseInfoText, TellsEveryOddity) {
+TEST(DatabaseInfoText, NamesEveryOddity) {
     const ScratchFolder folder;
     const std::string path =
         folder.write("sky", bytes_of("VELMORA2", {{-1, 91, -3, 0, 0, 0, 0, 0},
@@ -277,7 +278,7 @@ TEST(DatabaseInfoText, TellsEveryOddity) {
               "odd        dec outside [-90, 90]: 1, first in record 1\n"
               "odd        flux not above 0: 1, first in record 1\n"
               "odd        distance unknown: 1, first in record 1\n"
-              "odd        bytes behind the last record: 3\n");
+              "odd        bytes after the last record: 3\n");
 }
 
 } // namespace velmora

@@ -37,7 +37,7 @@ TEST(SourceFileFailure, AShortOrInterruptedReadIsNoEnd) {
     }
 }
 
-TEST(SourceFileFailure, AFailingReadIsTold) {
+TEST(SourceFileFailure, AFailingReadIsReported) {
     const ScratchFolder folder;
     for (const std::string& bytes : {text, gzip(text)}) {
         const std::string path = folder.write("stars.csv", bytes);

@@ -170,7 +170,7 @@ TEST(SourceFile, LetsZerosFollowGzipData) {
             << zeros;
 }
 
-TEST(SourceFile, TellsAfterWhichLineGzipDataEnd) {
+TEST(SourceFile, SaysAfterWhichLineGzipDataEnd) {
     const ScratchFolder folder;
     std::string text;
     for (u32 i = 0, noise = 1; i < 100000; i++, noise = noise * 1664525 + 1013904223)
@@ -191,7 +191,7 @@ TEST(SourceFile, RefusesFoldersAndWhatIsNotThere) {
 }
 
 // Address 0 of this process's own memory cannot be read.
-TEST(SourceFile, TellsWhenTheSystemCannotRead) {
+TEST(SourceFile, ReportsThatTheSystemCannotRead) {
     EXPECT_EQ(catalog_error_of([] { SourceFile("/proc/self/mem").head(); }),
               "/proc/self/mem: reading: Input/output error");
 }

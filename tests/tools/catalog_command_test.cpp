@@ -126,8 +126,9 @@ TEST_F(CatalogCommand, RefusesFilesOfAnUnknownKind) {
          {std::string("id,hip,hd\n"), std::string(10000, '\0'), std::string("VELMORA2")}) {
         const std::string source = folder.write("s", bytes);
         expect_failure({"import", source, "-o", sky}, EXIT_FAILED,
-                       source + ": the kind of file is unknown: read are star tables, which begin "
-                                "with the line \"hip,ra,dec,vmag,bv,plx,e_plx,name\"");
+                       source +
+                           ": the kind of file is unknown; supported are star tables, which begin "
+                           "with the line \"hip,ra,dec,vmag,bv,plx,e_plx,name\"");
     }
     EXPECT_EQ(folder.names(), Words{"s"});
 }

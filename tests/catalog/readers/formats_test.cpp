@@ -32,8 +32,8 @@ TEST(OpenCatalog, NamesWhatItReadsWhenTheFormatIsUnknown) {
     const ScratchFolder folder;
     const std::string path = folder.write("stars.csv", "id,hip,hd,hr\n1,2,3,4\n");
     EXPECT_EQ(catalog_error_of([&] { open_catalog(path); }),
-              path + ": the kind of file is unknown: read are star tables, which begin with the "
-                     "line \"hip,ra,dec,vmag,bv,plx,e_plx,name\"");
+              path + ": the kind of file is unknown; supported are star tables, which begin "
+                     "with the line \"hip,ra,dec,vmag,bv,plx,e_plx,name\"");
 }
 
 } // namespace velmora

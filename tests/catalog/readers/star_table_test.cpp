@@ -137,7 +137,7 @@ TEST(StarTable, NamesWhatIsWrongInALine) {
         {"1,2,3,4,,5,-0.1,", "e_plx '-0.1' is negative"},
         {"1,2,3,4,,,,\"Vega", "a quoted field does not end"},
         {"1,2,3,4,,,,\"Vega\"\"", "a quoted field does not end"},
-        {"1,2,3,4,,,,\"Vega\" star", "text stands behind a quoted field"},
+        {"1,2,3,4,,,,\"Vega\" star", "text follows a quoted field"},
     };
     for (const WrongLine& row : table)
         EXPECT_EQ(error_in_line(row.line), row.error);
