@@ -19,7 +19,7 @@ Allocator* active = nullptr;
 // The lists have room from the start, so that writing a call down makes none.
 Allocator::Allocator()
     : prints(0), refused_call(0), refused_for_good(false), largest(SIZE_MAX),
-      largest_real(SIZE_MAX), calls(0), misprinted(0), misprint_result(-1), left_behind(nullptr) {
+      largest_real(SIZE_MAX), calls(0), misprinted(0), misprint_result(-1), left_over(nullptr) {
     mallocs.reserve(1000);
     reallocs.reserve(1000);
     active = this;
@@ -27,7 +27,7 @@ Allocator::Allocator()
 
 Allocator::~Allocator() {
     active = nullptr;
-    __real_free(left_behind);
+    __real_free(left_over);
 }
 
 void Allocator::refuse(int n, bool for_good) {
@@ -61,7 +61,7 @@ void* Allocator::answer(void* block, std::size_t bytes, bool reallocating) {
         return reallocating ? __real_realloc(block, bytes) : __real_malloc(bytes);
     }
     if (block)
-        left_behind = block;
+        left_over = block;
     return nullptr;
 }
 
@@ -72,8 +72,8 @@ bool Allocator::misprints(int& result) {
 }
 
 void Allocator::freed(void* block) {
-    if (block == left_behind)
-        left_behind = nullptr;
+    if (block == left_over)
+        left_over = nullptr;
 }
 
 extern "C" {

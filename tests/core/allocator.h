@@ -8,19 +8,19 @@
 class Allocator {
 public:
     Allocator();  // starts to write calls down
-    ~Allocator(); // stops, and frees the block that a refused realloc left behind
+    ~Allocator(); // stops, and frees the block that a refused realloc left
 
     Allocator(const Allocator&) = delete;
     Allocator& operator=(const Allocator&) = delete;
 
-    // The `n`th call from now on finds no memory, counted from 1; `for_good`: and all behind it.
+    // The `n`th call from now on finds no memory, counted from 1; `for_good`: and all after it.
     void refuse(int n, bool for_good = false);
 
     // Calls asking for more than `bytes` find no memory.
     void refuse_above(std::size_t bytes);
 
     // A realloc to more than `bytes` hands its block back as it is, for sizes that no machine has;
-    // nothing may be written behind what was there.
+    // nothing may be written after what was there.
     void pretend_above(std::size_t bytes);
 
     // The next `n` calls of vsnprintf report `result`: -1, as old ones did for a text that does not
@@ -43,5 +43,5 @@ private:
     int calls;
     int misprinted;
     int misprint_result;
-    void* left_behind;
+    void* left_over;
 };

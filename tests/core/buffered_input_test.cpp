@@ -47,7 +47,7 @@ const char in_unread[] = " in <void BufferedInput::unread(char)> (io:LINE)";
 
 // ---- The interface ---------------------------------------------------------------------------
 
-// The functions of the table stand one behind the other: both destructors, then these.
+// The functions follow one another in the table: both destructors, then these.
 TEST(Input, HoldsItsFunctionsInOrder) {
     auto* source = new MemoryInput("abc");
     Input* input = source;
@@ -78,7 +78,7 @@ TEST(BufferedInput, LeavesItsSourceAloneUntilItIsRead) {
     source.position = 2;
     {
         const BufferedInput input(source, 16);
-        EXPECT_EQ(input.curpos(), 0) << "positions count from where the source stood";
+        EXPECT_EQ(input.curpos(), 0) << "positions count from the source's position at the start";
     }
     EXPECT_EQ(source.calls, Calls());
 }
@@ -135,7 +135,7 @@ TEST(BufferedInput, ReadsStraightThroughWhatFillsTheBuffer) {
     EXPECT_EQ(source.calls, Calls({"read 4", "read 5"}));
 }
 
-TEST(BufferedInput, ReadsTheRestStraightThroughBehindWhatWasBuffered) {
+TEST(BufferedInput, ReadsTheRestStraightThroughAfterWhatWasBuffered) {
     MemoryInput source("0123456789");
     BufferedInput input(source, 4);
     EXPECT_EQ(take(input, 1), "0");
@@ -371,7 +371,7 @@ TEST(BufferedInput, ThrowsForAnErrorInALineWhereItSeesOne) {
     EXPECT_EQ(line_of(input), "ab");
 }
 
-TEST(BufferedInput, TakesAnErrorBehindALineForItsEnd) {
+TEST(BufferedInput, TakesAnErrorAfterALineForItsEnd) {
     MemoryInput source("a\nb");
     source.results = {1, 1, -1};
     BufferedInput input(source, 1);
@@ -403,7 +403,7 @@ TEST(BufferedInput, SeeksTheSourceFromItsStart) {
               Calls({"read 4", "start 6", "read 4", "start 3", "read 4", "start 7", "read 4"}));
 }
 
-TEST(BufferedInput, KeepsEverythingWhenASeekLeadsToWhereItStands) {
+TEST(BufferedInput, KeepsEverythingWhenASeekChangesNothing) {
     MemoryInput source("abcde");
     BufferedInput input(source, 4);
     EXPECT_EQ(take(input, 2), "ab");
@@ -424,7 +424,7 @@ TEST(BufferedInput, ForgetsWhatWasPushedBackWhenItSeeks) {
     BufferedInput input(source, 4);
     EXPECT_EQ(take(input, 2), "ab");
     input.unread('X');
-    input.seek_from_start(2); // where it would have stood
+    input.seek_from_start(2); // where it would have been
     EXPECT_EQ(take(input, 2), "cd");
     input.unread('X');
     EXPECT_EQ(input.seek_from_curpos(-1), 2);
@@ -460,7 +460,7 @@ TEST(BufferedInput, ForgetsBeforeASeekThatFails) {
     }
 }
 
-TEST(BufferedInput, StandsWhereItsSourceSaysItIs) {
+TEST(BufferedInput, TakesItsPositionFromItsSource) {
     class Stuck : public MemoryInput {
     public:
         Stuck() : MemoryInput("abc") {}

@@ -25,7 +25,7 @@ const char write_error[] = "write error in <void BufferedOutput::flush()> (io:LI
 
 // ---- The interface ---------------------------------------------------------------------------
 
-// The functions of the table stand one behind the other: both destructors, then these.
+// The functions follow one another in the table: both destructors, then these.
 TEST(Output, HoldsItsFunctionsInOrder) {
     auto* target = new MemoryOutput;
     Output* output = target;
@@ -55,7 +55,7 @@ TEST(BufferedOutput, LeavesItsTargetAloneUntilItIsWritten) {
     target.position = 5;
     {
         const BufferedOutput output(target, 16);
-        EXPECT_EQ(output.curpos(), 0) << "positions count from where the target stood";
+        EXPECT_EQ(output.curpos(), 0) << "positions count from the target's position at the start";
     }
     EXPECT_EQ(target.calls, Calls());
 }
@@ -210,7 +210,7 @@ TEST(BufferedOutput, SeeksBeyond32Bits) {
               Calls({"start 4294967296", "start 8589934594", "start 4294967296", "start 0"}));
 }
 
-TEST(BufferedOutput, DoesNotFlushWhenASeekLeadsToWhereItStands) {
+TEST(BufferedOutput, DoesNotFlushWhenASeekChangesNothing) {
     MemoryOutput target;
     BufferedOutput output(target, 8);
     put(output, "abcd");
@@ -243,7 +243,7 @@ TEST(BufferedOutput, FlushesWhenItGoes) {
     EXPECT_EQ(target.data, "abcd");
 }
 
-// The buffer is freed: the address sanitizer's run would tell.
+// The buffer is freed: the address sanitizer would report it.
 TEST(BufferedOutput, ThrowsFromItsDestructorWhenItCannotFlush) {
     MemoryOutput target;
     target.results = {1, -1};

@@ -12,7 +12,7 @@ void __real_free(void* block);
 void __wrap_free(void* block);
 }
 
-// All of this stands before the first initialiser runs and after the last exit handler.
+// All of this exists before the first initialiser runs and after the last exit handler.
 namespace {
 
 struct Watched {

@@ -1,12 +1,12 @@
-// What a small program tells of its interned names on standard output: what its static objects
-// still read while they are destroyed, and in which order the table's blocks are freed behind them.
+// What a small program prints about its interned names on standard output: what its static objects
+// still read while they are destroyed, and in which order the table's blocks are freed after them.
 #pragma once
 
 #include "core/instring.h"
 
 void tell(const char* format, const char* a, const char* b = "");
 
-// From here on, freeing `block` is told as "freed <label>".
+// From here on, freeing `block` is printed as "freed <label>".
 void watch_block(const void* block, const char* label);
 
 // Watches the record of `name` and its text.

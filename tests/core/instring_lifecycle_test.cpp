@@ -33,7 +33,7 @@ const std::string main_part = "first gensym is G0\n"
                               "local static of main reads p\n"
                               "exit handler of main\n";
 
-// Behind the last static object: the gensyms' nodes, then the buckets' from the last to the first,
+// After the last static object: the gensyms' nodes, then the buckets' from the last to the first,
 // and no text. a is in bucket 242, b in 162, aa and bf in 88, c in 82, p in 77, z in 45: 17138 and
 // 17314 modulo 256, and so on. A record that is not its own list node stays, as all texts do.
 const std::string table_part = "freed first gensym\n"
@@ -85,7 +85,7 @@ std::string dump_of_a_and_c() {
 
 } // namespace
 
-TEST(InStringLifecycle, StandsBeforeStaticObjectsAndGoesBehindThem) {
+TEST(InStringLifecycle, IsMadeBeforeStaticObjectsAndFreedAfterThem) {
     EXPECT_EQ(output_of("instring_exit_first_second"), with_first_source_first);
 }
 

@@ -154,7 +154,7 @@ TEST_F(InStringTable, DumpPrintsTheEmptyTextAsNothing) {
 }
 
 // 11 * (11 * 1558 + 1734) = 11 * (11 * 1574 + 1558): al and ba have the same hash.
-TEST_F(InStringTable, TextsOfEqualHashAreToldApart) {
+TEST_F(InStringTable, TextsOfEqualHashAreDistinguished) {
     const InString al = InString::intern("al"), ba = InString::intern("ba");
     EXPECT_EQ(al.record->hash, 207592u);
     EXPECT_EQ(ba.record->hash, 207592u);
@@ -196,7 +196,7 @@ TEST_F(InStringTable, ManyTextsAreAllFoundAgain) {
         ASSERT_EQ(InString::intern(("name " + std::to_string(i)).c_str()), names[i]) << i;
 }
 
-// ---- Names that nobody else has --------------------------------------------------------------
+// ---- Unique names ----------------------------------------------------------------------------
 
 TEST_F(Gensym, TextsCountUp) {
     const std::string first = text_of(InString::gensym());
@@ -216,7 +216,7 @@ TEST_F(Gensym, IsNeverFoundByIntern) {
     EXPECT_EQ(sym.record->data, sym.record);
 }
 
-TEST_F(Gensym, StandsInAListOfItsOwn) {
+TEST_F(Gensym, HasAListOfItsOwn) {
     InternRecord* first = InString::gensym().record;
     InternRecord* second = InString::gensym().record;
     ListLink* head = first->prev;
@@ -309,8 +309,8 @@ TEST_F(TempInStrings, AreMadePermanentOnce) {
     EXPECT_EQ(dump(), dump_of({{242, " a"}}));
 }
 
-// Making permanent does not look again: the text then stands in the table twice, the first wins.
-TEST_F(TempInStrings, MadePermanentBehindAnEqualTextStayUnfound) {
+// Making permanent does not look the text up again: it is then in the table twice, the first wins.
+TEST_F(TempInStrings, MadePermanentAfterAnEqualTextStayUnfound) {
     TempInString temp("a");
     const InString meanwhile = InString::intern("a");
     EXPECT_NE(temp.make_permanent(), meanwhile);
@@ -406,7 +406,7 @@ TEST_F(InStringWithoutMemory, ALookupStaysOwnerOfWhatItCouldNotMakePermanent) {
     EXPECT_EQ(dump(), dump_of({}));
 }
 
-// The name's text is formatted, so the first request that fails is told as a formatted text's.
+// The name's text is formatted, so the first request that fails is reported as a formatted text's.
 TEST_F(InStringWithoutMemory, GensymLinksNothing) {
     ListLink* const head = InString::gensym().record->prev;
     for (int n = 1; n <= 2; n++) {

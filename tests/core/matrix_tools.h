@@ -85,7 +85,7 @@ inline Plain inverse(Plain a) {
     return result;
 }
 
-// The largest difference between two elements that stand at the same place.
+// The largest difference between two elements at the same place.
 inline long double distance(const Plain& a, const Plain& b) {
     long double largest = 0;
     for (int i = 0; i < 4; i++)

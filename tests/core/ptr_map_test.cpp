@@ -249,7 +249,7 @@ TEST(PtrMapCopier, InsertsACopyIntoItsTarget) {
     EXPECT_EQ(contents(target), (Contents{{0x20, 1}, {0x30, 5}, {0x30, 5}}));
 }
 
-TEST(PtrMapEqualer, TellsTheFirstEntryThatTheOtherMapLacks) {
+TEST(PtrMapEqualer, StopsAtTheFirstEntryThatTheOtherMapLacks) {
     Map other(2);
     insert(other, 0x10, 5);
     Map::Equaler equaler(other);
@@ -313,7 +313,7 @@ TEST(PtrMap, MayBeAssignedToItself) {
     EXPECT_EQ(contents(map), (Contents{{0x10, 1}, {0x20, 2}}));
 }
 
-TEST(PtrMap, ACopyThatFailsLeavesNothingBehind) {
+TEST(PtrMap, ACopyThatFailsLeavesNothingAllocated) {
     Map map(4), target(4);
     for (int i = 0; i < 5; i++)
         insert(map, uword(i) << 4, i);
@@ -333,7 +333,7 @@ TEST(PtrMap, ACopyThatFailsLeavesNothingBehind) {
     }
 }
 
-TEST(PtrMap, ACopyWithoutMemoryLeavesNothingBehind) {
+TEST(PtrMap, ACopyWithoutMemoryLeavesNothingAllocated) {
     Map map(4);
     for (int i = 0; i < 3; i++)
         insert(map, uword(i) << 4, i);
@@ -379,7 +379,7 @@ TEST(PtrMap, EqualityStopsAtTheFirstMiss) {
     Map a(4), b(4);
     for (int i = 0; i < 8; i++) {
         insert(a, uword(i) << 4, i);
-        insert(b, uword(i) << 4, i == 1 ? 99 : i); // third in order, behind 0 and 4
+        insert(b, uword(i) << 4, i == 1 ? 99 : i); // third in order, after 0 and 4
     }
     Value::compared = 0;
     EXPECT_FALSE(a == b);

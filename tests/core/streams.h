@@ -1,4 +1,4 @@
-// Streams over bytes in memory that write their calls down and do what a test tells them.
+// Streams over bytes in memory that record their calls and do what a test asks.
 #pragma once
 
 #include "core/io.h"

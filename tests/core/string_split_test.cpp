@@ -79,7 +79,7 @@ TEST(StringSplit, ANullStringHasNoTokens) {
     EXPECT_EQ(out.data, nullptr);
 }
 
-TEST(StringSplit, AddsBehindWhatIsThere) {
+TEST(StringSplit, AppendsToWhatIsThere) {
     Array<String> out;
     String::split("a b", out);
     String::split_by("c,d", ",", out);

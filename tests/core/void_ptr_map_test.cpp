@@ -164,15 +164,15 @@ TEST(VoidPtrMap, HoldsNothingWhenItCannotBeMade) {
 TEST(VoidPtrMap, FunctorsVirtualTableStartsWithTheCall) {
     class Destroyed : public Walk {
     public:
-        explicit Destroyed(bool& told) : told(told) {}
-        ~Destroyed() override { told = true; }
+        explicit Destroyed(bool& gone) : gone(gone) {}
+        ~Destroyed() override { gone = true; }
 
     private:
-        bool& told;
+        bool& gone;
     };
-    bool told = false;
+    bool gone = false;
     Entry entry = entry_of(0);
-    auto* walk = new Destroyed(told);
+    auto* walk = new Destroyed(gone);
     void* const* slots;
     std::memcpy(&slots, static_cast<const void*>(walk), sizeof slots);
 
@@ -180,9 +180,9 @@ TEST(VoidPtrMap, FunctorsVirtualTableStartsWithTheCall) {
     typedef void (*Destroy)(VoidPtrMap::ForEachFunc*);
     EXPECT_EQ(reinterpret_cast<Call>(slots[0])(walk, &entry), 0);
     EXPECT_EQ(walk->seen, Entries{&entry});
-    EXPECT_FALSE(told);
+    EXPECT_FALSE(gone);
     reinterpret_cast<Destroy>(slots[2])(walk); // slot 1 destroys, slot 2 destroys and frees
-    EXPECT_TRUE(told);
+    EXPECT_TRUE(gone);
     EXPECT_TRUE(std::is_abstract<VoidPtrMap::ForEachFunc>::value);
 }
 

@@ -61,17 +61,17 @@ TEST(Xception, IsAnAbstractBaseWithoutData) {
 
 // Both destructors, then print.
 TEST(Xception, VirtualTableHoldsTheDestructorThenPrint) {
-    class Told : public Xception {
+    class Watched : public Xception {
     public:
-        explicit Told(std::string& calls) : calls(calls) {}
-        ~Told() override { calls += " destroyed"; }
+        explicit Watched(std::string& calls) : calls(calls) {}
+        ~Watched() override { calls += " destroyed"; }
         void print() const override { calls += "printed"; }
 
     private:
         std::string& calls;
     };
     std::string calls;
-    const Xception* x = new Told(calls);
+    const Xception* x = new Watched(calls);
     void* const* slots;
     std::memcpy(&slots, static_cast<const void*>(x), sizeof slots);
     typedef void (*Print)(const Xception*);
@@ -150,7 +150,7 @@ TEST(StrXception, PrintsItsMessageAsAnError) {
     EXPECT_EQ(stderr_of([&] { x.print(); }), "Error: unknown projection 5% in <f> (stars:290)\n");
 }
 
-TEST(StrXception, PrintsNothingBehindTheTitleWithoutAMessage) {
+TEST(StrXception, PrintsNothingAfterTheTitleWithoutAMessage) {
     StrXception x("stars", "f", 290, "unknown projection");
     x.message.clear();
     EXPECT_EQ(stderr_of([&] { x.print(); }), "Error: \n");

@@ -114,7 +114,7 @@ std::string without_local_signature(const std::string& message) {
     return message.substr(0, open) + "<my_vsnprintf>" + message.substr(close + 1);
 }
 
-// How `action` ends when its `n`th request is refused. `blocks` is what it leaves behind.
+// How `action` ends when its `n`th request is refused. `blocks` is how many it leaves.
 template <class Action>
 std::string end_of(Action action, int n, int& blocks) {
     std::string end;
@@ -139,7 +139,7 @@ std::string end_of(Action action, int n, int& blocks) {
 
 // ---- Every request in turn -------------------------------------------------------------------
 
-TEST(WithoutMemory, WhatIsCheckedThrowsLeavesNothingBehindAndChangesNothing) {
+TEST(WithoutMemory, WhatIsCheckedThrowsLeavesNothingAllocatedAndChangesNothing) {
     ASSERT_TRUE(names_interned);
     for (const Scenario& scenario : scenarios) {
         const std::vector<HeapWatch::Request> requests = requests_of(scenario);
@@ -212,7 +212,7 @@ TEST(WithoutMemory, ANewNamesRecordIsAllThatStays) {
         for (int i = 0; i < watch.requests(); i++)
             ways.push_back(watch.request(i).way);
     }
-    std::vector<int> left_behind;
+    std::vector<int> left_over;
     for (std::size_t i = 0; i < ways.size(); i++) {
         if (ways[i] != HeapWatch::NEW)
             continue;
@@ -223,10 +223,10 @@ TEST(WithoutMemory, ANewNamesRecordIsAllThatStays) {
                   "std::bad_alloc");
         EXPECT_TRUE(set.empty());
         EXPECT_EQ(TempInString(name).owned, blocks == 0);
-        left_behind.push_back(blocks);
+        left_over.push_back(blocks);
     }
     // The record itself, then value, clone and entry, when the table holds the record and its text.
-    EXPECT_EQ(left_behind, (std::vector<int>{0, 2, 2, 2}));
+    EXPECT_EQ(left_over, (std::vector<int>{0, 2, 2, 2}));
 }
 
 // ---- Copies over what is there ---------------------------------------------------------------
@@ -299,7 +299,7 @@ TEST(WithoutMemory, PixelsAreTracedUpToTheRefusal) {
     EXPECT_EQ(message, "out of memory in <char* Kess::malloc_pixels(uword)> (core:LINE)");
 }
 
-// The flag is looked at again behind the allocation.
+// The flag is read again after the allocation.
 TEST(WithoutMemory, ATraceSwitchedOffMeanwhileEndsThere) {
     char* block = nullptr;
     EXPECT_EQ(stderr_of([&] {

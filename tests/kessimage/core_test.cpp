@@ -67,7 +67,7 @@ TEST(PixelMemory, TraceIsOneLineForEach) {
     EXPECT_EQ(freeing, "libkessimage: free_pixels(" + address + ", 123456)\n");
 }
 
-TEST(PixelMemory, TraceTellsTheSizeThatItIsGiven) {
+TEST(PixelMemory, TracePrintsTheSizeThatItIsGiven) {
     char* block = Kess::malloc_pixels(10);
     const Traced traced;
     const std::string address = hexadecimal(block);

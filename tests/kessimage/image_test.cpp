@@ -24,7 +24,7 @@ typedef Kess::ImageSpec Spec;
 
 namespace {
 
-// The fields behind those of ImageSpec, as they stand in memory.
+// The fields after those of ImageSpec, as they are in memory.
 struct Remainder {
     char* data;
     char* allocation;
@@ -54,7 +54,7 @@ const std::string stride_message =
 
 // ---- What it is made of ----------------------------------------------------------------------
 
-TEST(Image, HasItsFieldsBehindTheSpec) {
+TEST(Image, HasItsFieldsAfterTheSpec) {
     Image image(Spec(4, 2, Spec::BGRA_FLOAT));
     EXPECT_EQ(sizeof(Image), 48u);
     EXPECT_EQ(reinterpret_cast<char*>(&image.data) - reinterpret_cast<char*>(&image), 24);

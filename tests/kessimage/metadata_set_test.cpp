@@ -140,7 +140,7 @@ TEST(GetMeta, OfAMissingTagIs1AndTouchesNothing) {
 TEST(GetMeta, InternsTheNameItLooksFor) {
     const MetaData set;
     float number;
-    String name("looked for"); // until it is a name that nobody ever looked for
+    String name("looked for"); // until it is a name that was never looked for
     while (!TempInString(name).owned)
         name += '.';
     set.get_meta("float", name.str, number);
@@ -300,7 +300,7 @@ TEST(SetMeta, OfAValueThatItsTypeDoesNotNameChangesNothing) {
 
 // ---- Patching what is in a file --------------------------------------------------------------
 
-TEST(UpdateMeta, ChangesAWrittenFloatAndTellsWhereItStands) {
+TEST(UpdateMeta, ChangesAWrittenFloatAndReturnsItsPosition) {
     MetaData set = one_of_each();
     write_all_at(set, s64(1) << 40);
     EXPECT_EQ(set.update_meta("float", "gain", 2.5f), s64(1) << 40);
@@ -412,17 +412,17 @@ TEST(ForEachMeta, OfAnUnknownTypeThrows) {
 }
 
 TEST(MetaVisitor, VirtualTableHoldsFloatStringMatrixDestructor) {
-    class Told : public Visits {
+    class Watched : public Visits {
     public:
-        explicit Told(bool& gone) : gone(gone) {}
-        ~Told() override { gone = true; }
+        explicit Watched(bool& gone) : gone(gone) {}
+        ~Watched() override { gone = true; }
 
     private:
         bool& gone;
     };
     bool gone = false;
-    Spec::MetaVisitor* visitor = new Told(gone);
-    const Visits& visits = *static_cast<Told*>(visitor);
+    Spec::MetaVisitor* visitor = new Watched(gone);
+    const Visits& visits = *static_cast<Watched*>(visitor);
     void* const* slots;
     std::memcpy(&slots, static_cast<const void*>(visitor), sizeof slots);
     typedef int (*VisitFloat)(Spec::MetaVisitor*, const char*, const char*, const float&, s64&);

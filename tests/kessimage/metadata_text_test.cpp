@@ -206,7 +206,7 @@ TEST(MetadataText, OtherNamesAreWrittenAsTheyAre) {
 
 // ---- Is it one? ------------------------------------------------------------------------------
 
-TEST(MetadataText, IsToldByItsFirstNineBytes) {
+TEST(MetadataText, IsRecognisedByItsFirstNineBytes) {
     for (const char* text : {"KESSMETA1", "KESSMETA1 ", "KESSMETA1x", "KESSMETA12", "KESSMETA1\n"})
         EXPECT_TRUE(MetaData::string_valid(text)) << text;
     for (const char* text :
@@ -328,7 +328,7 @@ TEST(MetadataText, MatricesAreSixteenNumbersAsScanfReadsThem) {
 
 // ---- Refusals --------------------------------------------------------------------------------
 
-TEST(MetadataText, NeedsABlankBehindTheIntroduction) {
+TEST(MetadataText, NeedsABlankAfterTheIntroduction) {
     for (const char* line : {"KESSMETA1x", "KESSMETA1float:x=1", "KESSMETA1\tfloat:x=1",
                              "KESSMETA1\n", "KESSMETA12 float:x=1"}) {
         const Refusal refusal = assertion_in(line);
@@ -337,7 +337,7 @@ TEST(MetadataText, NeedsABlankBehindTheIntroduction) {
     }
 }
 
-TEST(MetadataText, NeedsATypeWithAColonBehindABlank) {
+TEST(MetadataText, NeedsATypeWithAColonAfterABlank) {
     for (const char* line : {"KESSMETA1 ", "KESSMETA1  ", "KESSMETA1 float", "KESSMETA1 float=1"}) {
         const Refusal refusal = assertion_in(line);
         EXPECT_EQ(refusal.message, "'*p == ':''" + in_from_string);
@@ -365,7 +365,7 @@ TEST(MetadataText, ThatEndsInANameIsTruncated) {
     EXPECT_EQ(visits_of(set).names(), in_map_order({"a", "b"}));
 }
 
-TEST(MetadataText, ThatEndsBehindAnEqualsSignMissesAValue) {
+TEST(MetadataText, ThatEndsAfterAnEqualsSignMissesAValue) {
     for (const char* type : {"float", "string", "m44f", "what", ""}) {
         const Refusal refusal = refusal_of(std::string("KESSMETA1 float:a=1 ") + type + ":x=");
         EXPECT_EQ(refusal.message, "metadata x is missing value" + in_from_string);
@@ -384,7 +384,7 @@ TEST(MetadataText, NeedsAClosingQuote) {
     }
 }
 
-TEST(MetadataText, NeedsAByteBehindABackslashInQuotes) {
+TEST(MetadataText, NeedsAByteAfterABackslashInQuotes) {
     for (const char* value : {"\"\\", "\"abc\\", "\"a\\\\\\"}) {
         const Refusal refusal = refusal_of(std::string("KESSMETA1 float:a=1 string:x=") + value);
         EXPECT_EQ(refusal.message, "unterminated \\ in metadata x" + in_from_string);
@@ -392,7 +392,7 @@ TEST(MetadataText, NeedsAByteBehindABackslashInQuotes) {
     }
 }
 
-TEST(MetadataText, NeedsABlankBehindAClosingQuoteAndKeepsTheItem) {
+TEST(MetadataText, NeedsABlankAfterAClosingQuoteAndKeepsTheItem) {
     for (const char* rest : {"y", "\"", "\t", "=1", "\"\""}) {
         const Refusal refusal = assertion_in(std::string("KESSMETA1 string:x=\"a\"") + rest);
         EXPECT_EQ(refusal.message, "'*p == ' ''" + in_from_string);

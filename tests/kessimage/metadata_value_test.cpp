@@ -28,7 +28,7 @@ typedef TypedInfo<float> FloatInfo;
 typedef TypedInfo<String> StringInfo;
 typedef TypedInfo<Matrix4<float>> MatrixInfo;
 
-// A value of a kind that the library does not know, which tells what is called.
+// A value of a kind unknown to the library, which records its calls.
 class OtherInfo : public MetaInfo {
 public:
     explicit OtherInfo(std::vector<std::string>& calls) : calls(calls) {}
@@ -63,7 +63,7 @@ void* const* slots_of(const Info* info) {
 }
 
 template <class Info>
-void expect_value_behind_the_position(const Info& info, std::size_t size) {
+void expect_value_after_the_position(const Info& info, std::size_t size) {
     const char* base = reinterpret_cast<const char*>(&info);
     EXPECT_EQ(reinterpret_cast<const char*>(&info.file_position) - base, 8);
     EXPECT_EQ(reinterpret_cast<const char*>(&info.value) - base, 16);
@@ -74,10 +74,10 @@ void expect_value_behind_the_position(const Info& info, std::size_t size) {
 
 // ---- What it is made of ----------------------------------------------------------------------
 
-TEST(MetaInfo, HasThePositionBehindTheTablePointerAndTheValueBehindThat) {
-    expect_value_behind_the_position(FloatInfo(1.0f), 24);
-    expect_value_behind_the_position(StringInfo("x"), 24);
-    expect_value_behind_the_position(MatrixInfo(counting_matrix(0, 1)), 80);
+TEST(MetaInfo, HasThePositionAfterTheTablePointerAndTheValueAfterThat) {
+    expect_value_after_the_position(FloatInfo(1.0f), 24);
+    expect_value_after_the_position(StringInfo("x"), 24);
+    expect_value_after_the_position(MatrixInfo(counting_matrix(0, 1)), 80);
     EXPECT_TRUE((std::is_same<decltype(MetaInfo::file_position), s64>::value));
     EXPECT_TRUE(std::is_abstract<MetaInfo>::value);
     EXPECT_TRUE(std::has_virtual_destructor<MetaInfo>::value);

@@ -124,7 +124,7 @@ TEST(KilledWriter, LeavesTheOldFileOrTheNewOneWhole) {
         }
 }
 
-// What it leaves is in nobody's way but that of a writer who wants to be the only one.
+// What it leaves is in the way only of an exclusive writer.
 TEST(KilledWriter, LeavesItsMarkToExclusiveWriters) {
     const ScratchFolder folder;
     const std::string path = folder.write("out", old_bytes);

@@ -94,9 +94,9 @@ TEST(AtomicFileWrite, TheOldFileStaysWholeUntilThen) {
     EXPECT_EQ(bytes_of(path), "new");
 }
 
-TEST(AtomicFileWrite, EmptiesATemporaryFileLeftBehind) {
+TEST(AtomicFileWrite, EmptiesATemporaryFileThatWasLeft) {
     const ScratchFolder folder;
-    folder.write("out.inprogress", "left behind by another");
+    folder.write("out.inprogress", "left by another");
     AtomicFileWrite file(folder.file("out").c_str(), OPEN_READ | OPEN_WRITE);
     const FileDescriptor owner(file.fd);
     EXPECT_EQ(fcntl(file.fd, F_GETFL) & O_ACCMODE, O_RDWR);

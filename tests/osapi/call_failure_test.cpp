@@ -1,4 +1,5 @@
-// Every system call of the OS layer made to fail: the whole message, and nothing left behind.
+// Every system call of the OS layer made to fail: the whole message, and nothing left open or
+// mapped.
 
 #include "osapi/osapi.h"
 
@@ -54,13 +55,13 @@ const std::string in_lock = std::string(" in <OSAPI::LockMemory::LockMemory(void
 
 // ---- One failing call each -------------------------------------------------------------------
 
-TEST(CallFailure, IsToldWholeAndLeavesNothingBehind) {
+TEST(CallFailure, IsReportedInFullAndLeavesNothing) {
     const ScratchFolder folder;
     const std::string path = folder.write("file", "bytes"), to = folder.file("to");
     const std::string temp = folder.file("out.inprogress"), out = folder.file("out");
     const char* const name = path.c_str();
     char memory[16];
-    expect_told({
+    expect_reported({
         {"open", 1, EMFILE, [=] { OSAPI::open(name, OPEN_READ); },
          "opening file \"" + path + "\": Too many open files" + in_open},
         {"open", 1, EINTR, [=] { OSAPI::open(name, OPEN_READ | OPEN_WRITE); },
@@ -282,7 +283,7 @@ TEST(SystemCall, AMappingThatFailedIsNotUnmapped) {
     EXPECT_EQ(calls.count("munmap"), 0);
 }
 
-// The temporary descriptor's close fails when the mapping stands: it is released again.
+// The temporary descriptor's close fails after the mapping is made: it is released again.
 TEST(SystemCall, AMappingWhoseDescriptorCannotBeClosedIsUnmapped) {
     const ScratchFolder folder;
     const std::string path = folder.write("file", "bytes");
@@ -294,7 +295,7 @@ TEST(SystemCall, AMappingWhoseDescriptorCannotBeClosedIsUnmapped) {
 }
 
 // Closing on the way out must not end the program: in a child, which would die of it.
-TEST(SystemCall, TheFirstFailureIsToldWhenClosingFailsToo) {
+TEST(SystemCall, TheFirstFailureIsReportedWhenClosingFailsToo) {
     const ScratchFolder folder;
     const std::string path = folder.write("file", "bytes");
     const struct {
@@ -369,7 +370,7 @@ TEST(SystemCall, CopyingGoesThroughAPipeWhereItIsForbidden) {
             }
 }
 
-TEST(SystemCall, CopyingThroughAPipeThatFailsIsTold) {
+TEST(SystemCall, CopyingThroughAPipeThatFailsIsReported) {
     const Mapped file(40 * 4096);
     const std::string in_copy =
         std::string(" in <uword OSAPI::copy_through_pipe(char*, const char*, uword)") + tail;

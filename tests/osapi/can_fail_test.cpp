@@ -34,7 +34,7 @@ TEST(ReadCanFail, ReadsOnceAndGoesOnAfterInterruptions) {
     EXPECT_EQ(calls.count("read"), 2);
 }
 
-TEST(ReadCanFail, TellsTheEndFromHavingNothingYet) {
+TEST(ReadCanFail, DistinguishesTheEndFromHavingNothingYet) {
     OSAPI::Pipe pipe;
     pipe.open();
     OSAPI::set_blocking(pipe.read_end.fd, false);
@@ -121,7 +121,7 @@ TEST(EndWithParent, SaysWhenTheParentHasGone) {
     EXPECT_EQ(status_of_child([] { return !OSAPI::end_with_parent(::getppid() + 1); }), 0);
 }
 
-TEST(WaitForAnyChild, TellsAnExitFromASignal) {
+TEST(WaitForAnyChild, DistinguishesAnExitFromASignal) {
     const Child exited([] { return 9; });
     OSAPI::ChildEnd end = OSAPI::wait_for_any_child();
     EXPECT_EQ(end.pid, exited.pid);

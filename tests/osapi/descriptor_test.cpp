@@ -200,7 +200,7 @@ TEST(Close, ThrowsForWhatIsNotOpen) {
                   "(osapi-unix:LINE)");
 }
 
-TEST(Write, WritesEveryByteWhereTheDescriptorStands) {
+TEST(Write, WritesEveryByteAtTheFilePosition) {
     const ScratchFolder folder;
     const std::string path = folder.file("file"), bytes("a\0b", 3);
     const FileDescriptor fd(OSAPI::open(path.c_str(), OPEN_WRITE));

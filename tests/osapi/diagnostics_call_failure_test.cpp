@@ -34,7 +34,7 @@ void set_clock(SystemCalls& calls, const std::vector<timeval>& times) {
                      std::string(reinterpret_cast<const char*>(&times[i]), sizeof(timeval)));
 }
 
-TEST(Profiler, TellsMillisecondsWithFourDigits) {
+TEST(Profiler, PrintsMillisecondsWithFourDigits) {
     const struct {
         timeval start, end;
         const char* text;
@@ -122,7 +122,7 @@ std::string stat_line(const std::string& bytes, const std::string& pages, int fi
     return line + "\n";
 }
 
-// What is told when the system's file holds `text`.
+// What is printed when the system's file holds `text`.
 std::string statistics_of(const std::string& text) {
     return stdout_of([&] {
         SystemCalls calls;
@@ -137,7 +137,7 @@ std::string memory(const char* vm, const char* resident) {
     return std::string("Memory:\nVM size:\t") + vm + " MB\nresident:\t" + resident + " MB\n";
 }
 
-TEST(PrintStatistics, TellsMegabytes) {
+TEST(PrintStatistics, PrintsMegabytes) {
     ASSERT_EQ(OSAPI::get_page_size(), 4096) << "what the resident sizes below are worked out for";
     EXPECT_EQ(statistics_of(stat_line("1048576", "256", 35)), memory("1.00", "1.00"));
     EXPECT_EQ(statistics_of(stat_line("0", "0", 35)), memory("0.00", "0.00"));
@@ -154,14 +154,14 @@ TEST(PrintStatistics, TakesTheLongerLinesOfLaterSystems) {
 }
 
 // Bytes and pages are 32-bit numbers here, as they were when the line was shorter.
-TEST(PrintStatistics, TellsLargeSizesWithoutWhatLiesAbove32Bits) {
+TEST(PrintStatistics, PrintsLargeSizesModulo32Bits) {
     ASSERT_EQ(OSAPI::get_page_size(), 4096);
     EXPECT_EQ(statistics_of(stat_line("4294967295", "1", 52)), memory("4096.00", "0.00"));
     EXPECT_EQ(statistics_of(stat_line("4294967296", "1", 52)), memory("0.00", "0.00"));
     EXPECT_EQ(statistics_of(stat_line("5368709120", "256", 52)), memory("1024.00", "1.00"));
     EXPECT_EQ(statistics_of(stat_line("21990233604096", "4294967552", 52)), // 20 TB and 1 MB
               memory("1.00", "1.00"));
-    // Pages that fit are told in full: 16 TB less a page.
+    // Pages that fit are printed in full: 16 TB less a page.
     EXPECT_EQ(statistics_of(stat_line("1048576", "4294967295", 52)), memory("1.00", "16777216.00"));
 }
 
@@ -197,7 +197,7 @@ TEST(PrintStatistics, ThrowsForALineThatIsTooShort) {
     }
 }
 
-TEST(PrintStatistics, TellsNamesOfAnyLength) {
+TEST(PrintStatistics, ReadsNamesOfAnyLength) {
     EXPECT_EQ(statistics_of(stat_line("1048576", "256", 52, std::string(3000, 'n'))),
               memory("1.00", "1.00"));
     std::string message;
@@ -210,8 +210,8 @@ TEST(PrintStatistics, TellsNamesOfAnyLength) {
               "error reading /proc/self/stat" + in_statistics);
 }
 
-TEST(PrintStatistics, ReadsOnceAndTellsWhatFails) {
-    expect_told({
+TEST(PrintStatistics, ReadsOnceAndReportsWhatFails) {
+    expect_reported({
         {"open", 1, EMFILE, [] { OSAPI::print_statistics(); },
          "opening file \"/proc/self/stat\": Too many open files" +
              in("OSAPI::fd_t OSAPI::open(const char*, int)")},
@@ -225,13 +225,14 @@ TEST(PrintStatistics, ReadsOnceAndTellsWhatFails) {
 // ---- ScopedFILE ------------------------------------------------------------------------------
 
 TEST(ScopedFILE, LeavesADescriptorThatItCannotTakeToItsCaller) {
-    expect_told({{"fdopen", 1, ENOMEM,
-                  [] {
-                      const OSAPI::FileDescriptor fd(some_descriptor());
-                      OSAPI::ScopedFILE stream(fd.fd, "name", "r");
-                  },
-                  "fdopen(\"name\", \"r\")" +
-                      in("OSAPI::ScopedFILE::ScopedFILE(OSAPI::fd_t, const char*, const char*)")}});
+    expect_reported(
+        {{"fdopen", 1, ENOMEM,
+          [] {
+              const OSAPI::FileDescriptor fd(some_descriptor());
+              OSAPI::ScopedFILE stream(fd.fd, "name", "r");
+          },
+          "fdopen(\"name\", \"r\")" +
+              in("OSAPI::ScopedFILE::ScopedFILE(OSAPI::fd_t, const char*, const char*)")}});
 }
 
 TEST(ScopedFILE, IgnoresAFailedClose) {

@@ -52,7 +52,7 @@ TEST(Profiler, CountsThoseAlive) {
 }
 
 TEST(Profiler, MeasuresTheTimeThatPasses) {
-    double told = 0;
+    double printed = 0;
     const u64 start = OSAPI::microsecs();
     const std::string text = stdout_of([] {
         const Profiler profiler("a name with 100%d");
@@ -60,11 +60,11 @@ TEST(Profiler, MeasuresTheTimeThatPasses) {
     });
     const double passed = double(OSAPI::microsecs() - start) / 1000;
     ASSERT_EQ(std::sscanf(text.c_str(),
-                          "PROFILE: a name with 100%%d\na name with 100%%d = %lf ms\n", &told),
+                          "PROFILE: a name with 100%%d\na name with 100%%d = %lf ms\n", &printed),
               1)
         << text;
-    EXPECT_GE(told, 20);
-    EXPECT_LE(told, passed);
+    EXPECT_GE(printed, 20);
+    EXPECT_LE(printed, passed);
 }
 
 // ---- print_statistics ------------------------------------------------------------------------
@@ -84,7 +84,7 @@ Sizes own_sizes() {
     return sizes;
 }
 
-TEST(PrintStatistics, TellsTheSizesOfThisProcess) {
+TEST(PrintStatistics, PrintsTheSizesOfThisProcess) {
     const int before = open_descriptors();
     double vm = 0, resident = 0;
     Sizes earlier, later;
@@ -100,7 +100,7 @@ TEST(PrintStatistics, TellsTheSizesOfThisProcess) {
             2);
     } while (earlier.bytes != later.bytes);
     const double megabyte = 1024 * 1024;
-    // What lies above 32 bits is not told; printed with two digits. The resident pages change all
+    // Sizes are printed modulo 32 bits, with two digits. The resident pages change all
     // the time: by less than 16 MB here.
     EXPECT_NEAR(vm, double(later.bytes & 0xffffffff) / megabyte, 0.005001);
     EXPECT_NEAR(resident, double(later.pages) * double(OSAPI::get_page_size()) / megabyte, 16);
@@ -129,7 +129,7 @@ TEST(ScopedFILE, OwnsItsDescriptor) {
     EXPECT_EQ(fcntl(fd, F_GETFD), -1);
 }
 
-TEST(ScopedFILE, TellsTheNameAndTheModeAndNoReason) {
+TEST(ScopedFILE, ReportsTheNameAndTheModeButNoReason) {
     const ScratchFolder folder;
     const OSAPI::FileDescriptor fd(OSAPI::open(folder.write("file", "").c_str(), OSAPI::OPEN_READ));
     const std::string place =

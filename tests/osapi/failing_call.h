@@ -1,4 +1,4 @@
-// One call that fails, and what is said and left behind.
+// One call that fails, its message, and what it leaves.
 #pragma once
 
 #include "tests/message_of.h"
@@ -20,7 +20,7 @@ struct FailingCall {
 
 // Each action throws that message when that call fails, makes it no more often than that, and
 // leaves no descriptor open and nothing mapped.
-inline void expect_told(const std::vector<FailingCall>& rows) {
+inline void expect_reported(const std::vector<FailingCall>& rows) {
     const int before = open_descriptors();
     for (const FailingCall& row : rows) {
         std::string message;

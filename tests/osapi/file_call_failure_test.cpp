@@ -1,4 +1,4 @@
-// The system calls about files, descriptors and folders made to fail, and told what they get.
+// The system calls about files, descriptors and folders made to fail, and the arguments they get.
 #include "osapi/osapi.h"
 
 #include "tests/osapi/failing_call.h"
@@ -26,7 +26,7 @@ namespace {
 
 typedef std::vector<std::string> Calls;
 
-TEST(FileCallFailure, IsToldWholeAndLeavesNothingBehind) {
+TEST(FileCallFailure, IsReportedInFullAndLeavesNothing) {
     const ScratchFolder folder;
     const std::string path = folder.write("file", "bytes"), fresh = folder.file("new");
     const char *const name = path.c_str(), *const other = fresh.c_str();
@@ -37,7 +37,7 @@ TEST(FileCallFailure, IsToldWholeAndLeavesNothingBehind) {
     struct stat status;
     Array<String> listed;
     const FileDescriptor held(some_descriptor());
-    expect_told({
+    expect_reported({
         // By descriptor.
         {"read", 1, EIO, [&] { OSAPI::read(0, bytes, 4); },
          "read: Input/output error" + in("sword OSAPI::read(int, char*, uword)")},
@@ -211,7 +211,7 @@ TEST(FileCalls, SetBlockingGetsTheseFlags) {
     }
 }
 
-TEST(FileCalls, PollTakesInterruptionsAsItIsTold) {
+TEST(FileCalls, PollTakesInterruptionsAsRequested) {
     for (const bool interruptible : {false, true}) {
         SystemCalls calls;
         calls.fail("poll", EINTR, 1);
@@ -234,7 +234,7 @@ TEST(FileCalls, GetMtimeIfexistForgivesAMissingFileOnly) {
 
 // ---- Glob ------------------------------------------------------------------------------------
 
-TEST(Glob, TellsTheSystemsCodeAndNotErrno) {
+TEST(Glob, ReportsTheSystemsCodeAndNotErrno) {
     for (const int code : {GLOB_NOSPACE, GLOB_ABORTED, 77}) {
         SystemCalls calls;
         calls.answer("glob", 1, code, EIO);

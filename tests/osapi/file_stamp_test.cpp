@@ -1,4 +1,4 @@
-// What tells one file, and one state of it, from another.
+// What distinguishes one file, and one state of it, from another.
 #include "osapi/osapi.h"
 
 #include "tests/scratch_folder.h"
@@ -85,7 +85,7 @@ TEST(FileStamp, StaysAsItWasWhenNothingIsThere) {
     EXPECT_TRUE((stamp == FileStamp{1, 2, 3, 4, 5, true}));
 }
 
-// A pipe that nobody writes to would make an opening that waits last for ever.
+// Opening a pipe without a writer would wait for ever.
 TEST(OpenNowait, DoesNotWaitForTheOtherEndOfAPipe) {
     const ScratchFolder folder;
     const std::string pipe = folder.file("pipe");

@@ -55,7 +55,7 @@ TEST(DiskFile, IsADescriptor) {
     EXPECT_FALSE(is_open(fd));
 }
 
-TEST(DiskFile, TellsWhatItIs) {
+TEST(DiskFile, HasAStatusAndATime) {
     const ScratchFolder folder;
     const std::string path = folder.write("file", "bytes");
     OSAPI::set_mtime(path.c_str(), 1234567890);
@@ -94,7 +94,7 @@ TEST(FileStreams, HoldTheirPositionAndTheFile) {
     EXPECT_TRUE((std::is_same<decltype(input.pos), s64>::value));
 }
 
-TEST(FileInput, ReadsFromWhereTheDescriptorStands) {
+TEST(FileInput, ReadsFromTheFilePosition) {
     const ScratchFolder folder;
     DiskFile file(OSAPI::open(folder.write("file", "0123456789").c_str(), OPEN_READ));
     ASSERT_EQ(::lseek(file.fd, 2, SEEK_SET), 2);
@@ -121,7 +121,7 @@ TEST(FileInput, SeeksTheDescriptor) {
     EXPECT_EQ(take(input, 1), "");
 }
 
-// A seek to where it believes to stand moves nothing, whoever has moved the descriptor meanwhile.
+// A seek to its own position makes no call, even if the descriptor was moved by other means.
 TEST(FileInput, DoesNotSeekToWhereItBelievesToStand) {
     const ScratchFolder folder;
     DiskFile file(OSAPI::open(folder.write("file", "0123456789").c_str(), OPEN_READ));
@@ -131,7 +131,7 @@ TEST(FileInput, DoesNotSeekToWhereItBelievesToStand) {
     EXPECT_EQ(input.seek_from_start(2), 2);
     EXPECT_EQ(input.seek_from_curpos(0), 2);
     EXPECT_EQ(take(input, 2), "78");
-    EXPECT_EQ(input.seek_from_curpos(-1), 8) << "from where the descriptor stands";
+    EXPECT_EQ(input.seek_from_curpos(-1), 8) << "from the file position";
 }
 
 TEST(FileInput, GivesNothingWhereNothingIsThereYet) {
@@ -162,7 +162,7 @@ TEST(FileInput, ThrowsTheSystemsReason) {
 
 // ---- FileOutput ------------------------------------------------------------------------------
 
-TEST(FileOutput, WritesWhereTheDescriptorStands) {
+TEST(FileOutput, WritesAtTheFilePosition) {
     const ScratchFolder folder;
     const std::string path = folder.write("file", "0123456789");
     DiskFile file(::open(path.c_str(), O_WRONLY));
@@ -177,7 +177,7 @@ TEST(FileOutput, WritesWhereTheDescriptorStands) {
     EXPECT_EQ(output.seek_from_curpos(-4), 5);
     EXPECT_EQ(put(output, "d"), 1);
     ASSERT_EQ(::lseek(file.fd, 0, SEEK_SET), 0);
-    EXPECT_EQ(output.seek_from_start(6), 6) << "where it believes to stand";
+    EXPECT_EQ(output.seek_from_start(6), 6) << "its own position";
     EXPECT_EQ(output.seek_from_curpos(0), 6);
     EXPECT_EQ(put(output, "e"), 1);
     EXPECT_EQ(bytes_of(path), "e1ab4d67c9");

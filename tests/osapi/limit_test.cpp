@@ -50,7 +50,7 @@ private:
     rlimit before;
 };
 
-TEST(NoMoreDescriptors, IsToldByWhateverNeedsOne) {
+TEST(NoMoreDescriptors, IsReportedByWhateverNeedsOne) {
     const ScratchFolder folder;
     const std::string path = folder.write("file", "bytes"), out = folder.file("out");
     const std::string dir = folder.path();
@@ -183,7 +183,7 @@ const struct {
      }},
 };
 
-TEST(NoMoreRoom, IsToldAndLeavesTheOldFileAndNothingElse) {
+TEST(NoMoreRoom, IsReportedAndLeavesTheOldFileAndNothingElse) {
     const ScratchFolder folder;
     for (const auto& writer : writers)
         EXPECT_EQ(status_of_child([&] {
@@ -206,7 +206,7 @@ TEST(NoMoreRoom, IsToldAndLeavesTheOldFileAndNothingElse) {
 }
 
 // The temporary name leads to a device that is always full. A whole file follows no link there.
-TEST(NoMoreRoom, OnADeviceIsToldToo) {
+TEST(NoMoreRoom, OnADeviceIsReportedToo) {
     const ScratchFolder folder;
     const std::string path = folder.write("out", "the old bytes");
     for (const auto& writer : {writers[0], writers[1]}) {

@@ -20,7 +20,7 @@ struct Row {
     const char *path, *result;
 };
 
-TEST(Basename, IsWhatStandsBehindTheLastSlash) {
+TEST(Basename, IsTheTextAfterTheLastSlash) {
     const Row rows[] = {
         {"", ""},           {"abc", "abc"},
         {"a/", ""},         {"/", ""},
@@ -34,7 +34,7 @@ TEST(Basename, IsWhatStandsBehindTheLastSlash) {
         EXPECT_EQ(text(OSAPI::basename(row.path)), row.result) << row.path;
 }
 
-TEST(Dirname, IsWhatStandsBeforeTheLastSlash) {
+TEST(Dirname, IsTheTextBeforeTheLastSlash) {
     const Row rows[] = {
         {"", ""},        {"a", "."},   {"/a", "/"},    {"/", "/"},         {"a/b", "a"},
         {"a/b/", "a/b"}, {"//a", "/"}, {"a/", "a"},    {"a//b", "a/"},     {"/a/b", "/a"},
@@ -44,7 +44,7 @@ TEST(Dirname, IsWhatStandsBeforeTheLastSlash) {
         EXPECT_EQ(text(OSAPI::dirname(row.path)), row.result) << row.path;
 }
 
-TEST(Extension, IsWhatStandsBehindTheLastDot) {
+TEST(Extension, IsTheTextAfterTheLastDot) {
     const Row rows[] = {
         {"x.tar.gz", "gz"}, {"dir.d/file", "d/file"},
         {"name", ""},       {"", ""},

@@ -104,7 +104,7 @@ TEST(FileExists, CreatesNothing) {
 
 // ---- is_directory ----------------------------------------------------------------------------
 
-TEST(IsDirectory, TellsFoldersFromTheRest) {
+TEST(IsDirectory, DistinguishesFoldersFromTheRest) {
     const ScratchFolder folder;
     const std::string file = folder.write("file", "");
     const std::string to_folder = folder.file("to_folder"), to_file = folder.file("to_file");

@@ -133,7 +133,7 @@ TEST(Dup2, MakesTheSecondStandForWhatTheFirstDoes) {
     OSAPI::write(other.fd, "a", 1);
     EXPECT_EQ(OSAPI::read(pipe.read_end.fd, &byte, 1), 1);
     EXPECT_EQ(byte, 'a');
-    EXPECT_EQ(open_descriptors(), before + 1) << "what it stood for is closed";
+    EXPECT_EQ(open_descriptors(), before + 1) << "what it referred to is closed";
 }
 
 TEST(Dup2, OfTheSameDoesNothing) {

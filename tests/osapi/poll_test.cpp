@@ -22,7 +22,7 @@ struct OpenPipe : OSAPI::Pipe {
     OpenPipe() { open(); }
 };
 
-TEST(Poll, TellsWhichDescriptorsAreReady) {
+TEST(Poll, FindsWhichDescriptorsAreReady) {
     OpenPipe pipe;
     OSAPI::pollfd fds[2] = {{pipe.read_end.fd, POLLIN, 0}, {pipe.write_end.fd, POLLOUT, 0}};
     for (const bool interruptible : {false, true}) {
@@ -37,7 +37,7 @@ TEST(Poll, TellsWhichDescriptorsAreReady) {
     EXPECT_EQ(fds[0].revents, POLLIN);
 }
 
-TEST(Poll, WaitsAsLongAsItIsTold) {
+TEST(Poll, WaitsAsLongAsRequested) {
     OpenPipe pipe;
     OSAPI::pollfd fd = {pipe.read_end.fd, POLLIN, 0};
     const u64 start = OSAPI::microsecs();
@@ -45,7 +45,7 @@ TEST(Poll, WaitsAsLongAsItIsTold) {
     EXPECT_GE(OSAPI::microsecs() - start, 19000u);
 }
 
-TEST(Poll, TellsOfASignalWhenItIsInterruptible) {
+TEST(Poll, ReturnsOnASignalWhenItIsInterruptible) {
     OpenPipe pipe;
     OSAPI::pollfd fd = {pipe.read_end.fd, POLLIN, 0};
     const Alarms alarms;
@@ -54,7 +54,7 @@ TEST(Poll, TellsOfASignalWhenItIsInterruptible) {
 }
 
 // The system never restarts poll by itself, whatever the handler's flags.
-TEST(Poll, WaitsOnBehindASignalOtherwise) {
+TEST(Poll, WaitsOnAfterASignalOtherwise) {
     OpenPipe pipe;
     OSAPI::pollfd fd = {pipe.read_end.fd, POLLIN, 0};
     interrupted = &pipe;
@@ -68,8 +68,8 @@ TEST(Poll, WaitsOnBehindASignalOtherwise) {
     }
 }
 
-// A smaller limit on descriptors while it lives. Sanitizers need some to look at an exception, so it
-// must be gone by then.
+// A smaller limit on descriptors while it lives. Sanitizers need some to look at an exception, so
+// it must be gone by then.
 class FewDescriptors {
 public:
     explicit FewDescriptors(rlim_t most) {

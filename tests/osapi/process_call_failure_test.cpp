@@ -1,4 +1,4 @@
-// The system calls about processes, signals and time made to fail, and told what they get.
+// The system calls about processes, signals and time made to fail, and the arguments they get.
 #include "osapi/osapi.h"
 
 #include "tests/osapi/failing_call.h"
@@ -28,9 +28,9 @@ const std::string in_install = in("void OSAPI::Signal::install(const sigaction*)
 
 void do_nothing(int) {}
 
-TEST(ProcessCallFailure, IsToldWholeAndLeavesNothingBehind) {
+TEST(ProcessCallFailure, IsReportedInFullAndLeavesNothing) {
     const char* const arguments[] = {"sh", "-c", "exit", nullptr};
-    expect_told({
+    expect_reported({
         {"fork", 1, ENOMEM, [] { OSAPI::fork(); },
          "fork: Cannot allocate memory" + in("OSAPI_pid_t OSAPI::fork()")},
         {"fork", 1, EAGAIN, [] { ChildProcess().start([] { return 0; }); },
@@ -111,24 +111,24 @@ TEST(ProcessCalls, TellWhereTheyStand) {
 
 // ---- Waiting ---------------------------------------------------------------------------------
 
-// What one call of waitpid tells: its result, errno, and the status word where it tells one.
-struct Told {
+// What one call of waitpid gives: its result, errno, and the status word if there is one.
+struct Answer {
     long result;
     int error;
     int status; // -1 for none
 };
 
-// Waits for `pid` and is told these, one call after the other; the last one must be enough.
-int wait(OSAPI_pid_t pid, OSAPI_pid_t* out, bool nohang, const std::vector<Told>& told) {
+// Waits for `pid` and gets these, one call after the other; the last one must be enough.
+int wait(OSAPI_pid_t pid, OSAPI_pid_t* out, bool nohang, const std::vector<Answer>& answers) {
     SystemCalls calls;
-    for (std::size_t i = 0; i < told.size(); i++) {
-        const char* const word = reinterpret_cast<const char*>(&told[i].status);
-        calls.answer("waitpid", int(i) + 1, told[i].result, told[i].error,
-                     told[i].status == -1 ? "" : std::string(word, sizeof(int)));
+    for (std::size_t i = 0; i < answers.size(); i++) {
+        const char* const word = reinterpret_cast<const char*>(&answers[i].status);
+        calls.answer("waitpid", int(i) + 1, answers[i].result, answers[i].error,
+                     answers[i].status == -1 ? "" : std::string(word, sizeof(int)));
     }
     const int result = OSAPI::_wait_until_dead(pid, out, nohang);
     const std::string call = "waitpid(" + std::to_string(pid) + (nohang ? ", 1)" : ", 0)");
-    EXPECT_EQ(calls.made, Calls(told.size(), call));
+    EXPECT_EQ(calls.made, Calls(answers.size(), call));
     return result;
 }
 
@@ -147,7 +147,7 @@ TEST(WaitUntilDead, JudgesTheStatusWord) {
     }
 }
 
-TEST(WaitUntilDead, WaitsOnBehindEveryStop) {
+TEST(WaitUntilDead, WaitsOnAfterEveryStop) {
     const int stopped = SIGSTOP << 8 | 0x7f, continued = 0xffff;
     OSAPI_pid_t out = 0;
     EXPECT_EQ(wait(77, &out, false, {{77, 0, stopped}, {77, 0, continued}, {77, 0, 9}}), 9);
@@ -187,12 +187,12 @@ TEST(WaitUntilDead, GivesTheProcessOnlyWithAnEnd) {
 
 TEST(WaitUntilDead, ThrowsForAProcessThatWasNotAskedFor) {
     const struct {
-        OSAPI_pid_t pid, told;
+        OSAPI_pid_t pid, returned;
         bool nohang;
     } cases[] = {{77, 78, false}, {77, 78, true}, {77, 0, false}, {0, 78, false}, {-5, 78, true}};
     for (const auto& c : cases) {
         SystemCalls calls;
-        calls.answer("waitpid", 1, c.told, 0);
+        calls.answer("waitpid", 1, c.returned, 0);
         EXPECT_EQ(
             message_without_line_of([&] { OSAPI::_wait_until_dead(c.pid, nullptr, c.nohang); }),
             "unexpected return value from waitpid()" + in_wait);

@@ -29,7 +29,7 @@ const std::string in_wait = in("int OSAPI::_wait_until_dead(OSAPI_pid_t, OSAPI_p
 const std::string non_zero =
     "child process returned non-zero exit code" + in("void OSAPI::wait_until_dead(OSAPI_pid_t)");
 
-// A child that ends like this; nobody has waited for it yet.
+// A child that has ended like this and has not been waited for.
 class DeadChild : public Child {
 public:
     explicit DeadChild(int code) : Child([=] { return code; }) { wait_for_its_end(); }
@@ -63,9 +63,9 @@ TEST(Fork, GivesZeroInTheChildAndTheChildInTheParent) {
         OSAPI::write(pipe.write_end.fd, reinterpret_cast<const char*>(&self), sizeof self);
         _exit(0);
     }
-    OSAPI_pid_t told = 0;
-    OSAPI::read(pipe.read_end.fd, reinterpret_cast<char*>(&told), sizeof told);
-    EXPECT_EQ(told, pid);
+    OSAPI_pid_t sent = 0;
+    OSAPI::read(pipe.read_end.fd, reinterpret_cast<char*>(&sent), sizeof sent);
+    EXPECT_EQ(sent, pid);
     EXPECT_EQ(wait(pid), 0);
 }
 
@@ -80,10 +80,10 @@ TEST(Fork, ThrowsWhenNoMoreProcessesMayBe) {
     }));
 }
 
-int exit_told_at = -1;
+int exit_reported_at = -1;
 
 void tell_of_the_end() {
-    OSAPI::write(exit_told_at, "end", 3);
+    OSAPI::write(exit_reported_at, "end", 3);
 }
 
 TEST(Exit, RunsWhatIsRegisteredForItAndExitNowDoesNot) {
@@ -92,7 +92,7 @@ TEST(Exit, RunsWhatIsRegisteredForItAndExitNowDoesNot) {
         pipe.open();
         const OSAPI_pid_t pid = OSAPI::fork();
         if (pid == 0) {
-            exit_told_at = pipe.write_end.fd;
+            exit_reported_at = pipe.write_end.fd;
             atexit(tell_of_the_end);
             if (now)
                 OSAPI::exit_now(7);
@@ -143,7 +143,7 @@ TEST(Exec, ReturnsByThrowingOnly) {
     }
 }
 
-TEST(Exec, LeavesMarkedDescriptorsBehind) {
+TEST(Exec, ClosesMarkedDescriptors) {
     for (const bool marked : {false, true}) {
         OSAPI::Pipe pipe;
         pipe.open();
@@ -201,7 +201,7 @@ TEST(WaitUntilDead, GivesTheExitCode) {
 }
 
 TEST(WaitUntilDead, GivesTheSignalThatKilledTheChild) {
-    const rlimit no_core = {0, 0}; // the signal is told apart from the mark of a dump, too
+    const rlimit no_core = {0, 0}; // the signal is distinguished from the mark of a dump, too
     setrlimit(RLIMIT_CORE, &no_core);
     for (const int signum : {SIGKILL, SIGTERM, SIGHUP, SIGQUIT, SIGRTMAX}) {
         const KilledChild child(signum);
@@ -242,14 +242,14 @@ TEST(WaitUntilDead, TakesAnyChildForMinusOne) {
     EXPECT_EQ(wait(-1), no_such_child);
 }
 
-TEST(WaitUntilDead, TellsOfNoSuchChild) {
+TEST(WaitUntilDead, ReportsNoSuchChild) {
     OSAPI_pid_t out = 77;
     for (const OSAPI_pid_t pid : {OSAPI_pid_t(1), ::getpid(), OSAPI_pid_t(-1)})
         for (const bool nohang : {false, true})
             EXPECT_EQ(OSAPI::_wait_until_dead(pid, &out, nohang), no_such_child);
     const DeadChild child(0);
     EXPECT_EQ(wait(child.pid), 0);
-    EXPECT_EQ(wait(child.pid), no_such_child) << "an end is told once";
+    EXPECT_EQ(wait(child.pid), no_such_child) << "an end is reported once";
     EXPECT_EQ(out, 77);
 }
 
@@ -273,9 +273,9 @@ TEST(WaitUntilDead, IgnoresThatAChildHasStopped) {
     EXPECT_EQ(wait(child.pid), SIGKILL);
 }
 
-// The stops of a traced child are told to whoever waits, who must go on waiting. Where tracing is
-// forbidden the child is stopped as any other.
-TEST(WaitUntilDead, WaitsOnBehindAStopThatItIsTold) {
+// The stops of a traced child are reported to its waiter, which must go on waiting. Where tracing
+// is forbidden the child is stopped as any other.
+TEST(WaitUntilDead, WaitsOnAfterAStopThatIsReported) {
     const Child child([] {
         ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
         raise(SIGSTOP);
@@ -297,7 +297,7 @@ TEST(WaitUntilDead, TakesAnInterruptedWaitForAnExitWithZero) {
     const Alarms alarms;
     OSAPI_pid_t out = 77;
     EXPECT_EQ(OSAPI::_wait_until_dead(child.pid, &out, false), 0);
-    EXPECT_EQ(out, -1) << "how to tell";
+    EXPECT_EQ(out, -1) << "marks the interruption";
     EXPECT_NO_THROW(OSAPI::wait_until_dead(child.pid));
     EXPECT_TRUE(child.is_there());
     EXPECT_EQ(::kill(child.pid, 0), 0);
@@ -399,7 +399,7 @@ TEST(ChildProcess, WaitsAndSendsNoSignal) {
 TEST(ChildProcess, RunsWhatIsRegisteredForItsEnd) {
     OSAPI::Pipe pipe;
     pipe.open();
-    exit_told_at = pipe.write_end.fd;
+    exit_reported_at = pipe.write_end.fd;
     ChildProcess child;
     child.start([] {
         atexit(tell_of_the_end);
@@ -410,14 +410,14 @@ TEST(ChildProcess, RunsWhatIsRegisteredForItsEnd) {
     EXPECT_EQ(OSAPI::read_short(pipe.read_end.fd, bytes, 3), 3);
 }
 
-// Above the child's function stand the parent's callers, who would otherwise go on twice.
+// Otherwise the child would unwind into the parent's callers, which would go on twice.
 TEST(ChildProcess, NeverLetsAnExceptionIntoItsCaller) {
     const OSAPI_pid_t self = ::getpid();
     ChildProcess child;
     try {
         child.start([]() -> int {
             signal(SIGABRT, SIG_DFL);
-            ::close(2); // nobody need read that it was terminated
+            ::close(2); // the message of the termination is not wanted
             throw std::runtime_error("no more");
         });
     } catch (...) {
@@ -435,7 +435,7 @@ TEST(ChildProcess, TakesAnInterruptedWaitForItsEnd) {
         EXPECT_NO_THROW(child.stop());
     }
     EXPECT_EQ(child.pid, -1);
-    EXPECT_EQ(wait(pid, true), -1) << "it still runs, and nobody knows it any more";
+    EXPECT_EQ(wait(pid, true), -1) << "it still runs, without an owner";
     ::kill(pid, SIGKILL);
     EXPECT_EQ(wait(pid), SIGKILL);
 }

@@ -146,7 +146,8 @@ TEST_F(ShortTransfer, MovesTheOffsetAlong) {
                      "pwrite(13, 5000000008)", "pwrite(5, 5000000016)"}));
 }
 
-// The system takes or gives no more than 2 GiB at once; nothing is touched, as it is only told so.
+// The system takes or gives no more than 2 GiB at once; nothing is touched, the calls only get the
+// size.
 TEST(LongTransfer, CountsBeyond32Bits) {
     char untouched;
     for (const Transfer& transfer : transfers) {

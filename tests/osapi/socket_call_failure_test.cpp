@@ -1,4 +1,4 @@
-// The system calls of sockets made to fail, and told what they get.
+// The system calls of sockets made to fail, and the arguments they get.
 #include "osapi/osapi.h"
 
 #include "tests/core/captured.h"
@@ -50,7 +50,7 @@ struct Row {
     int leaked; // descriptors
 };
 
-TEST(SocketCallFailure, IsToldWholeAndLeavesNothingBehindButForAConnection) {
+TEST(SocketCallFailure, IsReportedInFullAndLeavesNothingButForAConnection) {
     const Answer bound = {"bind", 0, 0}, listens = {"listen", 0, 0};
     const auto connect = [] { OSAPI::connect_tcp("127.0.0.1", port); };
     const auto tcp = [] { TCPServerSocket server(port); };
@@ -167,7 +167,7 @@ TEST(UNIXServerSocket, IsClosedEvenWhenClosingThrows) {
     EXPECT_EQ(folder.names(), Calls());
 }
 
-TEST(UNIXServerSocket, TellsOfTheFirstFailureWhenItsFileStaysToo) {
+TEST(UNIXServerSocket, ReportsTheFirstFailureWhenItsFileStaysToo) {
     const ScratchFolder folder;
     const std::string path = folder.file("socket");
     UNIXServerSocket server(path.c_str());
@@ -243,7 +243,7 @@ TEST(ConnectTcp, TakesTheFirstAddress) {
     EXPECT_EQ(ntohl(peer.sin_addr.s_addr), 0x7f000001u);
 }
 
-TEST(ConnectTcp, DoesNotLookForAHostBehindAnImpossiblePort) {
+TEST(ConnectTcp, DoesNotLookForAHostWithAnImpossiblePort) {
     SystemCalls calls;
     for (const int impossible : {0, 65536, -1})
         EXPECT_THROW(OSAPI::connect_tcp("host", impossible), AssertXception);
@@ -275,7 +275,7 @@ public:
 
 TYPED_TEST_SUITE(AcceptCalls, Servers, ServerNames);
 
-TYPED_TEST(AcceptCalls, TakeInterruptionsAsTheyAreTold) {
+TYPED_TEST(AcceptCalls, TakeInterruptionsAsRequested) {
     const bool tcp = std::is_same<TypeParam, TCPServerSocket>::value;
     const std::string call = tcp ? "accept(16)" : "accept(110)";
     for (const bool interruptible : {false, true}) {

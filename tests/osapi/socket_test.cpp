@@ -196,7 +196,7 @@ void connect_now() {
     errno = error;
 }
 
-TEST(Accept, TellsOfASignalWhenItIsInterruptible) {
+TEST(Accept, ReturnsOnASignalWhenItIsInterruptible) {
     const ScratchFolder folder;
     TCPServerSocket tcp;
     open_somewhere(tcp);
@@ -206,7 +206,7 @@ TEST(Accept, TellsOfASignalWhenItIsInterruptible) {
     EXPECT_EQ(local.accept(true), -1);
 }
 
-TEST(Accept, WaitsOnBehindASignalOtherwise) {
+TEST(Accept, WaitsOnAfterASignalOtherwise) {
     TCPServerSocket server;
     address_to_connect.sin_family = AF_INET;
     address_to_connect.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -218,7 +218,7 @@ TEST(Accept, WaitsOnBehindASignalOtherwise) {
     EXPECT_TRUE(connected(client.fd, accepted.fd));
 }
 
-TEST(Accept, AtALocalSocketWaitsOnBehindASignalOtherwise) {
+TEST(Accept, AtALocalSocketWaitsOnAfterASignalOtherwise) {
     const ScratchFolder folder;
     const std::string path = folder.file("socket");
     UNIXServerSocket server(path.c_str());
@@ -342,7 +342,7 @@ TEST(UNIXServerSocket, NeedsAPathWhereNothingIs) {
     EXPECT_EQ(open_descriptors(), before);
 }
 
-TEST(UNIXServerSocket, CleansUpBehindAFailedOpenWhenItCloses) {
+TEST(UNIXServerSocket, CleansUpAfterAFailedOpenWhenItCloses) {
     const ScratchFolder folder;
     const std::string file = folder.write("file", "bytes");
     const int before = open_descriptors();

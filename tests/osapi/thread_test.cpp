@@ -1,5 +1,5 @@
 // What may be called from several threads at once: everything whose state is the caller's own.
-// Meant for the thread sanitizer, which tells what is shared; the values tell what got mixed up.
+// Meant for the thread sanitizer, which reports what is shared; the values show what got mixed up.
 #include "osapi/osapi.h"
 #include "osapi/whole_file.h"
 
@@ -116,7 +116,7 @@ TEST(Threads, TalkThroughPipes) {
 }
 
 // In a zone that is named and known by then: without one the C library looks for the machine's each
-// time, behind a lock of its own that the sanitizer does not see.
+// time, under a lock of its own that the sanitizer does not see.
 TEST(Threads, AskForTheTime) {
     setenv("TZ", "UTC0", 1);
     OSAPI::get_date();
@@ -127,7 +127,7 @@ TEST(Threads, AskForTheTime) {
     });
 }
 
-// Of those who want to be the only one there is one at a time, and what it wrote is whole.
+// There is one exclusive writer at a time, and what it wrote is whole.
 TEST(Threads, WriteOneFileOneAtATime) {
     const ScratchFolder folder;
     const std::string path = folder.file("out");

@@ -50,7 +50,7 @@ typedef OpenFile Truncate;
 
 // ---- Whole reads -----------------------------------------------------------------------------
 
-TEST_F(Read, ReadsWhatWasAskedForWhereTheDescriptorStands) {
+TEST_F(Read, ReadsWhatWasAskedForAtTheFilePosition) {
     EXPECT_EQ(OSAPI::read(fd, bytes, 4), 4);
     EXPECT_EQ(OSAPI::read(fd, bytes + 4, 6), 6);
     EXPECT_STREQ(bytes, "0123456789#########");
@@ -106,7 +106,7 @@ TEST_F(Pread, ReadsWhatWasAskedForWhereItWasAskedFor) {
     EXPECT_EQ(OSAPI::pread(fd, bytes, 3, 6), 3);
     EXPECT_EQ(OSAPI::pread(fd, bytes + 3, 2, 0), 2);
     EXPECT_EQ(std::string(bytes, 6), "67801#");
-    EXPECT_EQ(::lseek(fd, 0, SEEK_CUR), 0) << "the descriptor stays where it stands";
+    EXPECT_EQ(::lseek(fd, 0, SEEK_CUR), 0) << "the file position stays";
 }
 
 TEST_F(Pread, ReachesBeyond32Bits) {
@@ -169,7 +169,7 @@ TEST_F(Pwrite, WritesWhereItWasAskedTo) {
     EXPECT_EQ(OSAPI::pwrite(fd, "x", 1, 12), 1);
     EXPECT_EQ(OSAPI::pwrite(fd, "none", 0, 0), 0);
     EXPECT_EQ(bytes_of(path), std::string("0123abc789\0\0x", 13));
-    EXPECT_EQ(::lseek(fd, 0, SEEK_CUR), 0) << "the descriptor stays where it stands";
+    EXPECT_EQ(::lseek(fd, 0, SEEK_CUR), 0) << "the file position stays";
 }
 
 TEST_F(Pwrite, OfNothingTouchesNothing) {
@@ -193,7 +193,7 @@ TEST_F(Pwrite, ThrowsTheSystemsReason) {
 
 // ---- lseek -----------------------------------------------------------------------------------
 
-TEST_F(Lseek, GivesWhereTheDescriptorStandsNow) {
+TEST_F(Lseek, ReturnsTheNewFilePosition) {
     EXPECT_EQ(OSAPI::lseek(fd, 3, SEEK_SET), 3);
     EXPECT_EQ(OSAPI::lseek(fd, 4, SEEK_CUR), 7);
     EXPECT_EQ(OSAPI::lseek(fd, -2, SEEK_END), 8);

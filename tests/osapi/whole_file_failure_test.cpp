@@ -1,5 +1,5 @@
 // A whole file against a system that refuses: every call fails in its turn, alone and with the
-// clean-up behind it.
+// clean-up after it.
 #include "osapi/whole_file.h"
 
 #include "tests/message_of.h"
@@ -93,7 +93,7 @@ const std::string none = "(no StrXception)";
 
 } // namespace
 
-TEST_F(WholeFileFailure, OfAnyCallIsToldAndLeavesTheOldFileAlone) {
+TEST_F(WholeFileFailure, OfAnyCallIsReportedAndLeavesTheOldFileAlone) {
     folder.write("sky", "the old file");
     const int before = open_descriptors();
     for (const Failure& failure : failures) {
@@ -132,7 +132,7 @@ TEST_F(WholeFileFailure, IsTheFirstOneWhenTheCleanUpFailsToo) {
     }
 }
 
-TEST_F(WholeFileFailure, OfTheWriterIsToldWhenTheCleanUpFailsToo) {
+TEST_F(WholeFileFailure, OfTheWriterIsReportedWhenTheCleanUpFailsToo) {
     folder.write("sky", "the old file");
     EXPECT_EQ(status_of_child([&] {
                   const int before = open_descriptors();
@@ -161,7 +161,7 @@ TEST_F(WholeFileFailure, LeavesRoomForTheNextWriter) {
     }
 }
 
-// A close that fails tells of bytes that were lost: so it comes before the renaming. The lock, which
+// A failed close reports lost bytes, so it comes before the renaming. The lock, which
 // another descriptor holds, is given up after that.
 TEST_F(WholeFileFailure, IsLookedForInThisOrder) {
     folder.write("sky", "the old file");
@@ -172,7 +172,7 @@ TEST_F(WholeFileFailure, IsLookedForInThisOrder) {
               "lstat rename lstat fsync close close ");
 }
 
-TEST_F(WholeFileFailure, OfTheFoldersSyncIsToldThoughTheFileIsThere) {
+TEST_F(WholeFileFailure, OfTheFoldersSyncIsReportedThoughTheFileIsThere) {
     const Failure failure = {"fsync", 2, EIO, "fsync: Input/output error"};
     const int before = open_descriptors();
     EXPECT_EQ(said_when(failure), failure.message);
@@ -197,7 +197,7 @@ TEST_F(WholeFileFailure, IsNotThatThereAreNoLocks) {
     }
 }
 
-TEST_F(WholeFileFailure, IsToldOfAFileThatIsThereWhereThereAreNoLocks) {
+TEST_F(WholeFileFailure, IsReportedForAFileThatIsThereWhereThereAreNoLocks) {
     folder.write("sky.inprogress", "left or in use");
     for (const int error : {ENOLCK, ENOSYS, EOPNOTSUPP})
         EXPECT_EQ(said_when({"flock", 1, error, ""}),
@@ -256,7 +256,7 @@ TEST_F(WholeFileFailure, LeavesAFoundFileThatHasGoneBeforeItIsOpened) {
     }
 }
 
-TEST_F(WholeFileFailure, OfAnyCallAboutAFoundFileIsToldAndLeavesIt) {
+TEST_F(WholeFileFailure, OfAnyCallAboutAFoundFileIsReportedAndLeavesIt) {
     const std::vector<Failure> about_found = {
         {"lstat", 2, EIO, "opening file \"" + temporary + "\": Input/output error"},
         {"open", 2, EMFILE, "opening file \"" + temporary + "\": Too many open files"},
@@ -286,7 +286,7 @@ TEST_F(WholeFileFailure, ComesAfterManyTries) {
     EXPECT_EQ(calls.count("open"), 199) << "100 that create, and 99 of what is there";
 }
 
-TEST_F(WholeFileFailure, IsToldWhenTheFinalNameIsAnotherUsersAfterTheRenaming) {
+TEST_F(WholeFileFailure, IsReportedWhenTheFinalNameIsAnotherUsersAfterTheRenaming) {
     const std::string message =
         "rename(" + temporary + "," + path + "): the file was replaced by another user";
     // The fourth lstat is that of the final name.

@@ -281,7 +281,7 @@ TEST(WholeFileWriters, LeaveAnothersFileAlone) {
     ASSERT_EQ(chmod(folder.path().c_str(), 0777), 0);
     ASSERT_EQ(chmod(temporary.c_str(), 0666), 0);
     if (getuid() != 0)
-        GTEST_SKIP() << "takes a privileged user, who can be two";
+        GTEST_SKIP() << "needs a privileged user, who can act as two";
     EXPECT_TRUE(holds_unprivileged([&] {
         return message_without_place_of(
                    [&] { write_whole_file(path.c_str(), [](OSAPI::fd_t) {}); }) ==
@@ -294,7 +294,7 @@ TEST(WholeFileWriters, LeaveAnothersFileAlone) {
 // Another user keeps putting links and files of its own in the temporary file's place.
 TEST(WholeFileWriters, HoldOutAgainstOneWhoKeepsPlanting) {
     if (getuid() != 0)
-        GTEST_SKIP() << "takes a privileged user, who can be two";
+        GTEST_SKIP() << "needs a privileged user, who can act as two";
     const ScratchFolder folder;
     const std::string path = folder.file("sky"), temporary = path + ".inprogress";
     folder.write("victim", "somebody's");
@@ -379,7 +379,7 @@ TEST(WholeFile, HasMode0664LessTheMaskWhereNoneWas) {
     }
 }
 
-// A link is replaced, and its mode is nobody's wish.
+// A link is replaced, and its mode is not kept.
 TEST(WholeFile, TakesNoModeFromALink) {
     const ScratchFolder folder;
     folder.write("target", "old");
