@@ -480,8 +480,8 @@ class FileMapping : public MemoryMapping {
 public:
     FileMapping(fd_t fd, uword len, int flags);
 
-    // Maps the whole file. Throws as open, getsize, map and close do. An empty file cannot be
-    // mapped: "mmap(file): Invalid argument"; nor with OPEN_WRITE any other, which it truncates.
+    // Maps the whole file. Throws as open, getsize, map and close do; for an empty file "mmap(file):
+    // Invalid argument", and so with OPEN_WRITE, which empties the file, always.
     FileMapping(const char* path, int flags);
 
     // REQUIRES: nothing is mapped yet. When "mmap(file): …" is thrown, nothing is mapped still.
