@@ -2,6 +2,7 @@
 """What scripts/check-includes refuses in a planted tree, and what it lets pass."""
 import pathlib
 import subprocess
+import sys
 import tempfile
 import unittest
 
@@ -127,7 +128,7 @@ def check(name, text):
         file = pathlib.Path(folder, name)
         file.parent.mkdir(parents=True)
         file.write_text(text)
-        done = subprocess.run([SCRIPT, folder], capture_output=True, text=True)
+        done = subprocess.run([sys.executable, SCRIPT, folder], capture_output=True, text=True)
         return done.returncode, done.stdout, done.stderr
 
 
