@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/xception.h"
+#include "tests/function_spelling.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +22,8 @@ std::string assertion_of(Action action) {
         action();
     } catch (AssertXception& x) {
         EXPECT_GT(x.line, 0);
-        return std::string("'") + x.expr + "' in <" + x.function + "> (" + x.file + ":LINE)";
+        return std::string("'") + x.expr + "' in <" + spelled_by_gcc(x.function) + "> (" + x.file +
+               ":LINE)";
     }
     return "(no AssertXception)";
 }
