@@ -12,7 +12,7 @@ static const HostMatrix identity = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0,
 
 namespace {
 
-// There for the scripts that hold it, and 0.
+// Accepted in scripts, as long as it is 0.
 class SkewKnob : public NumberKnob {
 public:
     explicit SkewKnob(const KnobSpec& spec) : NumberKnob(spec, {0, 0, 0}) {}
@@ -36,12 +36,13 @@ public:
 } // namespace
 
 AxisKnob::AxisKnob(const KnobSpec& spec) : HostKnob(spec) {
-    const auto* const behind = static_cast<const DD::Image::Matrix4*>(spec.data);
-    std::copy(behind->array(), behind->array() + 16, made_with.begin());
+    const auto* const initial = static_cast<const DD::Image::Matrix4*>(spec.data);
+    std::copy(initial->array(), initial->array() + 16, made_with.begin());
 }
 
 std::vector<std::unique_ptr<HostKnob>> AxisKnob::make_parts() {
     std::vector<std::unique_ptr<HostKnob>> parts;
+    // Makers of parts, which add them in the order of the panel.
     const std::string prefix = is("transform") ? "" : name() + "_";
     const auto spec = [](DD::Image::KnobType type, const std::string& full) {
         return KnobSpec{type, DD::Image::NoPtr, nullptr, full.c_str()};
@@ -62,6 +63,7 @@ std::vector<std::unique_ptr<HostKnob>> AxisKnob::make_parts() {
         return add(new ChoiceKnob(menu, index));
     };
 
+    // The parts. The op's own value, which need not come from them, is in `matrix`.
     transform_order = choice("xform_order", transform_orders, int(TransformOrder::SRT));
     rotation_order = choice("rot_order", rotation_orders, int(RotationOrder::ZXY));
     translate = numbers(DD::Image::XYZ_KNOB, "translate", {0, 0, 0});
@@ -85,6 +87,7 @@ static std::array<double, 3> three(const NumberKnob& knob, double time) {
 }
 
 HostMatrix AxisKnob::matrix_at(double time) const {
+    // From rows to columns.
     if (use_matrix->get_value_at(time, 0) != 0) {
         HostMatrix columns;
         for (std::size_t row = 0; row < 4; row++)
@@ -93,6 +96,7 @@ HostMatrix AxisKnob::matrix_at(double time) const {
                     float(matrix->get_value_at(time, int(4 * row + column)));
         return columns;
     }
+    // By the parts. Menus may hold indices that no item has.
     Transform transform;
     transform.translate = three(*translate, time);
     transform.rotate = three(*rotate, time);

@@ -1,8 +1,11 @@
 // The knob for an affine transformation, whose parts are knobs of their own: translate, rotate,
-// scaling, uniform_scale, skew, pivot, xform_order, rot_order, and useMatrix with matrix in place
-// of all of them.
+// scaling, uniform_scale, skew, pivot, xform_order, rot_order, and useMatrix, with which `matrix`
+// replaces all of them.
 //
-// Skew is refused: the host's documentation does not say how it takes effect.
+// Units:     degrees; distances in scene units.
+// Shapes:    matrices as in Transform; the knob `matrix` is a list of rows.
+// Errors:    ScriptError for a skew, whose effect the host does not document.
+// Ownership: the node owns the parts; the axis borrows them.
 #pragma once
 
 #include "host/knobs/choice_knob.h"
@@ -18,19 +21,19 @@ class AxisKnob : public HostKnob {
 public:
     explicit AxisKnob(const DD::Image::KnobSpec& spec);
 
-    // The parts, to be given to the node. The axis keeps looking at them.
+    // The parts, for the node to own. Call once.
     std::vector<std::unique_ptr<HostKnob>> make_parts();
 
-    // What the parts come to.
+    // The transformation by the parts at a time.
     HostMatrix matrix_at(double time) const;
 
-    // Column by column, and no longer by the other parts.
+    // Turns useMatrix on, so that the other parts have no effect.
     void set_matrix(const HostMatrix& matrix);
 
     bool is_animated() const override;
     int size() const override { return 16; }
     using Knob::get_value_at;
-    double get_value_at(double time, int i) const override; // in memory order
+    double get_value_at(double time, int i) const override; // column by column
 
     void store(DD::Image::StoreType type, void* data, DD::Image::Hash& hash,
                const DD::Image::OutputContext& context) override;
@@ -39,7 +42,7 @@ protected:
     bool fits(DD::Image::StoreType type) const override { return type == DD::Image::MatrixPtr; }
 
 private:
-    HostMatrix made_with; // what the op had behind its pointer
+    HostMatrix made_with; // the op's own value when the knob was made
     NumberKnob *translate = nullptr, *rotate = nullptr, *scaling = nullptr,
                *uniform_scale = nullptr, *pivot = nullptr, *use_matrix = nullptr, *matrix = nullptr;
     ChoiceKnob *transform_order = nullptr, *rotation_order = nullptr;

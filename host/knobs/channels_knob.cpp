@@ -18,7 +18,7 @@ ChannelsKnob::ChannelsKnob(const DD::Image::KnobSpec& spec)
     remember_default();
 }
 
-// One word of a list: a set, a channel, or with a minus in front a channel that is left out.
+// One word of a list: a set, a channel, or, after a minus, a channel that is left out.
 static ChannelSet set_of(const ScriptValue& word, const std::string& script) {
     for (const auto& named : named_sets)
         if (word.text == named.name)
@@ -39,6 +39,7 @@ void ChannelsKnob::read(const ScriptValue& value, const std::string& script) {
 }
 
 ScriptValue ChannelsKnob::script_value() const {
+    // A set's name if there is one, else the list.
     ScriptValue value;
     for (const auto& named : named_sets) {
         value.text = named.name;

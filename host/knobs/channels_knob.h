@@ -1,4 +1,6 @@
-// The knob that picks channels: all, none, rgb, rgba, alpha, or a list of channels' names.
+// The knob that picks channels: all, none, rgb, rgba, alpha, depth, or a list of channel names.
+//
+// Errors:    ScriptError for a name that no channel has.
 #pragma once
 
 #include "host/knobs/host_knob.h"

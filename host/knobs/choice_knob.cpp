@@ -34,6 +34,7 @@ bool ChoiceKnob::set_value(double value, int i) {
 }
 
 bool ChoiceKnob::set_text(const char* text) {
+    // An item's text comes before an index.
     const std::string wanted = text ? text : "";
     const auto item = std::find(texts.begin(), texts.end(), wanted);
     int index = int(item - texts.begin());
@@ -44,6 +45,7 @@ bool ChoiceKnob::set_text(const char* text) {
 }
 
 void ChoiceKnob::read(const ScriptValue& value, const std::string& script) {
+    // A list of one text is what a text is.
     const std::vector<ScriptValue> items = list_items(value, script);
     const bool plain = items.size() == 1 && items[0].kind != ScriptValue::Kind::braced;
     if (!plain)

@@ -1,5 +1,7 @@
-// A knob that picks one item of a menu. Scripts hold the item's text; an index is taken as well,
-// even one that no item has.
+// A knob that picks one item of a menu.
+//
+// Shapes:    scripts hold the item's text. An index is accepted as well, even out of range.
+// Errors:    ScriptError for other texts, and for animations and expressions.
 #pragma once
 
 #include "host/knobs/host_knob.h"
@@ -23,7 +25,7 @@ public:
     double get_value_at(double, int) const override { return chosen; }
     bool set_value(double value, int i) override;
 
-    // The item's text; an index that no item has, as a number.
+    // The item's text; of an index out of range the number.
     const char* get_text() const override { return text.c_str(); }
     bool set_text(const char* text) override;
 

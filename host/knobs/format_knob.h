@@ -1,4 +1,7 @@
-// The knob that picks an image's format; until one is picked it is the project's own.
+// The knob that picks an image's format; the project's until one is picked.
+//
+// Errors:    ScriptError for texts that are not a format.
+// Ownership: borrows the project, which must outlive the knob.
 #pragma once
 
 #include "host/knobs/host_knob.h"
@@ -8,10 +11,9 @@ namespace velmora::host {
 
 class FormatKnob : public HostKnob {
 public:
-    // The project must outlive the knob.
     FormatKnob(const DD::Image::KnobSpec& spec, const Project& project);
 
-    // One that ops may point to for as long as they like.
+    // Lives as long as the process: ops keep pointers to it.
     const DD::Image::Format& format() const { return picked ? *picked : project.format(); }
     void set_format(const DD::Image::Format& format);
 
@@ -26,7 +28,7 @@ protected:
 
 private:
     const Project& project;
-    const DD::Image::Format* picked = nullptr;
+    const DD::Image::Format* picked = nullptr; // null for the project's
 };
 
 } // namespace velmora::host

@@ -18,7 +18,7 @@ Format parse_format_text(const ScriptValue& value, const std::string& script) {
                               in_quotes(value) +
                                   " is not a format: width height [x y r t] [aspect] "
                                   "[name]");
-    // A text in quotes is a list, too.
+    // Split it; a quoted text is a list, too. Whole numbers come first.
     ScriptValue list = value;
     list.kind = ScriptValue::Kind::braced;
     const std::vector<ScriptValue> words = list_items(list, script);
@@ -26,12 +26,13 @@ Format parse_format_text(const ScriptValue& value, const std::string& script) {
     std::size_t count = 0;
     while (count < words.size() && count < 6 && parse_side(words[count].text, sides[count]))
         count++;
+    // A name alone.
     if (count == 0 && words.size() == 1) {
         if (const Format* const named = Format::findNamed(words[0].text.c_str()))
             return *named;
         throw ScriptError(script, value.place, "there is no format named " + in_quotes(words[0]));
     }
-    // A third whole number alone is the pixel aspect.
+    // The box is all of x y r t or none; a third whole number is the pixel aspect.
     if (count > 2 && count < 6)
         count = 2;
     if (count < 2 || sides[0] < 1 || sides[1] < 1)
@@ -45,6 +46,7 @@ Format parse_format_text(const ScriptValue& value, const std::string& script) {
         if (!inside || format.w() < 1 || format.h() < 1)
             throw refused;
     }
+    // The rest: pixel aspect and name.
     double aspect;
     if (count < words.size() && parse_aspect(words[count].text, aspect)) {
         format.pixel_aspect(aspect);

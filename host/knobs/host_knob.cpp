@@ -23,6 +23,7 @@ ScriptValue HostKnob::script_value() const {
 
 bool HostKnob::from_script(const char* text) {
     try {
+        // The text may be one value or the items of a list.
         ScriptValue value;
         value.kind = ScriptValue::Kind::braced;
         value.text = text ? text : "";
@@ -35,7 +36,7 @@ bool HostKnob::from_script(const char* text) {
 }
 
 std::string HostKnob::to_script() const {
-    return list_value({script_value()}).text; // one item, as it stands in a list
+    return list_value({script_value()}).text; // quoted as an item
 }
 
 void HostKnob::remember_default() {

@@ -1,6 +1,8 @@
-// A knob as the host keeps it: with the texts of saved scripts, and watched as it is stored.
+// The base of the host's knobs: the interface's Knob, with values for saved scripts and with checks
+// of what is stored.
 //
-// Errors:    ScriptError from read, PluginMisuse from store_into.
+// Errors:    ScriptError from read(), PluginMisuse from store_into().
+// Threads:   main thread only.
 #pragma once
 
 #include "host/script/script_text.h"
@@ -14,38 +16,38 @@ class DDImage_API HostKnob : public DD::Image::Knob {
 public:
     explicit HostKnob(const DD::Image::KnobSpec& spec);
 
-    // Whether the op declared it, rather than the host as a part of another.
+    // Whether the op declares it; false for the parts of another knob.
     bool declared() const { return declared_; }
 
-    // Takes over a value of a saved script; `script` is the script's name in messages. Nothing
-    // changes when the value is refused.
+    // Takes a value from a saved script; `script` is its name in messages. If the value is refused,
+    // nothing changes.
     virtual void read(const ScriptValue& value, const std::string& script);
 
-    // The value as read() takes it.
+    // The value as read() accepts it.
     virtual ScriptValue script_value() const;
 
     bool from_script(const char* text) override;
     std::string to_script() const override;
     bool not_default() const override;
 
-    // Whether a declaration is of the kind that this knob was made from.
+    // Whether a declaration has the type, store type and count of the one that made this knob.
     bool is_declared_as(const DD::Image::KnobSpec& spec) const;
 
-    // Knob::store, for a type that fits.
+    // Checks the type, then stores the value at the op's moment. Null `data` stores nothing.
     void store_into(DD::Image::Op& op, DD::Image::StoreType type, void* data,
                     DD::Image::Hash& hash);
 
 protected:
-    // Whether the value can be put behind such a pointer.
+    // Whether the value can be stored through a pointer of this type.
     virtual bool fits(DD::Image::StoreType type) const;
 
-    // Knob::store at the op's moment; the op may keep what the pointer points to.
+    // Knob::store at the op's moment, for knobs whose value the op must keep alive.
     virtual void put(DD::Image::Op& op, DD::Image::StoreType type, void* data,
                      DD::Image::Hash& hash);
 
     void set_declared(bool declared) { declared_ = declared; }
 
-    // To be called when the knob is made: not_default() compares with this.
+    // Call at the end of the constructor: not_default() compares with the value then.
     void remember_default();
 
 private:

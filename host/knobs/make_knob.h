@@ -1,4 +1,6 @@
-// From a knob's declaration to the knob.
+// Makes the knob that a declaration describes.
+//
+// Ownership: the caller's; a knob of a format borrows the project.
 #pragma once
 
 #include "host/knobs/host_knob.h"
@@ -9,8 +11,7 @@
 
 namespace velmora::host {
 
-// The knob that `spec` declares, with the value that the op has behind the pointer, and behind it
-// the knobs that are its parts.
+// The knob that `spec` declares, with the op's own value, followed by the knobs that are its parts.
 std::vector<std::unique_ptr<HostKnob>> make_knobs(const DD::Image::KnobSpec& spec,
                                                   const Project& project);
 

@@ -11,8 +11,8 @@ using DD::Image::StoreType;
 
 static const std::size_t matrix_side = 4;
 
-// The number that an op has behind the pointer; what a curve cannot hold counts as 0.
-static double number_behind(const KnobSpec& spec, int i) {
+// The op's own value of number `i`; infinity and NaN, which a curve cannot hold, become 0.
+static double initial_number(const KnobSpec& spec, int i) {
     double number = 0;
     if (spec.data && spec.store == DD::Image::DoublePtr)
         number = static_cast<const double*>(spec.data)[i];
@@ -27,7 +27,7 @@ static double number_behind(const KnobSpec& spec, int i) {
 
 NumberKnob::NumberKnob(const KnobSpec& spec) : HostKnob(spec) {
     for (int i = 0; i < spec.count; i++)
-        curves.push_back(AnimationCurve::constant(number_behind(spec, i)));
+        curves.push_back(AnimationCurve::constant(initial_number(spec, i)));
     sources.resize(curves.size());
     remember_default();
 }
@@ -103,6 +103,7 @@ std::vector<const ScriptTree*> NumberKnob::parts_of(const ScriptTree& value) con
 }
 
 void NumberKnob::read(const ScriptValue& value, const std::string& script) {
+    // As many numbers as the knob has, or one for all.
     const ScriptTree tree(value, script);
     const std::vector<const ScriptTree*> parts = parts_of(tree);
     const bool one_for_all = parts.size() == 1;
@@ -110,6 +111,7 @@ void NumberKnob::read(const ScriptValue& value, const std::string& script) {
         tree.fail("knob '" + name() + "' takes " + std::to_string(curves.size()) +
                   (curves.size() == 1 ? " number" : " numbers") + ", not " +
                   std::to_string(parts.size()));
+    // Read all of them before any is replaced.
     std::vector<AnimationCurve> read;
     for (std::size_t i = 0; i < curves.size(); i++)
         read.push_back(read_one(*parts[one_for_all ? 0 : i]));
@@ -118,6 +120,7 @@ void NumberKnob::read(const ScriptValue& value, const std::string& script) {
 }
 
 ScriptValue NumberKnob::script_value() const {
+    // One number alone, but a curve in a list of its own; several as a list; a matrix by rows.
     if (curves.size() == 1) {
         ScriptValue value = curves[0].value();
         if (curves[0].is_animated())
@@ -143,7 +146,7 @@ bool NumberKnob::fits(StoreType type) const {
            type == DD::Image::IntPtr || type == DD::Image::BoolPtr;
 }
 
-// Numbers beyond what an int holds become the nearest that it does.
+// Rounded, halves up, and clamped to what an int holds.
 static int whole(double number) {
     const double largest = 2147483647.0;
     return int(std::fmin(std::fmax(std::floor(number + 0.5), -largest - 1), largest));

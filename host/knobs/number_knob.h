@@ -1,8 +1,9 @@
-// Knobs of one or more numbers, each perhaps animated: integers, switches, sliders, colours,
-// points, matrices.
+// Knobs of one or more numbers, each of which may be animated: integers, switches, sliders,
+// colours, points, matrices.
 //
-// Shapes:    a saved script has one number alone, several as a list, a matrix as a list of rows; a
-//            single number for several sets all of them.
+// Shapes:    in scripts one number is a word, several are a list, a matrix is a list of rows; a
+//            single number sets all of several.
+// Errors:    ScriptError for expressions, and for another count of numbers.
 #pragma once
 
 #include "host/knobs/host_knob.h"
@@ -18,7 +19,7 @@ class NumberKnob : public HostKnob {
 public:
     explicit NumberKnob(const DD::Image::KnobSpec& spec);
 
-    // A part of another knob: `values` long, and as they are to start with.
+    // A part of another knob, with its number of values and their defaults.
     NumberKnob(const DD::Image::KnobSpec& spec, const std::vector<double>& values);
 
     int size() const override { return int(curves.size()); }
@@ -27,7 +28,7 @@ public:
     bool set_value(double value, int i) override;
     bool is_animated() const override;
 
-    // From now on number `i` is what `source` says of each time, until it is set or read anew.
+    // Number `i` is `source(time)`, until it is set or read again.
     void follow(int i, std::function<double(double time)> source);
 
     void read(const ScriptValue& value, const std::string& script) override;
@@ -40,7 +41,7 @@ protected:
 
 private:
     std::vector<AnimationCurve> curves;
-    std::vector<std::function<double(double)>> sources; // of numbers that follow one
+    std::vector<std::function<double(double)>> sources; // empty for numbers that have a curve
 
     bool is_switch() const { return ClassID() == DD::Image::BOOL_KNOB; }
     AnimationCurve read_one(const ScriptTree& value) const;

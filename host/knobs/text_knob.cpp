@@ -6,14 +6,15 @@ namespace velmora::host {
 
 using DD::Image::StoreType;
 
-static std::string text_behind(const DD::Image::KnobSpec& spec) {
+// The op's own value.
+static std::string initial_text(const DD::Image::KnobSpec& spec) {
     if (spec.store == DD::Image::StdStringPtr)
         return *static_cast<const std::string*>(spec.data);
     const char* const text = *static_cast<const char* const*>(spec.data);
     return text ? text : "";
 }
 
-TextKnob::TextKnob(const DD::Image::KnobSpec& spec) : HostKnob(spec), text(text_behind(spec)) {
+TextKnob::TextKnob(const DD::Image::KnobSpec& spec) : HostKnob(spec), text(initial_text(spec)) {
     remember_default();
 }
 
@@ -22,7 +23,7 @@ bool TextKnob::set_text(const char* value) {
     return true;
 }
 
-// `folder` in place of the expression that stands for the script's.
+// The text with the expression for the script's folder replaced by `folder`.
 static std::string with_folder(std::string text, const std::string& folder) {
     static const std::string expression = "[file dirname [value root.name]]";
     for (std::size_t at = text.find(expression); at != std::string::npos;
@@ -36,6 +37,7 @@ void TextKnob::read(const ScriptValue& value, const std::string& script) {
         text = value.text;
         return;
     }
+    // Without the supported expression, any [ is another one.
     if (with_folder(value.text, ".").find('[') != std::string::npos)
         throw ScriptError(script, value.place,
                           "knob '" + name() + "': the expression in " + in_quotes(value) +
@@ -70,7 +72,7 @@ void TextKnob::store(StoreType type, void* data, DD::Image::Hash& hash,
     if (type == DD::Image::StdStringPtr)
         *static_cast<std::string*>(data) = text;
     else
-        *static_cast<const char**>(data) = text.c_str(); // alive until the knob changes
+        *static_cast<const char**>(data) = text.c_str(); // valid until the knob changes
 }
 
 } // namespace velmora::host

@@ -1,4 +1,6 @@
-// Knobs that hold a text: strings and the names of files.
+// Knobs that hold a text: strings and file names.
+//
+// Errors:    ScriptError for a file name that has to be computed, see read().
 #pragma once
 
 #include "host/knobs/host_knob.h"
@@ -12,12 +14,12 @@ public:
     const char* get_text() const override { return text.c_str(); }
     bool set_text(const char* value) override;
 
-    // A file's name that has to be computed, with [...], is refused, but for the folder of the
-    // script: [file dirname [value root.name]].
+    // File names with [...] have to be computed and are refused. One is supported, for the script's
+    // folder: [file dirname [value root.name]].
     void read(const ScriptValue& value, const std::string& script) override;
     ScriptValue script_value() const override;
 
-    // For std::string; a const char* needs an op that keeps it.
+    // Into std::string. A const char* is valid until the knob changes; put() has the op keep it.
     void store(DD::Image::StoreType type, void* data, DD::Image::Hash& hash,
                const DD::Image::OutputContext& context) override;
 

@@ -1,5 +1,4 @@
-// The classes of nodes that the host brings along: cameras and axes, under each of the names that
-// versions of the host have given them.
+// The host's own node classes: cameras and axes, under the names of all versions of the host.
 #include "host/runtime/node.h"
 
 #include <DDImage/CameraOp.h>

@@ -31,6 +31,7 @@ bool Row::has_guards() {
     return velmora::host::checks_plugins();
 }
 
+// engine, between a check before and one after.
 void Iop::checked_engine(int y, int x, int r, ChannelMask channels, Row& row) {
     if (!velmora::host::checks_plugins()) {
         engine(y, x, r, channels, row);

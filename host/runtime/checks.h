@@ -1,9 +1,9 @@
-// The watch that the host keeps over its plug-ins while they are developed.
+// Checks of plug-ins, for their developers.
 //
-// Checked:   no engine writes beside its span or runs outside open and close, and no knob is
-//            declared or stored as something that it is not.
-// Errors:    PluginMisuse, out of the call that found it.
-// Threads:   the switch is set while no op is at work.
+// Checked:   engine writes only inside its span and runs only between open and close; each knob is
+//            declared and stored as it was made (this one always).
+// Errors:    PluginMisuse, from the call in which it was found.
+// Threads:   set the switch while no op is working.
 #pragma once
 
 #include <DDImage/DDImage_API.h>
@@ -21,7 +21,7 @@ namespace velmora::host {
 DDImage_API bool checks_plugins();
 DDImage_API void set_checks_plugins(bool on);
 
-// Says "<node> (<class>): <what>", printable.
+// what() is "<node> (<class>): <what>", printable.
 class DDImage_API PluginMisuse : public std::logic_error {
 public:
     PluginMisuse(const DD::Image::Op& op, const std::string& what);

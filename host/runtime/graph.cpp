@@ -8,7 +8,7 @@ Graph::Graph(const PluginPath& plugins) : path(plugins) {}
 
 Graph::~Graph() {}
 
-// Camera2 gives Camera1, Camera2, … : a class's own digits are no part of its nodes' names.
+// Nodes of class Camera2 are named Camera1, Camera2, …: without the digits of the class.
 std::string Graph::free_name(const std::string& class_name) {
     const std::string stem = class_name.substr(0, class_name.find_last_not_of("0123456789") + 1);
     int& number = last_numbers[stem];
@@ -26,10 +26,12 @@ Node& Graph::create(const std::string& class_name, const std::string& name) {
 }
 
 void Graph::remove(Node& node) {
+    // Disconnect it.
     for (const std::unique_ptr<Node>& other : all)
         for (int n = 0; n < other->inputs(); n++)
             if (other->input(n) == &node)
                 other->set_input(n, nullptr);
+    // Forget the name, unless a later node has it, and the node.
     if (find(node.name()) == &node)
         by_name.erase(node.name());
     all.erase(

@@ -1,6 +1,6 @@
-// A comp: its nodes, and the project's own format and range.
+// A comp: its nodes, and the project's format, frame range and rate.
 //
-// Ownership: a graph owns its nodes.
+// Ownership: a graph owns its nodes and its project.
 // Errors:    PluginError for classes that cannot be found.
 // Threads:   main thread only.
 #pragma once
@@ -30,11 +30,12 @@ public:
     int last_frame = 100;
     double fps = 24;
 
-    // A new node. Without a name it is called by its class and a number that makes it differ. Of
-    // nodes that are given one name, find() knows the last.
+    // A new node. Without a name it is named for its class, with a number that makes it unique. If
+    // several are given the same name, find() returns the last.
     Node& create(const std::string& class_name, const std::string& name = "");
-    void remove(Node& node); // disconnected first
+    void remove(Node& node); // after disconnecting it
 
+    // Null if there is none.
     Node* find(const std::string& name) const;
     const std::vector<std::unique_ptr<Node>>& nodes() const { return all; }
 
@@ -45,7 +46,7 @@ private:
     Project project;
     std::vector<std::unique_ptr<Node>> all;
     std::map<std::string, Node*> by_name;
-    std::map<std::string, int> last_numbers; // given to nodes without a name, by what stands before
+    std::map<std::string, int> last_numbers; // in names made here, by the stem before them
 
     std::string free_name(const std::string& class_name);
 };

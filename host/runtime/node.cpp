@@ -14,7 +14,7 @@ using DD::Image::Op;
 
 namespace velmora::host {
 
-// The first pass over an op's knobs: makes them with the op's own values.
+// The first pass over an op's knobs: makes them, with the op's own values.
 class KnobMaker : public Knob_Closure {
 public:
     explicit KnobMaker(Node& node) : node(node) {}
@@ -63,7 +63,8 @@ private:
     Hash& hash;
     std::size_t next = 0;
 
-    // Anything else than the first time would be written behind the pointer of another knob.
+    // The knob made by this declaration. They must come in the same order each time: another knob's
+    // value would be written through the pointer otherwise.
     HostKnob& declared(const KnobSpec& spec) {
         const std::string name = spec.name ? spec.name : "";
         if (next == node.declared.size() || node.declared[next]->name() != name)
@@ -108,6 +109,7 @@ Node* Node::input(int n) const {
 }
 
 int Node::inputs_of_ops() const {
+    // Unconnected inputs at the end do not count.
     int connected = int(inputs_.size());
     while (connected > 0 && !inputs_[std::size_t(connected) - 1])
         connected--;
@@ -115,6 +117,7 @@ int Node::inputs_of_ops() const {
 }
 
 bool Node::feeds(const Node* other) const {
+    // Walk everything upstream of `other`; no recursion, chains may be long.
     std::vector<const Node*> waiting = {other};
     std::set<const Node*> seen;
     while (!waiting.empty()) {
@@ -131,6 +134,7 @@ bool Node::feeds(const Node* other) const {
 bool Node::set_input(int n, Node* node) {
     if (n < 0 || n >= inputs())
         return false;
+    // Refuse cycles, and what the class does not accept.
     if (node && (feeds(node) || !prototype_->test_input(n, node->prototype_.get())))
         return false;
     if (std::size_t(n) >= inputs_.size())

@@ -1,8 +1,8 @@
-// A node of a comp: a class of ops with the values of its knobs and what it is connected to.
+// A node of a comp: a class of ops, the values of its knobs, and its inputs.
 //
 // Ownership: a node owns its knobs and one op, its prototype, which answers questions about the
-//            class and never renders. Nodes that it is connected to are borrowed.
-// Errors:    PluginMisuse for knobs that are declared one way and stored another.
+//            class and never renders. It borrows its inputs and the project.
+// Errors:    PluginMisuse for knobs that are not stored as they were declared.
 // Threads:   main thread only.
 #pragma once
 
@@ -35,22 +35,24 @@ public:
     const DD::Image::Format& script_format() const { return project_.format(); }
     DD::Image::Op& prototype() const { return *prototype_; }
 
-    // In the order of the panel, with the parts of an axis behind it.
+    // In the order of the panel, the parts of an axis after it.
     const std::vector<std::unique_ptr<velmora::host::HostKnob>>& knobs() const { return knobs_; }
+
+    // Null if there is none.
     velmora::host::HostKnob* knob(const std::string& name) const;
 
     int inputs() const { return prototype_->maximum_inputs(); }
     Node* input(int n) const;
 
-    // How many inputs an op of this node has: those that the class wants, and those that are used.
+    // How many inputs an op of this node has: as many as its class wants or are connected.
     int inputs_of_ops() const;
 
-    // Connects input `n`, null to disconnect. False, and nothing changed, when the class does not
-    // take such an input or the nodes would feed themselves.
+    // Connects input `n`; null disconnects it. Returns false and changes nothing if the class does
+    // not accept the node there, or if the connection would close a cycle.
     bool set_input(int n, Node* node);
 
-    // Stores the EARLY_STORE knobs, or all of them, into `op`, which is of this node, for the
-    // moment of its context, and adds them to `hash`.
+    // Stores the EARLY_STORE knobs, or all of them, into `op`, which must be of this node, as they
+    // are at its context's time; store_all() adds them to `hash`.
     void store_early(DD::Image::Op& op) const;
     void store_all(DD::Image::Op& op, DD::Image::Hash& hash) const;
 

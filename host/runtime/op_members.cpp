@@ -1,5 +1,5 @@
-// What ops ask of their node, and plug-ins of what loads them: the members of the interface's classes
-// that need the runtime.
+// The members of the interface's classes that need the runtime: ops ask their node, descriptions
+// what is loading their plug-in.
 #include "host/runtime/node.h"
 
 #include <DDImage/Iop.h>

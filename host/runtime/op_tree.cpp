@@ -20,11 +20,13 @@ void OpTree::close_all() {
 }
 
 Op& OpTree::at(const OutputContext& context) {
+    // Make every op available, and build the tree from the root.
     close_all();
     abort_switch = false;
     for (auto& [node, entry] : pool)
         entry.in_use = false;
     Op& op = *build(root, context).op;
+    // Destroy those that were not needed.
     for (auto entry = pool.begin(); entry != pool.end();) {
         entry->second.anew = false;
         entry = entry->second.in_use ? std::next(entry) : pool.erase(entry);
@@ -48,7 +50,7 @@ std::vector<Op*> OpTree::ops_of(const Node& node) const {
     return ops;
 }
 
-// The op of that moment; or else one that nobody has asked for yet; or else a new one.
+// The op of that context, else one that is not in use yet, else a new one.
 OpTree::Entry& OpTree::take(Node& node, const OutputContext& context) {
     const auto [first, last] = pool.equal_range(&node);
     Entry* spare = nullptr;
@@ -68,25 +70,27 @@ OpTree::Entry& OpTree::build(Node& node, const OutputContext& context) {
     Op& op = *entry.op;
     if (entry.in_use)
         return entry;
+    // The context and the early knobs may decide the inputs.
     entry.in_use = true;
     op.set_abort_switch(&abort_switch);
     op.setOutputContext(context);
     node.store_early(op);
+    // Class, inputs, knobs and the op's own additions make the hash.
     Hash hash;
     hash.append(op.Class());
     const bool fed_anew = wire(node, op, hash);
     node.store_all(op, hash);
     op.append(hash);
     op.set_hash(hash);
-    // A new op may stand for one of the same hash, but nobody has validated it yet.
+    // A new input may have the hash of the one it replaces, but has not been validated.
     if (fed_anew && op.valid())
         op.invalidate();
     entry.anew = entry.anew || fed_anew;
     return entry;
 }
 
-// Every copy of every input gets the op of its own moment, or the class's own idea of nothing.
-// Tells whether one of them is anew.
+// Connects every copy of every input to the op of its own context, or to the class's default.
+// Returns whether one of those ops is new.
 bool OpTree::wire(Node& node, Op& op, Hash& hash) {
     op.inputs(node.inputs_of_ops());
     op.clear_inputs();

@@ -1,13 +1,12 @@
-// The ops of a node and of all that feeds it, for one moment at a time.
+// The ops of a node and of everything upstream of it, for one frame at a time.
 //
-// Each moment that is asked of a node within the tree has an op of its own, and every op serves all
-// who ask for that moment. Taken to another moment, the tree keeps the ops that it has and moves
-// them there, so that what an op holds on to from frame to frame stays; ops that are left over go.
+// Within the tree a node has one op for each output context (frame and view) that is asked of it,
+// shared by all that ask for the same. When the tree moves to another frame, it reuses its ops, so
+// that they keep what they cache from frame to frame, and destroys those that are no longer needed.
 //
 // Ownership: the tree owns its ops and borrows the nodes, which must outlive it.
-// Errors:    whatever the ops' constructors and the knobs throw; the tree may be brought to a
-//            moment again after that.
-// Threads:   one at a time; the abort switch from any.
+// Errors:    what the ops' constructors and the knobs throw; at() may be called again after that.
+// Threads:   one at a time, but abort() from any.
 #pragma once
 
 #include "host/runtime/node.h"
@@ -26,22 +25,21 @@ public:
     OpTree& operator=(const OpTree&) = delete;
     ~OpTree();
 
-    // The root's op with its knobs stored, its inputs wired and its hash made, as they are now. An
-    // op that is open is closed first.
+    // Closes all ops, then returns the root's op: knobs stored, inputs connected, hash computed.
     DD::Image::Op& at(const DD::Image::OutputContext& context);
     DD::Image::Op& at(double frame);
 
-    // The ops of a node that the tree has at the moment, by growing time.
+    // The ops of a node in the tree, by ascending time.
     std::vector<DD::Image::Op*> ops_of(const Node& node) const;
 
-    // What Op::aborted() tells: raised by abort() until the tree is brought to a moment again.
+    // Makes Op::aborted() true for all ops, until at() is called again.
     void abort() { abort_switch = true; }
 
 private:
     struct Entry {
         std::unique_ptr<DD::Image::Op> op;
-        bool in_use;
-        bool anew; // since the tree was last brought to a moment, or fed by such a one
+        bool in_use; // for the context that at() is building
+        bool anew;   // made by this call of at(), or downstream of such an op
     };
     typedef std::multimap<const Node*, Entry> Pool;
 

@@ -7,7 +7,7 @@
 
 namespace velmora::host {
 
-// How often one .tcl file may lead to another.
+// How many .tcl files may refer to one another in a row.
 static const int deepest_tcl = 8;
 
 static const char* being_loaded = nullptr;
@@ -17,9 +17,9 @@ const char* plugin_being_loaded() {
 }
 
 static void load_library(const std::string& file) {
-    static std::deque<std::string> loaded; // descriptions keep pointing to the names
+    static std::deque<std::string> loaded; // for ever: descriptions point to the names
     loaded.push_back(std::filesystem::absolute(file).string());
-    const char* const outer = being_loaded; // whose loading has led here
+    const char* const outer = being_loaded; // a plug-in may load another
     being_loaded = loaded.back().c_str();
     void* const library = dlopen(being_loaded, RTLD_NOW | RTLD_LOCAL);
     being_loaded = outer;
@@ -27,7 +27,7 @@ static void load_library(const std::string& file) {
         throw PluginError(file, std::string("cannot be loaded: ") + dlerror());
 }
 
-// The name behind `load` in the file's one line.
+// The name after `load` in the file's one line.
 static std::string loaded_by(const std::string& file) {
     std::ifstream stream(file);
     std::string command, name;
@@ -39,7 +39,7 @@ static std::string loaded_by(const std::string& file) {
     return name;
 }
 
-// A class name is one file's name, never a way through folders.
+// A class name must not lead out of the folders.
 static bool is_file_name(const std::string& name) {
     return !name.empty() && name.find('/') == std::string::npos;
 }
@@ -48,11 +48,13 @@ bool PluginPath::load(const std::string& name, int depth) const {
     if (!is_file_name(name))
         return false;
     for (const std::string& folder : folders) {
+        // A library first.
         const std::string stem = (std::filesystem::path(folder) / name).string();
         if (std::filesystem::exists(stem + ".so")) {
             load_library(stem + ".so");
             return true;
         }
+        // Else a reference to another name, along the whole path again.
         const std::string tcl = stem + ".tcl";
         if (!std::filesystem::exists(tcl))
             continue;

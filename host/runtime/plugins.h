@@ -1,9 +1,9 @@
-// Finds op classes: those that are there, and those in plug-ins along a path of folders.
+// Finds op classes: those already loaded, and those in plug-ins along a path of folders.
 //
-// A class X that is not there yet is looked for as X.so, then as X.tcl, folder by folder; the first
-// file found decides. An X.tcl holds one line, `load Y`, which stands for loading Y in its place.
+// A class X that is not loaded is searched for as X.so, then as X.tcl, folder by folder; the first
+// file found decides. An X.tcl holds one line, `load Y`, which means: load Y instead.
 //
-// Errors:    PluginError.
+// Errors:    PluginError; `where` is a file or a class.
 // Threads:   main thread only.
 // Ownership: plug-ins stay loaded for as long as the process runs.
 #pragma once
@@ -17,7 +17,6 @@
 
 namespace velmora::host {
 
-// Says "<file or class>: <why>", printable.
 class DDImage_API PluginError : public TextError {
 public:
     using TextError::TextError;
@@ -27,11 +26,10 @@ class DDImage_API PluginPath {
 public:
     explicit PluginPath(std::vector<std::string> folders = {}) : folders(std::move(folders)) {}
 
-    // The class, loaded if need be.
+    // The class, loaded if necessary.
     const DD::Image::Op::Description& find(const std::string& class_name) const;
 
-    // The same, or null when there is none of that name. A plug-in that is there and cannot be
-    // loaded is an error all the same.
+    // The same, or null if there is none. A plug-in that is found but cannot be loaded is an error.
     const DD::Image::Op::Description* look_for(const std::string& class_name) const;
 
 private:
@@ -40,7 +38,7 @@ private:
     bool load(const std::string& name, int depth) const;
 };
 
-// The file whose classes announce themselves at the moment; null when none is being loaded.
+// The plug-in file that is being loaded, while its classes announce themselves; else null.
 DDImage_API const char* plugin_being_loaded();
 
 } // namespace velmora::host

@@ -38,7 +38,7 @@ void Project::set_format(const DD::Image::Format& format) {
     project_format = &DD::Image::Format::kept(format);
     DD::Image::Hash hash;
     format.append(hash);
-    black_image->set_hash(hash); // which the hashes of those that it feeds depend on
+    black_image->set_hash(hash); // part of the hash of every op that it feeds
 }
 
 } // namespace velmora::host

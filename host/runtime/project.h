@@ -1,6 +1,7 @@
-// What all nodes of a comp have in common: the format of those that pick none, and an image in it.
+// What the nodes of a comp share: the default format, and a black image in it.
 //
-// Ownership: a project belongs to its graph and outlives the graph's nodes and their ops.
+// Ownership: a graph owns its project, which outlives the graph's nodes and their ops.
+// Threads:   main thread only.
 #pragma once
 
 #include <DDImage/Format.h>
@@ -19,11 +20,11 @@ public:
     Project& operator=(const Project&) = delete;
     ~Project();
 
-    // 2048x1556 at first, as the host's is.
+    // 2048x1556 by default, as the host's. Valid as long as the process.
     const DD::Image::Format& format() const { return *project_format; }
     void set_format(const DD::Image::Format& format);
 
-    // The image that ops see where nothing is connected: black, in the project's format.
+    // The image of unconnected inputs: black, in the project's format.
     DD::Image::Iop* black() const { return black_image.get(); }
 
 private:

@@ -50,12 +50,13 @@ struct Span {
     int y, x, r;
 };
 
-// Hands out spans to threads and keeps the first exception.
+// Hands out spans to threads, and keeps the first exception.
 class Work {
 public:
     Work(Iop& iop, ChannelMask channels, std::vector<Span> spans, const RowSink& sink)
         : iop(iop), channels(channels), spans(std::move(spans)), sink(sink) {}
 
+    // Runs in each thread, until no span is left.
     void run() {
         try {
             for (std::size_t i = next++; i < spans.size() && !failed && !iop.aborted(); i = next++)
@@ -93,6 +94,7 @@ private:
 
 } // namespace
 
+// The box in pieces, in the order in which they are handed out.
 static std::vector<Span> spans_of(const Box& box, const Pulling& pulling) {
     std::vector<Span> spans;
     const int columns = pulling.span > 0 ? pulling.span : std::max(box.w(), 1);
@@ -106,7 +108,7 @@ static std::vector<Span> spans_of(const Box& box, const Pulling& pulling) {
 
 namespace {
 
-// Threads that run the work, fewer than asked for when the system has no more; waits for them.
+// Threads that run the work, joined at the end; fewer than `count` if the system has no more.
 class Helpers {
 public:
     Helpers(Work& work, int count) {
@@ -114,7 +116,7 @@ public:
             for (int i = 0; i < count; i++)
                 threads.emplace_back([&work] { work.run(); });
         } catch (const std::system_error&) {
-            // The rows that these would have pulled fall to the others.
+            // The other threads take their rows.
         }
     }
     Helpers(const Helpers&) = delete;
@@ -132,6 +134,7 @@ private:
 
 void pull_rows(Iop& iop, const Box& box, ChannelMask channels, const Pulling& pulling,
                const RowSink& sink) {
+    // This thread works, too.
     Work work(iop, channels, spans_of(box, pulling), sink);
     {
         Helpers helpers(work, pulling.threads - 1);

@@ -1,10 +1,10 @@
-// One image op taken through a render: validated, asked, opened, pulled row by row, closed.
+// Renders one image op: validate, request, open, pull the rows, close.
 //
-//     Opened opened(op);                                     throws OpFailure
-//     pull_rows(opened.iop(), box, Mask_RGBA, {}, sink);     throws OpFailure and what engine
-//     throws
+//     Opened opened(op);
+//     pull_rows(opened.iop(), box, Mask_RGBA, {}, sink);
 //
-// Threads:   pull_rows starts as many as it is asked for and waits for them.
+// Errors:    OpFailure, and whatever the op throws.
+// Threads:   main thread only; pull_rows() starts threads and waits for them.
 #pragma once
 
 #include "text/quoted.h"
@@ -17,7 +17,7 @@
 
 namespace velmora::host {
 
-// An op called error(). Says "<node>: <message>", printable.
+// An op called error(). what() is "<node>: <message>", printable.
 class DDImage_API OpFailure : public std::runtime_error {
 public:
     const std::string node;
@@ -27,10 +27,10 @@ public:
         : std::runtime_error(printable(node + ": " + why)), node(node), why(why) {}
 };
 
-// Validates for real and throws when the op or one of its inputs has failed.
+// Validates `for_real`, and throws if the op or one of its inputs has failed.
 DDImage_API void validate(DD::Image::Op& op);
 
-// Validates, requests all of an op's box and opens it, until this goes.
+// Validates an op, requests all of its box, and keeps it open during this object's life.
 class DDImage_API Opened {
 public:
     explicit Opened(DD::Image::Op& op,
@@ -47,15 +47,15 @@ private:
 
 struct Pulling {
     int threads = 1;
-    int span = 0;          // columns at a time; 0 for whole rows
-    unsigned shuffled = 0; // another order of spans for each number; 0 for bottom row first
+    int span = 0;          // columns per call; 0 for whole rows
+    unsigned shuffled = 0; // the seed of a random order of spans; 0 for from the bottom row up
 };
 
-// Takes what get() made of one span. Several at once may come from different threads.
+// Receives the pixels [x, r) of row y. Called from all threads at once.
 typedef std::function<void(const DD::Image::Row& row, int y, int x, int r)> RowSink;
 
-// Pulls every pixel of `box` once. Stops early, and in silence, when the op is aborted. The first
-// exception of any thread stops the others and is thrown again.
+// Pulls every pixel of `box` once. Returns early when the op is aborted. The first exception in any
+// thread stops the others and is rethrown.
 DDImage_API void pull_rows(DD::Image::Iop& iop, const DD::Image::Box& box,
                            DD::Image::ChannelMask channels, const Pulling& pulling,
                            const RowSink& sink);

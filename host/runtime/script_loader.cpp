@@ -8,10 +8,11 @@
 
 namespace velmora::host {
 
-// Ops validate and open what feeds them, each within the other.
+// Ops validate and open their inputs recursively.
 static const int longest_chain = 1000;
 
-// Knobs that every node of the host has, or every camera, and that change no picture here.
+// Knobs of every node or camera of the host that have no effect on the image here. Values that
+// would have one are refused first, see refuse_switches().
 static bool is_without_effect(const std::string& name) {
     static const std::set<std::string> names = {
         "animated",        "display",   "file",           "fbx_node_name", "fbx_take_list",
@@ -27,17 +28,17 @@ class Loader {
 public:
     Loader(const Script& script, Graph& graph) : script(script), graph(graph) {}
 
-    // `depth` nodes are being loaded that this one feeds.
+    // `depth` counts the nodes downstream that are being loaded.
     Node& load(int index, int depth = 0);
     bool is_loaded(int index) const { return loaded.count(index) > 0; }
 
-    // The knob `disable` of the node; anything but true and false is an expression.
+    // By the knob `disable`; anything but true and false is an expression.
     bool is_disabled(const ScriptNode& node) const;
 
 private:
     const Script& script;
     Graph& graph;
-    std::map<int, Node*> loaded; // by place in the script
+    std::map<int, Node*> loaded; // by index in the script
 
     Node& create(const ScriptNode& from);
     void read_knobs(const ScriptNode& from, Node& node) const;
@@ -73,6 +74,7 @@ Node& Loader::load(int index, int depth) {
     if (depth == longest_chain)
         refuse(from.place,
                "more than " + std::to_string(longest_chain) + " nodes feed each other in a row");
+    // Known before its inputs are loaded: several nodes may share it.
     Node& node = create(from);
     loaded[index] = &node;
     read_knobs(from, node);
@@ -91,6 +93,7 @@ Node& Loader::create(const ScriptNode& from) {
                            in_quotes(from.class_name) + ", whose output is needed");
 }
 
+// The names of the knobs that a user added to the node: `addUserKnob {type name ...}`.
 static std::set<std::string> user_knobs(const ScriptNode& node, const std::string& name) {
     std::set<std::string> names;
     for (const ScriptKnob& knob : node.knobs) {
@@ -103,7 +106,7 @@ static std::set<std::string> user_knobs(const ScriptNode& node, const std::strin
     return names;
 }
 
-// What would have the host compute something that is not computed here.
+// Refuses knobs that make the host compute something that is not computed here.
 void Loader::refuse_switches(const ScriptNode& from) const {
     const ScriptKnob* const file = find_knob(from.knobs, "read_from_file");
     if (file && file->value.text != "false" && file->value.text != "0")
@@ -119,6 +122,7 @@ void Loader::read_knobs(const ScriptNode& from, Node& node) const {
     refuse_switches(from);
     const std::set<std::string> of_user = user_knobs(from, script.name);
     for (const ScriptKnob& knob : from.knobs) {
+        // A knob of the class takes its value; others must have no effect.
         const bool passed = knob.name == "addUserKnob" || knob.name == "disable" ||
                             knob.name == "read_from_file" || is_without_effect(knob.name) ||
                             of_user.count(knob.name) > 0;
@@ -170,6 +174,7 @@ static void read_root(const Script& script, Graph& graph) {
 
 LoadedScript load_script(const Script& script, const std::string& class_name, Graph& graph) {
     read_root(script, graph);
+    // The nodes of the class, unless disabled.
     Loader loader(script, graph);
     LoadedScript result;
     std::set<int> wanted;
@@ -183,6 +188,7 @@ LoadedScript load_script(const Script& script, const std::string& class_name, Gr
         else
             result.nodes.push_back(&loader.load(int(i)));
     }
+    // The classes of everything else.
     std::set<std::string> skipped;
     for (std::size_t i = 0; i < script.nodes.size(); i++)
         if (!loader.is_loaded(int(i)) && !wanted.count(int(i)) &&

@@ -1,9 +1,8 @@
-// From a saved script to a comp: the nodes of one class, and all that feeds them.
+// Loads the nodes of one class from a saved script, with everything upstream of them.
 //
-// Errors:    ScriptError with the place of whatever would make another picture than the host does:
-//            a class that no plug-in has, an input that the class does not take, a knob that it
-//            does not have, an expression, a camera that is off or reads a file. Nothing is loaded
-//            of nodes that do not feed one of the class.
+// Errors:    ScriptError, with its place, for whatever would make another image than in the host:
+//            an unknown class, an input that the class does not accept, an unknown knob, an
+//            expression, a camera that is disabled or reads a file. Other nodes are ignored.
 // Threads:   main thread only.
 #pragma once
 
@@ -17,11 +16,11 @@ namespace velmora::host {
 
 struct LoadedScript {
     std::vector<Node*> nodes;                 // of the class asked for, in the script's order
-    std::vector<std::string> disabled;        // names of those that are off, which are not loaded
-    std::vector<std::string> skipped_classes; // of nodes that feed none of them, each once, sorted
+    std::vector<std::string> disabled;        // names of disabled ones, which are not loaded
+    std::vector<std::string> skipped_classes; // of all other nodes, sorted, without repetitions
 };
 
-// Loads all nodes of `class_name` into `graph`, which takes on the script's format and range.
+// Loads all nodes of `class_name` into `graph`, and sets the graph's format, range and rate.
 DDImage_API LoadedScript load_script(const Script& script, const std::string& class_name,
                                      Graph& graph);
 

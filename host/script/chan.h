@@ -4,9 +4,9 @@
 //
 // Units:     translation in scene units; rotation and vertical field of view in degrees, the
 //            rotation in the order of Transform, the field of view strictly between 0 and 180.
-// Shapes:    blanks and tabs separate the numbers; lines end in LF or CRLF. Empty lines are skipped,
-//            as is everything from a # at the start of a word to the end of the line. All lines have
-//            the same number of columns; frames increase from line to line and may be fractions.
+// Shapes:    blanks and tabs separate the numbers; lines end in LF or CRLF. Empty lines are
+//            skipped, as is everything from a # at the start of a word to the end of the line. All
+//            lines have the same number of columns; frames increase and may be fractions.
 // Errors:    ChanError, at the first line that is wrong.
 // Threads:   a Chan is immutable.
 #pragma once

@@ -60,30 +60,30 @@ std::vector<ScriptKnob> knobs_of_clone(std::vector<ScriptKnob> original,
 
 namespace {
 
-// The block of a node, read.
+// The contents of a node's block.
 struct Body {
-    std::vector<ScriptKnob> knobs; // without the two below; the root's `name` is one
+    std::vector<ScriptKnob> knobs; // without the two below, but with the root's `name`
     std::size_t inputs = 1;
-    ScriptValue name; // no text if there is none
+    ScriptValue name; // empty if the node has none
 };
 
-// A node of any class while the script is built.
+// A node of any class while the script is built, also of those that are resolved.
 struct Placed {
     std::string class_name;
-    int group = -1;          // that it stands in; -1 at the top
+    int group = -1;          // the group around it, in `placed`; -1 at the top level
     std::vector<int> inputs; // as in ScriptNode
-    int node = -1;           // in Script::nodes, for a node that is there
-    int seen = -1;           // the node that one sees who is wired to it; -1 for nothing
+    int node = -1;           // in Script::nodes; -1 if it is resolved
+    int seen = -1;           // in Script::nodes: whose image it passes on; -1 for none
     std::size_t number = 0;  // of an Input
 };
 
-// A group that has not ended, or the script around all groups.
+// An open group, or the script around all groups.
 struct Scope {
     int group = -1;           // in `placed`
-    ScriptNode as_node;       // the group, if it cannot be looked through
+    ScriptNode as_node;       // the group, in case it cannot be resolved
     std::string prefix;       // of its nodes' names
-    std::vector<int> stack;   // in `placed`; -1 for nothing
-    std::vector<int> outputs; // what its Outputs see
+    std::vector<int> stack;   // in `placed`; -1 for no node
+    std::vector<int> outputs; // what its Outputs pass on
     std::map<std::string, ScriptPlace> names;
 };
 
@@ -98,7 +98,7 @@ private:
     Script& script;
     std::vector<Placed> placed;
     std::vector<Scope> scopes;                      // the innermost last
-    std::unordered_map<std::string, int> variables; // in `placed`; -1 for nothing
+    std::unordered_map<std::string, int> variables; // in `placed`; -1 for no node
     std::set<std::string> clone_names;
 
     Body read_body(const ScriptValue& block, bool is_root) const;
@@ -141,6 +141,7 @@ static int small_number(std::string_view text, int largest) {
     return parse_count(text, largest, number) ? number : -1;
 }
 
+// Commands by their names; anything else must be a node: a class and a block.
 void ScriptBuilder::run(const ScriptCommand& command) {
     const ScriptValue& head = command[0];
     const std::string& what = head.text;
@@ -171,7 +172,7 @@ void ScriptBuilder::finish() const {
         throw ScriptError(script.name, scopes.back().as_node.place, "the group is never ended");
 }
 
-// The node that `$name` stands for, in `placed`; -1 for nothing.
+// The node that the variable `$name` refers to, in `placed`; -1 for no node.
 int ScriptBuilder::variable(const ScriptValue& word) const {
     const auto found = variables.find(word.text.substr(1));
     if (found == variables.end())
@@ -190,12 +191,14 @@ void ScriptBuilder::set(const ScriptCommand& command) {
                                                1 << 30);
     if (depth < 0 || is_block(command[1]))
         fail(command[0], "'set' takes a name and [stack N]");
+    // A stack that is not so deep has no node there.
     const std::vector<int>& stack = scopes.back().stack;
     const auto below = static_cast<std::size_t>(depth);
     variables[command[1].text] = below < stack.size() ? stack[stack.size() - 1 - below] : -1;
 }
 
 void ScriptBuilder::push(const ScriptCommand& command) {
+    // `push $N1`, or `push 0` for no node.
     const bool is_name = command.size() == 2 && is_word(command[1]) && command[1].text[0] == '$';
     if (!is_name && !(command.size() == 2 && is_word(command[1]) && command[1].text == "0"))
         fail(command[0], "'push' takes a variable or 0");
@@ -206,18 +209,20 @@ void ScriptBuilder::push(const ScriptCommand& command) {
 }
 
 void ScriptBuilder::clone(const ScriptCommand& command) {
+    // `clone $C1 {...}`, or for the first of several `clone name Class {...}`.
     const bool again = command.size() == 3 && is_word(command[1]) && command[1].text[0] == '$';
     const bool first = command.size() == 4 && is_word(command[1]) && is_word(command[2]);
     if ((!again && !first) || !is_block(command.back()))
         fail(command[0], "'clone' takes a variable or a new name and a class, and a {...}");
     if (first) {
         check_class(command[2]);
-        // The name says which clones belong together when several are pasted one by one.
+        // The name joins clones that are pasted one by one.
         if (!clone_names.insert(command[1].text).second)
             fail(command[1], "the clones " + in_quotes(command[1]) + " have begun already");
         place_node(command[2].text, command[0].place, command[3], nullptr);
         return;
     }
+    // A copy of the original: placing a node may move it.
     const int node = variable(command[1]);
     if (node < 0)
         fail(command[1], in_quotes(command[1]) + " refers to no node");
@@ -232,7 +237,7 @@ void ScriptBuilder::set_root(const ScriptCommand& command) {
     script.root.insert(script.root.end(), body.knobs.begin(), body.knobs.end());
 }
 
-// Classes are words of plain characters and none of the commands.
+// Classes are words of plain characters, other than the commands.
 void ScriptBuilder::check_class(const ScriptValue& name) const {
     const bool is_plain = std::all_of(name.text.begin(), name.text.end(), [](char ch) {
         return (ch >= '0' && ch <= '9') || (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') ||
@@ -243,7 +248,7 @@ void ScriptBuilder::check_class(const ScriptValue& name) const {
         fail(name, in_quotes(name) + " cannot be the class of a node");
 }
 
-// A count N, or N+M, where the M are masks, which come from the stack as the others do.
+// N inputs, or N+M with M masks, which are popped from the stack like the others.
 std::size_t ScriptBuilder::read_count(const ScriptValue& value) const {
     const std::string_view text = value.text;
     const std::size_t plus = std::min(text.find('+'), text.size());
@@ -259,11 +264,13 @@ Body ScriptBuilder::read_body(const ScriptValue& block, bool is_root) const {
     const std::vector<ScriptValue> items = list_items(block, script.name);
     Body body;
     for (std::size_t k = 0; k < items.size(); k += 2) {
+        // A name, and a value on the same line.
         const ScriptValue& knob = items[k];
         if (is_block(knob) || knob.text.empty())
             fail(knob, in_quotes(knob) + " cannot be the name of a knob");
         if (k + 1 == items.size() || items[k + 1].place.line != knob.place.line)
             fail(knob, "the knob " + in_quotes(knob) + " has no value");
+        // Two of them are about the node itself.
         const ScriptValue& value = items[k + 1];
         if (knob.text == "inputs")
             body.inputs = read_count(value);
@@ -275,7 +282,7 @@ Body ScriptBuilder::read_body(const ScriptValue& block, bool is_root) const {
     return body;
 }
 
-// The name with its groups, which no other node in the group may have.
+// The name with its groups; within a group names are unique.
 std::string ScriptBuilder::full_name(const ScriptValue& own_name) {
     if (own_name.text.empty())
         return "";
@@ -289,7 +296,7 @@ std::string ScriptBuilder::full_name(const ScriptValue& own_name) {
     return scopes.back().prefix + own_name.text;
 }
 
-// What is seen through the nodes on top of the stack, the topmost first.
+// Pops nodes and returns what they pass on, the topmost first. Missing ones are -1.
 std::vector<int> ScriptBuilder::pop_inputs(std::size_t count) {
     std::vector<int> inputs(count, -1);
     std::vector<int>& stack = scopes.back().stack;
@@ -301,7 +308,7 @@ std::vector<int> ScriptBuilder::pop_inputs(std::size_t count) {
     return inputs;
 }
 
-// What is seen through an Input: the input of its group with the same number.
+// What an Input passes on: the input of its group with the same number.
 int ScriptBuilder::outside_of(const Placed& input) const {
     if (input.group < 0)
         return -1;
@@ -309,6 +316,7 @@ int ScriptBuilder::outside_of(const Placed& input) const {
     return input.number < outside.size() ? outside[input.number] : -1;
 }
 
+// Which input of its group an Input is.
 std::size_t ScriptBuilder::read_number(const std::vector<ScriptKnob>& knobs) const {
     const ScriptKnob* const number = find_knob(knobs, "number");
     const int which = number ? small_number(number->value.text, most_inputs) : 0;
@@ -317,6 +325,7 @@ std::size_t ScriptBuilder::read_number(const std::vector<ScriptKnob>& knobs) con
     return static_cast<std::size_t>(which);
 }
 
+// Gives a node the knobs of its original; `original` is -1 for one that is resolved.
 void ScriptBuilder::make_clone(ScriptNode& node, int original) const {
     for (const ScriptKnob& knob : node.knobs)
         if (!is_graph_knob(knob.name))
@@ -332,6 +341,7 @@ void ScriptBuilder::make_clone(ScriptNode& node, int original) const {
 
 void ScriptBuilder::place_node(const std::string& class_name, ScriptPlace place,
                                const ScriptValue& block, const Placed* original) {
+    // Read the block and pop the inputs.
     Body body = read_body(block, false);
     ScriptNode node;
     node.class_name = class_name;
@@ -342,6 +352,7 @@ void ScriptBuilder::place_node(const std::string& class_name, ScriptPlace place,
     if (original)
         make_clone(node, original->node);
 
+    // Decide what it passes on: its input, its group's, or its own image. (A group: see end_group.)
     Placed one;
     one.class_name = class_name;
     one.group = scopes.back().group;
@@ -354,6 +365,7 @@ void ScriptBuilder::place_node(const std::string& class_name, ScriptPlace place,
     } else if (class_name != "Group") {
         one.node = one.seen = static_cast<int>(script.nodes.size());
     }
+    // Push it, and keep it unless it is resolved.
     placed.push_back(one);
     scopes.back().stack.push_back(static_cast<int>(placed.size()) - 1);
 
@@ -383,10 +395,12 @@ void ScriptBuilder::end_group(const ScriptCommand& command) {
         fail(command[0], "there is no group to end");
     if (command.size() > 1)
         fail(command[1], "'end_group' takes nothing");
+    // Close the scope; the group's node is in `placed` since its beginning.
     Scope scope = std::move(scopes.back());
     scopes.pop_back();
     Placed& group = placed[static_cast<std::size_t>(scope.group)];
 
+    // Resolve it, or keep it as a node of class Group.
     const ScriptKnob* const disable = find_knob(scope.as_node.knobs, "disable");
     const bool is_on = !disable || is_one_of(disable->value.text, {"false", "0"});
     const bool is_off = disable && is_one_of(disable->value.text, {"true", "1"});

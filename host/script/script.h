@@ -34,7 +34,7 @@ struct ScriptNode {
     // In the script's order, without `inputs` and `name`, with the addUserKnob lines.
     std::vector<ScriptKnob> knobs;
 
-    // Input 0 first: indices into Script::nodes, below this node's own; -1 where nothing is connected.
+    // Input 0 first: indices into Script::nodes, below this node's own; -1 for no connection.
     std::vector<int> inputs;
 
     // Of a clone, the index of its original, which is not a clone itself; else -1. A clone has the
@@ -60,7 +60,7 @@ bool operator==(const Script& a, const Script& b);
 // The last knob of that name, which overrides the others; null if there is none.
 const ScriptKnob* find_knob(const std::vector<ScriptKnob>& knobs, const std::string& name);
 
-// Whether a knob only affects how its node looks in the node graph, so that a clone may have its own.
+// Whether a knob only affects how its node looks in the node graph: a clone may have its own.
 bool is_graph_knob(const std::string& name);
 
 // The knobs of a clone: those of `original`, replaced and extended by the clone's `own`.

@@ -1,15 +1,15 @@
 // The text of a saved comp script: commands of words, quoted texts and braced lists, each with its
 // place in the file.
 //
-//     Camera2 {                     a command ends at the end of its line, or at a ; outside braces
+//     Camera2 {                     a command ends with its line, or at a ; outside braces
 //      focal {{curve x1 35}}        # starts a comment where a command could start
 //      label "two\nlines"
 //     }
 //
-// Shapes:    places count from 1, columns in bytes. Lines end in LF or CRLF; both become LF, also
-//            inside texts. [...] and $name in words are kept as they are: nothing is evaluated. Words
-//            and quoted texts have the escapes of Tcl; braced text is raw. Lists are split one level
-//            at a time, so that deep nesting costs no stack.
+// Shapes:    places count from 1, columns in bytes. Lines end in LF or CRLF; both become LF, even
+//            inside texts. [...] and $name in words stay as they are: nothing is evaluated. Words
+//            and quoted texts have the escapes of Tcl; braced text is raw. Lists are split one
+//            level at a time, so that deep nesting costs no stack.
 // Errors:    ScriptError; for what is never closed, at the place where it was opened.
 // Threads:   pure functions.
 #pragma once
@@ -45,8 +45,8 @@ struct ScriptValue {
     ScriptPlace place;
 };
 
-// A word and a quoted text of the same characters are equal, as they are for the host. Places are not
-// compared.
+// A word and a quoted text of the same characters are equal, as they are for the host. Places are
+// not compared.
 inline bool operator==(const ScriptValue& a, const ScriptValue& b) {
     return (a.kind == ScriptValue::Kind::braced) == (b.kind == ScriptValue::Kind::braced) &&
            a.text == b.text;

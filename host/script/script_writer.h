@@ -1,8 +1,8 @@
 // Writes comp scripts as text that Script::parse reads back as an equal script.
 //
-// Shapes:    like the host, a node whose only input is the node before it relies on the stack; other
-//            inputs are pushed. Values are bare words where possible, else quoted texts or braced
-//            lists; numbers are the shortest text that reads back the same.
+// Shapes:    a node whose only input is the node before it finds it on the stack; other inputs are
+//            pushed, as the host does. Values are bare words where possible, else quoted texts or
+//            braced lists; numbers are the shortest text that reads back the same.
 // Errors:    std::invalid_argument for a script that no text can represent: nodes in groups or of a
 //            class that is resolved by reading, inputs that come later, a clone that differs from
 //            its original, unbalanced braces, a NUL.
