@@ -6,6 +6,7 @@
 
 namespace velmora {
 
+// Reads all of `text`, as from_chars does; on failure `value` is unchanged.
 template <class Number>
 static NumberFault parse_whole(std::string_view text, Number& value) {
     // from_chars takes a minus sign only.

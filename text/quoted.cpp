@@ -8,20 +8,27 @@ namespace velmora {
 
 static const std::size_t escape_length = 4; // \xHH
 
+namespace {
+
 struct CodePoints {
     std::uint32_t first, last;
 };
 
+} // namespace
+
+// The characters that must not reach a terminal, as the header lists them.
 static const CodePoints hidden[] = {
     {0x0000, 0x001f}, {0x007f, 0x009f}, {0x061c, 0x061c}, {0x200b, 0x200b}, {0x200e, 0x200f},
     {0x2028, 0x202e}, {0x2060, 0x206f}, {0xfeff, 0xfeff}, {0xfff9, 0xfffb}, {0xe0000, 0xe007f},
 };
 
+// Whether a byte continues a character: 10xxxxxx.
 static bool is_continuation(char ch) {
     return (static_cast<unsigned char>(ch) & 0xc0) == 0x80;
 }
 
-// How many bytes a character has by its first one; 0 for a byte that begins none.
+// The length of a character by its first byte; 0 for a byte that begins no character. 0xc0 and 0xc1
+// could only begin overlong forms, 0xf5 and above would lie beyond U+10FFFF.
 static std::size_t length_by_first(unsigned char byte) {
     if (byte < 0x80)
         return 1;
@@ -30,7 +37,7 @@ static std::size_t length_by_first(unsigned char byte) {
     return byte < 0xe0 ? 2 : byte < 0xf0 ? 3 : 4;
 }
 
-// Decodes the character that `text` begins with; its length, or 0 when that is not UTF-8.
+// Decodes the first character of `text`. Returns its length, or 0 if it is not valid UTF-8.
 static std::size_t decode(std::string_view text, std::uint32_t& code) {
     static const std::uint32_t least[] = {0, 0, 0x80, 0x800,
                                           0x10000}; // by length; below is overlong
@@ -38,18 +45,20 @@ static std::size_t decode(std::string_view text, std::uint32_t& code) {
     const std::size_t length = length_by_first(first);
     if (length == 0 || text.size() < length)
         return 0;
+    // The first byte's low bits, then six from each byte after it.
     code = length == 1 ? first : first & (0x7fu >> length);
     for (std::size_t k = 1; k < length; k++) {
         if (!is_continuation(text[k]))
             return 0;
         code = code << 6 | (static_cast<unsigned char>(text[k]) & 0x3f);
     }
+    // What has a shorter form, or is no character at all, is not valid.
     const bool is_surrogate = code >= 0xd800 && code <= 0xdfff;
     return code < least[length] || is_surrogate || code > 0x10ffff ? 0 : length;
 }
 
-// The length of the character that `text` begins with, or 0 when its first byte is to be escaped.
-// Continuation bytes left behind begin no character, so they are escaped in their turn.
+// The length of the first character of `text`, or 0 if its first byte must be escaped. The bytes
+// after an escaped one begin no character, so that they are escaped as well.
 static std::size_t shown_length(std::string_view text) {
     std::uint32_t code = 0;
     const std::size_t length = decode(text, code);
@@ -64,6 +73,7 @@ std::size_t take_printable(std::string_view& text, char* out, std::size_t room) 
     static const char digits[] = "0123456789abcdef";
     std::size_t written = 0;
     while (!text.empty()) {
+        // A whole character, or one byte as an escape.
         const std::size_t length = shown_length(text);
         const std::size_t needed = length > 0 ? length : escape_length;
         if (needed > room - written)

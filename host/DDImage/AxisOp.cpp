@@ -27,6 +27,7 @@ void AxisOp::knobs(Knob_Callback f) {
 }
 
 void AxisOp::_validate(bool for_real) {
+    // Without a parent, local is world.
     local_ = localtransform_;
     inversion_updated = false;
     AxisOp* const axis = parent();
@@ -51,6 +52,7 @@ const Matrix4& AxisOp::imatrix() {
 }
 
 void AxisOp::matrixAt(const OutputContext& context, Matrix4& matrix) const {
+    // The knob's value at that time, if there is a knob, then the parent's.
     Matrix4 local = localtransform_;
     Hash ignored;
     if (Knob* const transform = knob("transform"))

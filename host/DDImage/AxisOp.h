@@ -1,6 +1,7 @@
-// A place, a direction and a size in space, perhaps on top of another one's.
+// An axis: position, rotation and scale in space, relative to a parent axis if there is one.
 //
-// Inputs:    0, the parent axis.
+// Inputs:    0, the parent.
+// Shapes:    matrices for column vectors, see Matrix4.
 #pragma once
 
 #include <DDImage/Matrix4.h>
@@ -19,24 +20,25 @@ public:
     const char* input_label(int n, char* buffer) const override;
     void knobs(Knob_Callback f) override;
 
-    // Local to world: the parent's times local(). Once validated.
+    // Local to world: the parent's matrix times local(). Valid after validate().
     const Matrix4& matrix() const { return matrix_; }
     void matrix(const Matrix4& value);
     const Matrix4& local() const { return local_; }
 
-    // World to local, worked out when it is first asked for.
+    // World to local, computed on demand.
     const Matrix4& imatrix();
 
-    // matrix() at another time.
+    // matrix() at another time; needs no validate().
     virtual void matrixAt(const OutputContext& context, Matrix4& matrix) const;
 
+    // Null without one.
     AxisOp* parent() const { return dynamic_cast<AxisOp*>(Op::input(0)); }
 
 protected:
     void _validate(bool for_real) override;
 
     Matrix4 matrix_, imatrix_, local_;
-    Matrix4 localtransform_; // as the knob stores it
+    Matrix4 localtransform_; // where the knob stores
     bool inversion_updated = false;
 };
 

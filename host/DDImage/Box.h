@@ -1,4 +1,8 @@
-// A rectangle of pixels, half-open: x <= column < r and y <= row < t, rows counted from the bottom.
+// A rectangle of pixels.
+//
+// Shapes:    half-open: columns [x, r), rows [y, t), counted from the bottom row up. A box of at
+//            most one pixel is "constant", and is ignored when boxes are merged.
+// Threads:   a value.
 #pragma once
 
 #include <algorithm>
@@ -27,7 +31,7 @@ public:
     void set(int x, int y, int r, int t) { *this = Box(x, y, r, t); }
     void set(const Box& other) { *this = other; }
 
-    // One pixel, which is what a constant image needs.
+    // One pixel, enough for an image of one colour.
     void clear() { *this = Box(); }
     bool is_constant() const { return w() <= 1 && h() <= 1; }
     long area() const { return long(w()) * h(); }
@@ -36,7 +40,7 @@ public:
     void pad(int amount) { pad(-amount, -amount, amount, amount); }
     void pad(int dx, int dy, int dr, int dt) { set(x_ + dx, y_ + dy, r_ + dr, t_ + dt); }
 
-    // The smallest box around both; a constant one takes no part.
+    // Becomes the smallest box around both.
     void merge(const Box& other) {
         if (other.is_constant())
             return;
@@ -49,7 +53,7 @@ public:
 
     void merge(int x, int y, int r, int t) { merge(Box(x, y, r, t)); }
 
-    // Grown so that it has the pixel.
+    // Grows to include the pixel.
     void merge(int x, int y) {
         if (is_constant())
             set(x, y, x + 1, y + 1);
@@ -57,7 +61,7 @@ public:
             set(std::min(x_, x), std::min(y_, y), std::max(r_, x + 1), std::max(t_, y + 1));
     }
 
-    // What lies in both; boxes apart leave one pixel.
+    // Becomes what both have in common; of disjoint boxes one pixel, as after clear().
     void intersect(const Box& other) {
         set(std::max(x_, other.x_), std::max(y_, other.y_), std::min(r_, other.r_),
             std::min(t_, other.t_));
@@ -67,6 +71,7 @@ public:
 
     void intersect(int x, int y, int r, int t) { intersect(Box(x, y, r, t)); }
 
+    // The nearest column and row in the box.
     int clampx(int x) const { return std::max(x_, std::min(x, r_ - 1)); }
     int clampy(int y) const { return std::max(y_, std::min(y, t_ - 1)); }
 

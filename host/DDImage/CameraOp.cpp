@@ -35,6 +35,7 @@ void CameraOp::_validate(bool for_real) {
 }
 
 Matrix4 CameraOp::projection(int mode) const {
+    // The window moves, scales and turns what the lens projects.
     Matrix4 matrix;
     matrix.makeIdentity();
     matrix.rotateZ(float(win_roll_ * velmora::host::radians_per_degree));
@@ -49,6 +50,7 @@ Matrix4 CameraOp::projection(int mode) const {
 }
 
 Matrix4 CameraOp::projectionAt(const OutputContext& context) const {
+    // A knob's value at that time, or the op's own where there are no knobs.
     const auto at = [&](const char* name, double now, int i = 0) {
         const Knob* const value = knob(name);
         return value ? value->get_value_at(context, i) : now;

@@ -1,7 +1,7 @@
-// A camera: an axis with a lens, that looks along its -z with y up.
+// A camera: an axis with a lens. It looks along its -z, with y up.
 //
-// Units:     focal length and apertures in millimetres, distances in scene units, the roll in
-//            degrees.
+// Units:     focal length and apertures in millimetres, distances in scene units, roll in degrees,
+//            the window's translation in halves of the aperture's width.
 #pragma once
 
 #include <DDImage/AxisOp.h>
@@ -28,6 +28,7 @@ public:
     void knobs(Knob_Callback f) override;
     void _validate(bool for_real) override;
 
+    // The knobs' values, as stored for the op's frame.
     int projection_mode() const { return projection_mode_; }
     double focal_length() const { return focal_length_; }
     double film_width() const { return haperture_; }  // the haperture knob
@@ -52,16 +53,16 @@ public:
     void win_translate(double x, double y) { win_translate_ = Vector2(float(x), float(y)); }
     void win_scale(double x, double y) { win_scale_ = Vector2(float(x), float(y)); }
 
-    // From the camera's space onto a square of -1 … 1, whose width is the horizontal aperture. The
-    // vertical aperture takes no part. Once validated.
+    // From camera space to [-1, 1] x [-1, 1], whose width is the horizontal aperture; the vertical
+    // aperture has no effect. Valid after validate(); the other two for any mode and time.
     const Matrix4& projection() const { return projection_; }
     virtual Matrix4 projection(int mode) const;
     virtual Matrix4 projectionAt(const OutputContext& context) const;
 
-    // Turns `matrix`, which goes to that square, into one that goes to the pixels of a format.
+    // Extends `matrix`, a projection to that square, to the pixels of a format.
     static void to_format(Matrix4& matrix, const Format* format);
 
-    // A camera that nothing is set on, for ops without one. The host's.
+    // The camera of ops that have none: with all defaults, owned by the host.
     static CameraOp* default_camera();
 
 private:

@@ -4,7 +4,7 @@
 
 namespace DD::Image {
 
-// By number. A deque, whose texts stay where they are while it grows.
+// By number. A deque, because getName() returns pointers that must survive its growth.
 static std::deque<std::string>& names() {
     static std::deque<std::string> all = {"none",       "rgba.red",   "rgba.green", "rgba.blue",
                                           "rgba.alpha", "depth.Z",    "forward.u",  "forward.v",
@@ -17,7 +17,7 @@ const char* getName(Channel channel) {
     return number < names().size() ? names()[number].c_str() : nullptr;
 }
 
-// A bare channel name belongs to the layer of colours.
+// Names without a layer belong to "rgba".
 static std::string full_name(const char* name) {
     const std::string text = name ? name : "";
     return text.find('.') == std::string::npos ? "rgba." + text : text;

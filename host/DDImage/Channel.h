@@ -1,4 +1,6 @@
-// The channels of an image: numbers from 1, of which the first have fixed names.
+// The channels of an image: numbers from 1, the first ten with fixed names.
+//
+// Threads:   main thread only, for the names.
 #pragma once
 
 #include <DDImage/DDImage_API.h>
@@ -20,17 +22,16 @@ enum Channel {
     Chan_Last = 1023, // the largest number that a channel may have
 };
 
-// The name as layer and channel, "rgba.red"; null for a number without a name.
+// The name with its layer, "rgba.red"; null for a number without a name.
 DDImage_API const char* getName(Channel channel);
 
-// The channel of a name, "rgba.red" or "red"; a name that is new becomes a channel, and Chan_Black
-// says that no number is left. Main thread only.
+// The channel named "rgba.red" or "red", made if there is none; Chan_Black if no number is left.
 DDImage_API Channel channel(const char* name);
 
-// The channel of a name, or Chan_Black.
+// The channel of that name, or Chan_Black.
 DDImage_API Channel findChannel(const char* name);
 
-// 0 to 3 for red, green, blue and alpha, and so on by fours.
+// The channel's position in a group of four: 0 to 3 for red, green, blue and alpha.
 inline int colourIndex(Channel channel) {
     return (int(channel) - 1) & 3;
 }

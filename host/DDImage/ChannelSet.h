@@ -1,6 +1,7 @@
 // A set of channels.
 //
-// Shapes:    walked in the order of the channels' numbers: foreach(z, channels) { ... }
+// Shapes:    foreach (z, channels) { ... } visits the channels in the order of their numbers.
+// Threads:   a value.
 #pragma once
 
 #include <DDImage/Channel.h>
@@ -11,7 +12,7 @@
 
 namespace DD::Image {
 
-// Sets by one bit per channel, that of channel 1 lowest.
+// One bit per channel, channel 1 the lowest.
 enum ChannelSetInit {
     Mask_None = 0,
     Mask_Red = 1,
@@ -21,7 +22,7 @@ enum ChannelSetInit {
     Mask_Alpha = 8,
     Mask_RGBA = 15,
     Mask_Z = 16,
-    Mask_All = -1, // every channel there can be
+    Mask_All = -1, // every possible channel
 };
 
 class DDImage_API ChannelSet {
@@ -36,7 +37,7 @@ public:
     operator bool() const { return !empty(); }
     unsigned size() const { return unsigned(members.count()); }
 
-    // The first channel, and the one behind `channel`; Chan_Black at the end.
+    // The first channel, and the one after `channel`; Chan_Black at the end.
     Channel first() const { return next(Chan_Black); }
     Channel next(Channel channel) const;
 
@@ -62,8 +63,8 @@ public:
     void swap(ChannelSet& set) { std::swap(members, set.members); }
     ChannelSet intersection(const ChannelSet& set) const { return *this & set; }
 
-    // With another set, a single channel or one of the sets of ChannelSetInit; templates, since the
-    // conversion to bool would make the built-in operators as good a choice for the last two.
+    // With a set, a Channel or a ChannelSetInit. Templates, because the conversion to bool would
+    // make the built-in operators equally good matches for the latter two.
     template <class Set>
     ChannelSet& operator+=(const Set& set) {
         return insert(ChannelSet(set)), *this;
@@ -97,7 +98,7 @@ public:
         return !(*this == set);
     }
 
-    // Some total order, for containers.
+    // An arbitrary total order, for containers.
     bool operator<(const ChannelSet& set) const;
 
     void append(Hash& hash) const;
@@ -110,7 +111,7 @@ typedef const ChannelSet& ChannelMask;
 
 } // namespace DD::Image
 
-// The set is worked out once, before the first channel.
+// Evaluates CHANNELS once. Two loops, so that `break` and one statement work as in a plain one.
 #define foreach(VAR, CHANNELS)                                                                     \
     for (const DD::Image::ChannelSet &VAR##_set = (CHANNELS), *VAR##_left = &VAR##_set;            \
          VAR##_left; VAR##_left = nullptr)                                                         \

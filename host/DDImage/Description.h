@@ -1,10 +1,12 @@
-// What a plug-in tells about itself as it is loaded.
+// What a plug-in announces about itself while it is loaded.
+//
+// Threads:   main thread only.
 #pragma once
 
 #include <DDImage/DDImage_API.h>
 #include <DDImage/ddImageVersionNumbers.h>
 
-class Node; // the host's own, which ops are only handed
+class Node; // the host's; ops only hold a pointer to it
 
 namespace DD::Image {
 
@@ -13,11 +15,11 @@ class License;
 class DDImage_API Description {
 public:
     const char* compiled; // with what the plug-in was built
-    const char* plugin;   // the file that it came from; null for what the host brings along
-    License* license;     // the host's to look at; null in all that this one meets
+    const char* plugin;   // the file that it came from; null for the host's own classes
+    License* license;     // for the host; null for all plug-ins known here
 
 protected:
-    // Runs in the plug-in, so that `compiled` is the plug-in's own; `announce` tells the host.
+    // Inline, so that it is compiled in the plug-in and `compiled` is the plug-in's.
     explicit Description(void (*announce)(Description*))
         : compiled(kDDImageCompiled), plugin(nullptr), license(nullptr) {
         announce(this);

@@ -12,7 +12,7 @@ static std::vector<const Format*>& named_formats() {
 }
 
 const Format& Format::kept(const Format& format) {
-    static std::deque<Format> all; // which stay where they are while it grows
+    static std::deque<Format> all; // a deque: references survive its growth
     for (const Format& known : all)
         if (known == format && known.name_ == format.name_)
             return known;

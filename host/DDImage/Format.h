@@ -1,8 +1,9 @@
 // The size of an image and the shape of its pixels.
 //
-// Ownership: nodes point to formats. Those that the host hands out never change and live as long as
-//            the host.
-// Threads:   the list of named formats is the main thread's.
+// Shapes:    the box is the image's area within the file's width and height.
+// Ownership: ops hold pointers to formats; those from the host never change and live as long as the
+//            process.
+// Threads:   main thread only, for the list of named formats and kept().
 #pragma once
 
 #include <DDImage/Box.h>
@@ -14,10 +15,9 @@
 
 namespace DD::Image {
 
-// The box is the image's area inside the whole file's width and height.
 class DDImage_API Format : public Box {
 public:
-    static const Format None; // no format at all; FormatPair turns it into the script's own
+    static const Format None; // no format; a FormatPair with it means the script's
 
     Format() : Box(0, 0, 640, 480), width_(640), height_(480), pixel_aspect_(1) {}
     Format(int width, int height, double pixel_aspect = 1)
@@ -36,22 +36,21 @@ public:
     void name(const char* value) { name_ = value ? value : ""; }
     bool is_none() const { return this == &None; }
 
-    // Names this format and keeps a copy in the list, in the place of one of that name.
+    // Names this format and puts a copy into the list, replacing one of the same name.
     void add(const char* name);
 
-    // The named formats, by place in the list; null when there is none such. A pixel aspect of 0
-    // stands for any.
+    // The list of named formats. Null if there is no such format; a pixel aspect of 0 matches all.
     static std::size_t size();
     static const Format* index(std::size_t place);
     static const Format* findExisting(int width, int height, double pixel_aspect = 0);
     static const Format* findNamed(const char* name);
 
-    // A format of the same size and name that stays as it is for ever.
+    // An equal format of the same name that lives as long as the process.
     static const Format& kept(const Format& format);
 
     void append(Hash& hash) const;
 
-    // Names take no part.
+    // Names are not compared.
     bool operator==(const Format& other) const {
         return Box::operator==(other) && width_ == other.width_ && height_ == other.height_ &&
                pixel_aspect_ == other.pixel_aspect_;
@@ -64,8 +63,8 @@ private:
     std::string name_;
 };
 
-// What a Format_knob fills: the format in effect and the one without proxy scale. It starts, and
-// while it is null, as the script's own format.
+// What a Format_knob stores: the format in effect, and the one without proxy scale. Format::None
+// until then.
 class DDImage_API FormatPair {
 public:
     FormatPair() : format_(&Format::None), full_size_format_(&Format::None) {}

@@ -7,7 +7,7 @@
 
 namespace DD::Image {
 
-// What a byte in the top eight bits does to the remainder as it is shifted out.
+// What to add to the remainder when a byte is shifted out of its top eight bits.
 static const std::array<U64, 256>& crc_table() {
     static const std::array<U64, 256> table = [] {
         std::array<U64, 256> made;
@@ -23,6 +23,7 @@ static const std::array<U64, 256>& crc_table() {
 }
 
 void Hash::append(const void* bytes, std::size_t count) {
+    // Shift in zeros and add the bytes at the top: the usual table-driven division.
     const std::array<U64, 256>& table = crc_table();
     const unsigned char* byte = static_cast<const unsigned char*>(bytes);
     for (std::size_t i = 0; i < count; i++)

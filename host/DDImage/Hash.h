@@ -1,8 +1,9 @@
-// A 64-bit cyclic redundancy check over whatever decides an op's output.
+// A 64-bit hash of what an op's output depends on: a cyclic redundancy check.
 //
 // Source:    CRC-64/ECMA-182, polynomial 0x42F0E1EBA9EA3693, most significant bit first, from 0.
-// Shapes:    numbers count by their bytes as they stand in memory, texts by their characters and
-//            the NUL behind them, so that "ab" and "c" differ from "a" and "bc".
+// Shapes:    numbers are hashed as their bytes in memory, texts with their final NUL, so that "ab",
+//            "c" and "a", "bc" differ.
+// Threads:   a value; newvalue() from any.
 #pragma once
 
 #include <DDImage/DDImage_API.h>
@@ -48,7 +49,7 @@ public:
     U64 value() const { return value_; }
     U64 getHash() const { return value_; }
 
-    // Makes this a hash that no other has had in this process.
+    // Becomes a hash that is unique in this process.
     void newvalue();
 
     bool operator==(const Hash& other) const { return value_ == other.value_; }

@@ -33,6 +33,7 @@ void Iop::force_validate(bool for_real) {
 }
 
 void Iop::request(int x, int y, int r, int t, ChannelMask channels, int count) {
+    // A new hash forgets the requests for the old one.
     if (requested_for != hash())
         is_requested = false;
     requested_for = hash();
@@ -59,6 +60,7 @@ void Iop::_request(int x, int y, int r, int t, ChannelMask channels, int count) 
 }
 
 void Iop::get(int y, int x, int r, ChannelMask channels, Row& row) {
+    // Erase what the op does not make, and everything where it is black.
     const ChannelSet made = channels & info_.channels();
     row.erase(channels - made);
     const bool beside = y < info_.y() || y >= info_.t() || x >= info_.r() || r <= info_.x();
@@ -66,12 +68,13 @@ void Iop::get(int y, int x, int r, ChannelMask channels, Row& row) {
         row.erase(made);
         return;
     }
+    // The whole span is inside.
     if (!beside && x >= info_.x() && r <= info_.r()) {
         checked_engine(y, x, r, made, row);
         return;
     }
 
-    // What lies in the box, or the nearest of its pixels.
+    // Make the part inside, or the nearest pixel, and extend it.
     const int from = info_.clampx(x), to = info_.clampx(r - 1) + 1;
     Row inside(from, to);
     checked_engine(info_.clampy(y), from, to, made, inside);

@@ -1,4 +1,6 @@
-// What an image op says about its image: where it is not black, its format and its channels.
+// What an image op says about its image: the box that it fills, its format and its channels.
+//
+// Ownership: formats are borrowed.
 #pragma once
 
 #include <DDImage/Box.h>
@@ -23,10 +25,11 @@ public:
     void turn_on(const ChannelSet& set) { channels_ += set; }
     void turn_off(const ChannelSet& set) { channels_ -= set; }
 
-    // Whether the image is black outside the box; otherwise its edge goes on for ever.
+    // Whether the image is black outside the box; otherwise the edge is repeated.
     bool black_outside() const { return black_outside_; }
     void black_outside(bool value) { black_outside_ = value; }
 
+    // The frame range of the image.
     int first_frame() const { return first_frame_; }
     int last_frame() const { return last_frame_; }
     void first_frame(int value) { first_frame_ = value; }
@@ -40,6 +43,7 @@ private:
     int first_frame_ = 1, last_frame_ = 1;
 };
 
+// The base of what has an info, with short cuts to it.
 class DDImage_API IopInfoOwner {
 public:
     const IopInfo& info() const { return info_; }

@@ -17,6 +17,8 @@ void Knob::set_range(double minimum, double maximum) {
     maximum_ = maximum;
 }
 
+// A knob without a value; the host's own knobs override what follows.
+
 int Knob::size() const {
     return 0;
 }

@@ -1,9 +1,8 @@
-// A control of a node: a value, perhaps over time, that the host keeps and stores into the ops.
+// A control of a node: a value, which may be animated, that the host stores into the ops.
 //
 // Units:     times are frames.
-// Ownership: a knob belongs to its node. What an op is given by store() lives as long as the op
-//            keeps the value.
-// Threads:   the main thread's, all of it.
+// Ownership: a node owns its knobs. What store() points an op to stays valid until the next store.
+// Threads:   main thread only.
 #pragma once
 
 #include <DDImage/DDImage_API.h>
@@ -35,7 +34,7 @@ enum KnobType {
     ACOLOR_KNOB = 19,
     TAB_KNOB = 20,
     AXIS_KNOB = 29,
-    // Of these the host's documents give no number.
+    // The host's documentation gives no numbers for these.
     MATRIX_KNOB = 1001,
     TEXT_KNOB = 1002,
     DIVIDER_KNOB = 1003,
@@ -45,7 +44,7 @@ enum KnobType {
     END_GROUP_KNOB = 1007,
 };
 
-// What the pointer that a knob stores through points to.
+// The type that a knob stores through its pointer.
 enum StoreType {
     DoublePtr = 0,
     FloatPtr = 1,
@@ -63,7 +62,7 @@ class DDImage_API Knob {
 public:
     typedef U64 FlagMask;
 
-    // The low bits mean one thing for numbers and another for menus.
+    // How a number or a menu is shown. The low bits have different meanings for the two.
     static constexpr FlagMask SLIDER = 0x1;
     static constexpr FlagMask SINGLE_SELECTION_ONLY = 0x1;
     static constexpr FlagMask FORCE_RANGE = 0x2;
@@ -73,6 +72,8 @@ public:
     static constexpr FlagMask MAGNITUDE = 0x10;
     static constexpr FlagMask ANGLE = 0x20;
     static constexpr FlagMask NO_PROXYSCALE = 0x40;
+
+    // What a user can do with the knob, and where it is in the panel.
     static constexpr FlagMask DISABLED = 0x80;
     static constexpr FlagMask NO_ANIMATION = 0x100;
     static constexpr FlagMask DO_NOT_WRITE = 0x200;
@@ -80,10 +81,15 @@ public:
     static constexpr FlagMask RESIZABLE = 0x800;
     static constexpr FlagMask STARTLINE = 0x1000;
     static constexpr FlagMask ENDLINE = 0x2000;
+
+    // When the node renders and knob_changed() is called. NO_RERENDER keeps the value out of the
+    // hash.
     static constexpr FlagMask NO_RERENDER = 0x4000;
     static constexpr FlagMask NO_HANDLES = 0x8000;
     static constexpr FlagMask KNOB_CHANGED_ALWAYS = 0x10000;
     static constexpr FlagMask NO_KNOB_CHANGED = 0x20000;
+
+    // What is saved, undone and edited elsewhere.
     static constexpr FlagMask HIDDEN = 0x40000;
     static constexpr FlagMask NO_UNDO = 0x80000;
     static constexpr FlagMask ALWAYS_SAVE = 0x100000;
@@ -94,19 +100,24 @@ public:
     static constexpr FlagMask READ_ONLY = 0x10000000;
     static constexpr FlagMask NO_CURVE_EDITOR = 0x20000000;
     static constexpr FlagMask NO_MULTIVIEW = 0x40000000;
-    static constexpr FlagMask EARLY_STORE = 0x80000000; // stored before the inputs are built
+
+    // EARLY_STORE knobs are stored before the inputs are built, and may decide them.
+    static constexpr FlagMask EARLY_STORE = 0x80000000;
     static constexpr FlagMask MODIFIES_GEOMETRY = 0x100000000;
 
-    // No knobs of any node: knob_changed() is called with their addresses.
+    // Not of any node: events, for which knob_changed() is called with these.
     static Knob showPanel, hidePanel, inputChange;
 
+    // Copies the name and the label, which may be null.
     explicit Knob(const char* name, const char* label = nullptr, KnobType type = STRING_KNOB);
     Knob(const Knob&) = delete;
     Knob& operator=(const Knob&) = delete;
     virtual ~Knob();
 
+    // ---- what it is ----------------------------------------------------------------------------
+
     const std::string& name() const { return name_; }
-    const std::string& label() const { return label_; } // the name where none was given
+    const std::string& label() const { return label_; } // the name by default
     bool is(const char* name) const { return name_ == name; }
     KnobType ClassID() const { return type_; }
 
@@ -125,14 +136,17 @@ public:
     const std::string& tooltip() const { return tooltip_; }
     void tooltip(const std::string& text) { tooltip_ = text; }
 
-    // The slider's ends; values beyond them are legal.
+    // ---- the value -----------------------------------------------------------------------------
+
+    // The ends of the slider; values outside are legal.
     bool has_range() const { return has_range_; }
     double minimum() const { return minimum_; }
     double maximum() const { return maximum_; }
     void set_range(double minimum, double maximum);
 
-    // The numbers of the value: how many, and one of them. Setting one, or without `i` all, holds
-    // for all times; false, and nothing changed, for what the knob cannot have.
+    // The numbers of the value: how many, and number `i` at a time. Setting one, or all with i =
+    // -1, removes the animation; returns false and changes nothing for values that the knob
+    // refuses.
     virtual int size() const;
     virtual double get_value_at(double time, int i = 0) const;
     double get_value_at(const OutputContext& context, int i = 0) const {
@@ -144,22 +158,19 @@ public:
     virtual bool is_animated() const;
     bool isAnimated() const { return is_animated(); }
 
-    // The value as text; null and false for knobs that have none.
+    // The value as text; null and false for knobs without.
     virtual const char* get_text() const;
     virtual bool set_text(const char* text);
 
-    // As a saved script has it. False, and nothing changed, when the text is not for this knob.
+    // As in a saved script. Returns false and changes nothing if the knob refuses the text.
     virtual bool from_script(const char* text);
     virtual std::string to_script() const;
 
-    // Whether the value is another than the one that the knob was made with.
+    // Whether the value differs from the one that the knob was made with.
     virtual bool not_default() const;
 
-    // Puts the value at the context's time into `data` and adds it to `hash`.
+    // Writes the value at the context's time to `data`, and adds it to `hash`.
     virtual void store(StoreType type, void* data, Hash& hash, const OutputContext& context);
-
-protected:
-    void set_type(KnobType type) { type_ = type; }
 
 private:
     std::string name_, label_, tooltip_;

@@ -4,7 +4,7 @@ namespace DD::Image {
 
 Knob_Closure::~Knob_Closure() {}
 
-// Numbers behind one pointer, with or without a slider's range.
+// `count` numbers at one pointer, with or without a slider's range.
 static Knob* numbers(Knob_Callback f, KnobType type, StoreType store, void* data, int count,
                      NAME name, LABEL label, const IRange* range = nullptr) {
     KnobSpec spec = {type, store, data, name, label};
@@ -13,6 +13,7 @@ static Knob* numbers(Knob_Callback f, KnobType type, StoreType store, void* data
     return f.declare(spec);
 }
 
+// A knob that stores nothing.
 static Knob* arrangement(Knob_Callback f, KnobType type, NAME name, LABEL label) {
     return f.declare({type, NoPtr, nullptr, name, label});
 }
@@ -107,7 +108,7 @@ Knob* Enumeration_knob(Knob_Callback f, int* p, const char* const* items, NAME n
     return f.declare(spec);
 }
 
-// Which browser the panel opens makes no difference without a panel.
+// The type decides which file browser a panel opens; there is no panel here.
 Knob* File_knob(Knob_Callback f, const char** p, NAME name, LABEL label, FileKnob_Type) {
     return f.declare({FILE_KNOB, StringPtr, p, name, label});
 }
@@ -124,7 +125,7 @@ Knob* Format_knob(Knob_Callback f, FormatPair* p, NAME name, LABEL label) {
     return f.declare({FORMAT_KNOB, FormatPairPtr, p, name, label});
 }
 
-// The input's channels fill a menu where there is a panel; every set is legal.
+// The input's channels are the items of a menu in a panel; every set is legal.
 Knob* Input_ChannelMask_knob(Knob_Callback f, ChannelSet* p, int, NAME name, LABEL label) {
     return f.declare({CHANNEL_MASK_KNOB, ChannelSetPtr, p, name, label});
 }

@@ -1,9 +1,13 @@
 // How an op declares its knobs: one call for each, in the order of the panel.
 //
-// The host calls Op::knobs() once to make the knobs of a node and again whenever it stores their
-// values into an op. A creator gives the knob that it declares; Tooltip, SetFlags, ClearFlags and
-// SetRange are about the one before them. Names and labels are copied; the pointers to store
-// through must be members of the op.
+// The host calls Op::knobs() once to make the knobs of a node, and then each time it stores their
+// values into an op. Each creator returns the knob that it declares; Tooltip, SetFlags, ClearFlags
+// and SetRange modify the one declared before them, while knobs are made.
+//
+// Shapes:    an op must declare the same knobs in the same order each time.
+// Ownership: names and labels are copied. The pointers to store through must be to members of the
+//            op.
+// Threads:   main thread only.
 #pragma once
 
 #include <DDImage/ChannelSet.h>
@@ -23,14 +27,14 @@ struct IRange {
 typedef const char* NAME;
 typedef const char* LABEL;
 
-// A knob as it is declared.
+// The declaration of a knob.
 struct KnobSpec {
     KnobType type;
     StoreType store;
     void* data; // null for knobs that store nothing
     const char* name;
     const char* label = nullptr;
-    int count = 1; // numbers behind `data`
+    int count = 1; // of numbers at `data`
     const char* const* items = nullptr;
     const IRange* range = nullptr;
 };
@@ -63,7 +67,7 @@ DDImage_API Knob* Double_knob(Knob_Callback, double*, NAME, LABEL = nullptr);
 DDImage_API Knob* Double_knob(Knob_Callback, double*, const IRange&, NAME, LABEL = nullptr);
 DDImage_API Knob* Bool_knob(Knob_Callback, bool*, NAME, LABEL = nullptr);
 
-// Three numbers, and four with alpha.
+// Three numbers: red, green, blue; AColor four, with alpha.
 DDImage_API Knob* Color_knob(Knob_Callback, float*, NAME, LABEL = nullptr);
 DDImage_API Knob* Color_knob(Knob_Callback, float*, const IRange&, NAME, LABEL = nullptr);
 DDImage_API Knob* Color_knob(Knob_Callback, double*, NAME, LABEL = nullptr);
@@ -78,7 +82,7 @@ DDImage_API Knob* XYZ_knob(Knob_Callback, double*, NAME, LABEL = nullptr);
 DDImage_API Knob* WH_knob(Knob_Callback, float*, NAME, LABEL = nullptr);
 DDImage_API Knob* WH_knob(Knob_Callback, double*, NAME, LABEL = nullptr);
 
-// A choice of `items`, which end in a null pointer; stores the index, scripts hold the text.
+// A menu of `items`, ended by a null pointer. Stores the index; scripts hold the text.
 DDImage_API Knob* Enumeration_knob(Knob_Callback, int*, const char* const* items, NAME,
                                    LABEL = nullptr);
 
@@ -91,7 +95,7 @@ enum FileKnob_Type {
     Script_File,
 };
 
-// The text belongs to the host and lives until it is stored anew; it may start as null.
+// The host owns the text, which is valid until the next store. It may be null at first.
 DDImage_API Knob* File_knob(Knob_Callback, const char**, NAME, LABEL = nullptr,
                             FileKnob_Type = Normal_File);
 DDImage_API Knob* String_knob(Knob_Callback, const char**, NAME, LABEL = nullptr);
@@ -101,11 +105,11 @@ DDImage_API Knob* Format_knob(Knob_Callback, FormatPair*, NAME, LABEL = nullptr)
 DDImage_API Knob* Input_ChannelMask_knob(Knob_Callback, ChannelSet*, int input, NAME,
                                          LABEL = nullptr);
 
-// An affine transformation, with the knobs translate, rotate, xform_order and so on as its parts.
-// They have these names when this knob's is "transform", and "<name>_translate" otherwise.
+// An affine transformation whose parts are the knobs translate, rotate, xform_order and so on; if
+// this one is not named "transform", they are named "<name>_translate" and so on.
 DDImage_API Knob* Axis_knob(Knob_Callback, Matrix4*, NAME, LABEL = nullptr);
 
-// What only arranges the panel.
+// These only arrange the panel.
 DDImage_API Knob* Text_knob(Knob_Callback, const char* text);
 DDImage_API Knob* Text_knob(Knob_Callback, const char* label, const char* text);
 DDImage_API Knob* Named_Text_knob(Knob_Callback, NAME, const char* text);

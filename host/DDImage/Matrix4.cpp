@@ -19,6 +19,7 @@ Matrix4 Matrix4::operator*(const Matrix4& m) const {
     Matrix4 product;
     for (int column = 0; column < 4; column++) {
         for (int row = 0; row < 4; row++) {
+            // From the first term on, so that the order of additions is fixed.
             float sum = (*this)[0][row] * m[column][0];
             for (int k = 1; k < 4; k++)
                 sum += (*this)[k][row] * m[column][k];
@@ -78,7 +79,7 @@ Matrix4 Matrix4::transpose() const {
     return turned;
 }
 
-// The 3x3 determinant that is left without one row and one column, with the sign of their place.
+// The signed determinant of the 3x3 matrix without one row and one column.
 static double cofactor(const Matrix4& m, int row, int column) {
     const auto element = [&](int i, int j) {
         return double(m[j < column ? j : j + 1][i < row ? i : i + 1]);
@@ -90,7 +91,7 @@ static double cofactor(const Matrix4& m, int row, int column) {
     return (row + column) % 2 == 0 ? minor : -minor;
 }
 
-double Matrix4::determinant() const {
+double Matrix4::determinant() const { // expanded along the first row
     double sum = 0;
     for (int column = 0; column < 4; column++)
         sum += double((*this)[column][0]) * cofactor(*this, 0, column);
@@ -98,6 +99,7 @@ double Matrix4::determinant() const {
 }
 
 Matrix4 Matrix4::inverse() const {
+    // By Cramer's rule: the transposed cofactors over the determinant.
     const double scale = 1 / determinant();
     Matrix4 inverted;
     for (int column = 0; column < 4; column++)

@@ -3,11 +3,12 @@
 //     | a00 a01 a02 a03 |    m[column][row] is a<row><column>; array() runs down the columns:
 //     | a10 a11 a12 a13 |    a00, a10, a20, a30, a01, …
 //     | a20 a21 a22 a23 |
-//     | a30 a31 a32 a33 |    p' = M · p; a translation stands in a03, a13, a23.
+//     | a30 a31 a32 a33 |    p' = M · p; the translation is a03, a13, a23.
 //
 // Units:     angles in radians.
-// Accuracy:  products and sums in single precision, from the first term to the last; inverse and
-//            determinant in double, narrowed at the end.
+// Accuracy:  products and sums in float, from the first term to the last; inverse and determinant
+//            in double, the inverse then rounded to float.
+// Threads:   a value.
 #pragma once
 
 #include <DDImage/DDImage_API.h>
@@ -22,7 +23,7 @@ namespace DD::Image {
 
 class DDImage_API Matrix4 {
 public:
-    // In the order in which they take effect: eSRT scales first and moves last, eZXY turns about z
+    // Named in order of application: eSRT scales first and translates last, eZXY rotates about z
     // first and about y last.
     enum TransformOrder { eSRT = 0, eSTR, eRST, eRTS, eTSR, eTRS };
     enum RotationOrder { eXYZ = 0, eXZY, eYXZ, eYZX, eZXY, eZYX };
@@ -32,12 +33,13 @@ public:
     float a02, a12, a22, a32;
     float a03, a13, a23, a33;
 
-    // Contents unspecified, as in the host: call makeIdentity().
+    // Leaves the elements unspecified, as in the host: call makeIdentity().
     Matrix4() {}
 
     // Sixteen floats column by column, as array() gives them.
     explicit Matrix4(const float columns[16]);
 
+    // A column.
     float* operator[](int column) { return &a00 + 4 * column; }
     const float* operator[](int column) const { return &a00 + 4 * column; }
     const float* array() const { return &a00; }
@@ -45,6 +47,7 @@ public:
     static const Matrix4& identity();
     void makeIdentity() { *this = identity(); }
 
+    // Products apply from the right: (a * b) * v is a * (b * v).
     Matrix4 operator*(const Matrix4& m) const;
     Matrix4& operator*=(const Matrix4& m) { return *this = *this * m; }
     Matrix4 operator*(float f) const;
@@ -53,24 +56,25 @@ public:
     bool operator==(const Matrix4& m) const;
     bool operator!=(const Matrix4& m) const { return !(*this == m); }
 
+    // Points, directions and normals.
     Vector4 operator*(const Vector4& v) const;
     Vector4 transform(const Vector4& v) const { return *this * v; }
     Vector4 transform(const Vector3& v, float w) const { return *this * Vector4(v, w); }
-    Vector3 transform(const Vector3& point) const;  // w is 1 and is dropped
-    Vector2 transform(const Vector2& point) const { // w is kept out, z is 0
+    Vector3 transform(const Vector3& point) const;  // with w = 1; drops w
+    Vector2 transform(const Vector2& point) const { // with z = 0, w = 1; drops z and w
         const Vector3 moved = transform(Vector3(point.x, point.y, 0));
         return {moved.x, moved.y};
     }
-    Vector3 vtransform(const Vector3& direction) const;
-    Vector3 ntransform(const Vector3& normal) const; // by the transposed matrix
+    Vector3 vtransform(const Vector3& direction) const; // with w = 0
+    Vector3 ntransform(const Vector3& normal) const;    // by the transposed matrix
 
     [[nodiscard]] Matrix4 transpose() const;
     double determinant() const;
 
-    // The elements of a singular matrix's inverse are infinite or not numbers.
+    // Of a singular matrix, elements are infinite or NaN.
     [[nodiscard]] Matrix4 inverse() const;
 
-    // Become the transformation.
+    // Replace this matrix by the transformation.
     void translation(float x, float y, float z = 0);
     void translation(const Vector3& v) { translation(v.x, v.y, v.z); }
     void scaling(float x, float y, float z);
@@ -79,7 +83,7 @@ public:
     void rotationY(float angle);
     void rotationZ(float angle);
 
-    // Multiply the transformation on from the right, so that it takes effect before what is there.
+    // Multiply by the transformation from the right: it applies before this matrix.
     void translate(float x, float y, float z = 0);
     void translate(const Vector3& v) { translate(v.x, v.y, v.z); }
     void scale(float x, float y, float z);
@@ -91,22 +95,25 @@ public:
     void rotateZ(float angle);
     void rotate(float angle) { rotateZ(angle); }
 
-    // Becomes a projection onto -1 … 1 of a camera that looks along -z: `lens` is focal length over
-    // horizontal aperture, `near` and `far` go to -1 and 1 of depth.
+    // Becomes the projection to [-1, 1] of a camera that looks along -z: `lens` is focal length
+    // over horizontal aperture; depths `near` and `far` are mapped to -1 and 1.
     void projection(float lens, float near, float far, bool perspective = true);
 
+    // The parts of an affine matrix: the images of the axes, and of the origin.
     Vector3 x_axis() const { return {a00, a10, a20}; }
     Vector3 y_axis() const { return {a01, a11, a21}; }
     Vector3 z_axis() const { return {a02, a12, a22}; }
     Vector3 translation() const { return {a03, a13, a23}; }
+
+    // Keep one part and drop the others.
     void translationOnly();
-    void rotationOnly(); // axes of length 1, as far as they have a length
+    void rotationOnly(); // normalises the axes; those of length 0 stay
     void scaleOnly();
 
     void append(Hash& hash) const { hash.append(array(), sizeof *this); }
 };
 
-static_assert(sizeof(Matrix4) == 16 * sizeof(float), "sixteen floats, one behind the other");
+static_assert(sizeof(Matrix4) == 16 * sizeof(float), "sixteen floats without gaps");
 
 DDImage_API std::ostream& operator<<(std::ostream& out, const Matrix4& matrix);
 

@@ -123,6 +123,7 @@ void NukeWrapper::_close() {
 }
 
 void NukeWrapper::engine(int y, int x, int r, ChannelMask channels, Row& row) {
+    // The chosen channels from the op, the others from its first input.
     const ChannelSet own = channels & chosen, others = channels - chosen;
     if (!own.empty())
         wrapped->engine(y, x, r, own, row);
@@ -142,6 +143,7 @@ void NukeWrapper::blend(int y, int x, int r, ChannelMask channels, Row& row) {
     Iop* const holdout = mask ? input(mask_input()) : nullptr;
     if (!holdout && mix_amount == 1)
         return;
+    // Mix with the first input.
     Row beneath(x, r), amount(x, r);
     if (Iop* const source = input(0))
         source->get(y, x, r, channels, beneath);

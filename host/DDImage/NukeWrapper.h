@@ -1,11 +1,11 @@
-// Stands in front of an image op and adds what users expect of most: a choice of channels, a mask
-// and a mix.
+// Wraps an image op, and adds the usual controls: a choice of channels, a mask and a mix.
 //
-// The mask, an input behind the op's own, says pixel by pixel how much of the output holds, by its
-// alpha; mix says the same for all of it. Both, and the channels that are not chosen, show the op's
-// first input where the output does not hold, black when that is no image.
+// The result is w * output + (1 - w) * first input, where w is mix times the alpha of the mask (the
+// input after the op's own). Channels that are not chosen are the first input's. Without an image
+// there, the first input is black.
 //
 // Ownership: the wrapper owns the op.
+// Threads:   as Iop.
 #pragma once
 
 #include <DDImage/Iop.h>
@@ -17,7 +17,7 @@ public:
     explicit NukeWrapper(Iop* op);
     ~NukeWrapper() override;
 
-    // Leave one of the additions out; noUnpremult is for one that is not made here.
+    // Leave out one of the additions. noUnpremult has no effect: that one is never added here.
     NukeWrapper* noChannels();
     NukeWrapper* noMask();
     NukeWrapper* noMix();

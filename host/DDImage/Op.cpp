@@ -101,7 +101,7 @@ void Op::set_input(int, Op* op, int n, int m) {
         inputs(n + 1);
     std::vector<Op*>& copies = inputs_[std::size_t(n)];
     if (m == 0)
-        copies.clear(); // fewer copies may come than there were
+        copies.clear(); // there may be fewer than last time
     copies.resize(std::max(copies.size(), std::size_t(m) + 1));
     copies[std::size_t(m)] = op;
 }
@@ -144,6 +144,7 @@ void Op::invalidate() {
 void Op::open() {
     if (opened_)
         return;
+    // Inputs first.
     for (const std::vector<Op*>& copies : inputs_)
         for (Op* const copy : copies)
             if (copy)
@@ -190,6 +191,7 @@ void Op::abort() const {
 }
 
 [[gnu::format(printf, 1, 0)]] static std::string formatted(const char* format, va_list args) {
+    // Once to measure, once to write.
     va_list again;
     va_copy(again, args);
     std::string text(std::size_t(std::max(std::vsnprintf(nullptr, 0, format, args), 0)) + 1, '\0');
@@ -230,6 +232,7 @@ Op* Op::error_op() {
     return error_op(seen);
 }
 
+// `seen`: an op may feed others in several ways.
 Op* Op::error_op(std::set<const Op*>& seen) {
     if (has_error())
         return this;
@@ -243,6 +246,7 @@ Op* Op::error_op(std::set<const Op*>& seen) {
 
 // ---- texts that knobs store --------------------------------------------------------------------
 
+// The same pointer as before, for as long as the text stays the same.
 const char* Op::keep_text(const void* place, const std::string& text) {
     for (auto& [kept_place, kept] : texts) {
         if (kept_place != place)

@@ -1,14 +1,14 @@
-// An operator: one moment's worth of a node, that validates, opens and makes output.
+// An operator: a node at one output context (frame and view), which makes the output.
 //
-// The host makes an op for each node and each moment that is asked of it, and then, in this order:
+// The host makes an op for each node and context that it needs. It then calls, in this order:
 // setOutputContext; knobs() for the EARLY_STORE knobs; split_input and inputContext for every
-// input, and set_input for every copy; knobs() for all knobs; append(); validate(false), as often
-// as it likes; validate(true); request; open; engine from several threads; close. An op may be
-// taken through this again at another moment or after its knobs have changed.
+// input, and set_input for every copy; knobs() for all knobs; append(); validate(false), any number
+// of times; validate(true); request; open; engine from several threads; close. It may do so again
+// for another context, or after knobs have changed.
 //
 // Ownership: the host owns the ops; inputs are borrowed.
-// Errors:    error() tells what is wrong with the input; exceptions pass through the host.
-// Threads:   one at a time, but for engine, aborted() and error().
+// Errors:    error() reports what is wrong with the input; exceptions pass through the host.
+// Threads:   one at a time, except engine, aborted() and error().
 #pragma once
 
 #include <DDImage/Description.h>
@@ -32,8 +32,8 @@ class NukeWrapper;
 
 class DDImage_API Op {
 public:
-    // A class of ops. Making one, as the plug-in is loaded, tells the host of it; of several with
-    // one name the first is kept.
+    // A class of ops. Its constructor, which runs while the plug-in is loaded, announces it to the
+    // host; of several with one name the first counts.
     class DDImage_API Description : public DD::Image::Description {
     public:
         typedef Op* (*OpConstructor)(Node*);
@@ -61,7 +61,7 @@ public:
 
         Op* constructor(Node* node) const;
 
-        // The class of that name, among those announced so far; null when there is none.
+        // The class of that name; null if none was announced.
         static const Description* find(const char* name);
 
     private:
@@ -72,7 +72,7 @@ public:
         void add();
     };
 
-    // `node` may be null: the op then has no knobs that are kept.
+    // `node` may be null; then knob() returns null.
     explicit Op(Node* node);
     Op(const Op&) = delete;
     Op& operator=(const Op&) = delete;
@@ -80,6 +80,7 @@ public:
 
     // ---- what it is ----------------------------------------------------------------------------
 
+    // The class as in scripts, and its help text; the rest is for the user interface.
     virtual const char* Class() const = 0;
     virtual const char* node_help() const = 0;
     virtual const char* displayName() const { return Class(); }
@@ -89,34 +90,39 @@ public:
     virtual Iop* iop() { return nullptr; }
 
     Node* node() const { return node_; }
-    const char* node_name() const; // the class where there is no node
+    const char* node_name() const; // without a node, the class
 
     // ---- knobs ---------------------------------------------------------------------------------
 
+    // Declares the knobs, see Knobs.h.
     virtual void knobs(Knob_Callback f);
 
-    // Called on the op that stands for its node, after a knob was changed by hand. Returns 1 when
-    // it handled the change and wants to hear of further ones.
+    // Called on the node's prototype after a user changed a knob. Returns 1 if it handled the
+    // change and wants further calls.
     virtual int knob_changed(Knob* knob);
     virtual int knob_change_finished(Knob* knob, bool finished);
 
+    // Null if there is none.
     Knob* knob(const char* name) const;
 
     // ---- inputs --------------------------------------------------------------------------------
 
+    // How many inputs there are, and how many there may be.
     int inputs() const { return int(inputs_.size()); }
     virtual void inputs(int count);
     virtual int minimum_inputs() const { return inputs(); }
     virtual int maximum_inputs() const { return inputs(); }
     virtual int optional_input() const { return -1; }
 
-    // Takes all copies out of all inputs.
+    // Disconnects all copies of all inputs.
     void clear_inputs();
 
-    // Copy `m` of input `n`; null when nothing is there. Without `m` the first copy.
+    // Copy `m`, or the first, of input `n`; null if there is none.
     Op* input(int n) const { return input(n, 0); }
     Op* input(int n, int m) const;
 
+    // What the host asks about input `n`: whether it accepts `op`, what replaces a missing one, its
+    // label (which may be written to `buffer`), how many copies it needs, and at which contexts.
     virtual bool test_input(int n, Op* op) const;
     virtual Op* default_input(int n) const;
     virtual const char* input_label(int n, char* buffer) const;
@@ -124,7 +130,7 @@ public:
     virtual int split_input(int n) const;
     virtual const OutputContext& inputContext(int n, int m, OutputContext& scratch) const;
 
-    // Puts `op` into copy `m` of input `n`, which is number `place` of all copies of all inputs.
+    // Connects copy `m` of input `n`, which is number `place` among all copies of all inputs.
     virtual void set_input(int place, Op* op, int n, int m);
 
     // ---- when ----------------------------------------------------------------------------------
@@ -132,64 +138,64 @@ public:
     virtual void setOutputContext(const OutputContext& context);
     const OutputContext& outputContext() const { return context_; }
 
-    // What decides the output beside the knobs and the inputs. Frames do not count by themselves:
-    // an op that differs from frame to frame for no other reason adds the frame here.
+    // Adds whatever else the output depends on, besides knobs and inputs. The frame is not part of
+    // the hash by itself: an op whose output changes with it must add it.
     virtual void append(Hash& hash);
 
-    // Of class, knobs, inputs and append(), as the host made it last.
+    // Of class, inputs, knobs and append(), as last computed by the host.
     const Hash& hash() const { return hash_; }
 
     // ---- the cycle -----------------------------------------------------------------------------
 
-    // Calls _validate unless that was done for this hash already.
+    // Calls _validate, unless that was done for this hash.
     void validate(bool for_real = true);
     bool valid() const { return valid_ != Validity::none; }
 
-    // Makes the next validate() do its work again and forgets the last error, for this op and those
-    // that it wraps or is wrapped by.
+    // Has the next validate() call _validate again, and forgets the last error; for this op, those
+    // that it wraps, and those that wrap it.
     void invalidate();
 
-    // Open every input and then this op; what _open throws passes through and leaves them closed.
-    // close() closes the inputs too.
+    // open() opens every input, then this op; if _open throws, it closes them again. close() closes
+    // the inputs, too.
     void open();
     void close();
     bool opened() const { return opened_; }
 
     // ---- stopping and failing ------------------------------------------------------------------
 
-    // Whether the output is no longer wanted.
+    // Whether the output is no longer needed.
     bool aborted() const;
     void abort() const;
 
-    // Marks the op as failed, printf style. The last message stays until the op is invalidated, as
-    // it is when its hash changes.
+    // Marks the op as failed. The last message is kept until invalidate(), which a new hash
+    // implies.
     void error(const char* format, ...) __attribute__((format(printf, 2, 3)));
     bool has_error() const;
     std::string error_message() const;
 
-    // This op or the first one among its inputs that has failed; null when none has.
+    // The first op that failed, of this one and everything upstream; null if none did.
     Op* error_op();
 
-    // How often error() was called in the life of this op.
+    // Calls of error() since the op was made.
     int error_count() const;
 
-    // Of the project; null for an op without a node.
+    // The project's format; null for an op without a node.
     const Format* input_format() const;
 
-    // Asks to be closed soon after the last engine, which is what happens in any case.
+    // No effect: ops are closed soon after the last engine anyway.
     void callCloseAfter(double seconds) { (void)seconds; }
 
-    // Tells the panel to draw again, where there is one.
+    // No effect: there is no panel to redraw.
     void asapUpdate() {}
     void asapUpdate(const Box&, int direction = 0) { (void)direction; }
 
     // ---- the host's ----------------------------------------------------------------------------
 
-    // Set by the tree that the op is part of: the hash anew, and the switch that stops all its ops.
+    // Called by the tree that owns the op. A new hash invalidates the op; the flag aborts all ops.
     void set_hash(const Hash& hash);
     void set_abort_switch(std::atomic<bool>* flag) { abort_switch = flag; }
 
-    // Keeps a text alive until the next one of that place is kept.
+    // Copies a text, which stays valid until the next one for that place.
     const char* keep_text(const void* place, const std::string& text);
 
 protected:
@@ -203,8 +209,8 @@ private:
     enum class Validity { none, roughly, for_real };
 
     Node* node_;
-    Op* wrapper = nullptr; // that answers for this op
-    Op* wrapped = nullptr; // for which this op answers
+    Op* wrapper = nullptr; // a NukeWrapper around this op
+    Op* wrapped = nullptr; // the op inside, if this is one
     OutputContext context_;
     std::vector<std::vector<Op*>> inputs_; // by input and copy
     Hash hash_;

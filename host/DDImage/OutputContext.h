@@ -1,4 +1,6 @@
-// The moment and the view for which an op makes its output.
+// The frame and the view for which an op makes its output.
+//
+// Threads:   a value.
 #pragma once
 
 #include <DDImage/Hash.h>

@@ -52,6 +52,7 @@ Row::ReadablePtr Row::operator[](Channel channel) const {
 }
 
 Row::WritablePtr Row::writable(Channel channel) {
+    // Buffers are made on demand, with guards around them.
     Line* line = find(channel);
     if (!line) {
         const std::size_t floats = length() + 2 * std::size_t(margin);

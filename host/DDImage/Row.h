@@ -1,6 +1,7 @@
-// One line of pixels of some channels, from column x up to but not including r.
+// A span of pixels of one row, columns [x, r), with any channels.
 //
 // Shapes:    pointers are indexed by the absolute column: row[channel][x] is the first pixel.
+// Ownership: pointers are valid until range(), and as long as the row.
 // Threads:   a row belongs to one thread at a time.
 #pragma once
 
@@ -27,12 +28,12 @@ public:
     int getLeft() const { return left; }
     int getRight() const { return right; }
 
-    // Zeros again, over another span.
+    // Another span, with all channels zero.
     void range(int x, int r);
 
     ReadablePtr operator[](Channel channel) const;
 
-    // The channel's buffer; its contents are unspecified until they are written.
+    // The channel's buffer, whose contents are unspecified until written.
     WritablePtr writable(Channel channel);
     WritablePtr writableConstant(float value, Channel channel);
 
@@ -43,21 +44,20 @@ public:
 
     void copy(const Row& source, ChannelMask channels, int x, int r);
 
-    // Nothing needs to be prepared here for a copy.
+    // No effect: a copy needs no preparation here.
     void pre_copy(const Row& source, ChannelMask channels) { (void)source, (void)channels; }
 
-    // Takes the channels from an op's get().
+    // Calls the op's get() for this row.
     void get(Iop& op, int y, int x, int r, ChannelMask channels);
 
-    // The first channel that was written beside the span, or Chan_Black; found only while the host
-    // checks its plug-ins.
+    // A channel that was written outside the span, or Chan_Black; only while plug-ins are checked.
     Channel written_beside() const;
 
 private:
     struct Line {
         Channel channel;
         bool used;
-        std::unique_ptr<float[]> samples; // with `margin` floats in front and behind
+        std::unique_ptr<float[]> samples; // with `margin` floats before and after the span
     };
 
     int left, right;
@@ -65,7 +65,7 @@ private:
     std::vector<Line> lines;
     mutable std::unique_ptr<float[]> zeros;
 
-    // Whether new rows get guards: while the host checks its plug-ins.
+    // Whether new rows get a margin: while plug-ins are checked.
     static bool has_guards();
 
     std::size_t length() const { return std::size_t(right - left); }

@@ -1,4 +1,4 @@
-// Locks for what engine calls of several threads share.
+// Locks, for what the engine calls of several threads share.
 #pragma once
 
 #include <mutex>
@@ -19,7 +19,7 @@ private:
     std::mutex mutex;
 };
 
-// Holds a lock for as long as it lives.
+// Holds a lock during its life.
 class Guard {
 public:
     explicit Guard(Lock& lock) : held(lock) { held.lock(); }

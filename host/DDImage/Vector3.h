@@ -34,7 +34,7 @@ public:
     float lengthSquared() const { return dot(*this); }
     float length() const { return std::sqrt(dot(*this)); }
 
-    // Makes the length 1, unless it is 0, and gives what it was.
+    // Makes the length 1, unless it is 0; returns the old length.
     float normalize() {
         const float before = length();
         if (before > 0)

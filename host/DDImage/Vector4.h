@@ -1,4 +1,4 @@
-// Four floats: a homogeneous point, (x, y, z) / w.
+// Four floats: a homogeneous point, the point (x, y, z) / w.
 #pragma once
 
 #include <DDImage/Vector3.h>

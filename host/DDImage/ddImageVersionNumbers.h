@@ -1,4 +1,4 @@
-// Which version of the host's interface these headers stand in for.
+// The version of the host's interface that these headers follow.
 #pragma once
 
 #define kDDImageVersionMajorNum 7
@@ -7,6 +7,6 @@
 #define kDDImageVersion "7.0v6"
 #define kDDImageVersionInteger 70600
 
-// What a plug-in records about its build. The date is the interface's own and not the day of the
-// compilation, so that the same source gives the same binary.
+// What a plug-in records about its build. The date is the interface's, not that of the compilation,
+// so that builds are reproducible.
 #define kDDImageCompiled "Jun 10 2013 for " kDDImageVersion

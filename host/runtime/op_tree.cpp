@@ -28,7 +28,7 @@ Op& OpTree::at(const OutputContext& context) {
     Op& op = *build(root, context).op;
     // Destroy those that were not needed.
     for (auto entry = pool.begin(); entry != pool.end();) {
-        entry->second.anew = false;
+        entry->second.is_new = false;
         entry = entry->second.in_use ? std::next(entry) : pool.erase(entry);
     }
     return op;
@@ -78,14 +78,14 @@ OpTree::Entry& OpTree::build(Node& node, const OutputContext& context) {
     // Class, inputs, knobs and the op's own additions make the hash.
     Hash hash;
     hash.append(op.Class());
-    const bool fed_anew = wire(node, op, hash);
+    const bool has_new_input = wire(node, op, hash);
     node.store_all(op, hash);
     op.append(hash);
     op.set_hash(hash);
     // A new input may have the hash of the one it replaces, but has not been validated.
-    if (fed_anew && op.valid())
+    if (has_new_input && op.valid())
         op.invalidate();
-    entry.anew = entry.anew || fed_anew;
+    entry.is_new = entry.is_new || has_new_input;
     return entry;
 }
 
@@ -94,7 +94,7 @@ OpTree::Entry& OpTree::build(Node& node, const OutputContext& context) {
 bool OpTree::wire(Node& node, Op& op, Hash& hash) {
     op.inputs(node.inputs_of_ops());
     op.clear_inputs();
-    bool anew = false;
+    bool is_new = false;
     int place = 0;
     for (int n = 0; n < op.inputs(); n++) {
         Node* const source = node.input(n);
@@ -105,7 +105,7 @@ bool OpTree::wire(Node& node, Op& op, Hash& hash) {
             if (source) {
                 Entry& entry = build(*source, op.inputContext(n, m, scratch));
                 input = entry.op.get();
-                anew = anew || entry.anew;
+                is_new = is_new || entry.is_new;
             }
             if (!input || !op.test_input(n, input))
                 input = op.default_input(n);
@@ -113,7 +113,7 @@ bool OpTree::wire(Node& node, Op& op, Hash& hash) {
             hash.append(input ? input->hash() : Hash());
         }
     }
-    return anew;
+    return is_new;
 }
 
 } // namespace velmora::host

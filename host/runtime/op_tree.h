@@ -39,7 +39,7 @@ private:
     struct Entry {
         std::unique_ptr<DD::Image::Op> op;
         bool in_use; // for the context that at() is building
-        bool anew;   // made by this call of at(), or downstream of such an op
+        bool is_new; // made by this call of at(), or downstream of such an op
     };
     typedef std::multimap<const Node*, Entry> Pool;
 

@@ -21,6 +21,8 @@ static std::string utf8(unsigned code) {
             static_cast<char>(0x80 | (code & 0x3f))};
 }
 
+namespace {
+
 // A position in a text, with its line and column, that moves from value to value.
 class Scanner {
 public:
@@ -58,6 +60,8 @@ private:
         throw ScriptError(name, at, why);
     }
 };
+
+} // namespace
 
 char Scanner::take() {
     const char ch = text[offset++];

@@ -65,7 +65,7 @@ TEST_F(AxisKnobTest, StoresWhatItsPartsComeTo) {
     EXPECT_EQ(m.translation(), DD::Image::Vector3(5, 0, 0));
     EXPECT_EQ(m.x_axis(), DD::Image::Vector3(2, 0, 0));
     EXPECT_EQ(m.z_axis(), DD::Image::Vector3(0, 0, 2));
-    EXPECT_EQ(stored()->second, moved(1, 2, 3)); // its parts are others
+    EXPECT_EQ(stored()->second, moved(1, 2, 3)); // has parts of its own
 }
 
 TEST_F(AxisKnobTest, TellsItsMatrixInMemoryOrder) {
@@ -125,7 +125,7 @@ TEST_F(AxisKnobTest, HashesTheMatrix) {
         ASSERT_TRUE(knob(p.part).set_value(p.back)) << p.part;
         EXPECT_EQ(hash_at(1), before) << p.part;
     }
-    ASSERT_TRUE(knob("pivot").set_value(7)); // of nothing that turns or scales
+    ASSERT_TRUE(knob("pivot").set_value(7)); // no effect without rotation and scale
     EXPECT_EQ(stored()->transform, Matrix4::identity());
     ASSERT_TRUE(knob("scaling").set_value(2, 0));
     const DD::Image::Hash about_seven = hash_at(1);

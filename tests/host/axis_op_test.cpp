@@ -92,7 +92,7 @@ TEST_F(AxisOpTest, TurnsAndScalesAboutThePivot) {
     script(axis, "rotate", "{0 0 90}");
     script(axis, "scaling", "2");
     expect_near(at(1).matrix().transform(Vector3(5, 0, 0)), {5, 0, 0}, "the pivot");
-    // One beside it: scaled to two beside it, turned to two above it.
+    // A point at distance 1 beside it: scaled to 2 beside it, rotated to 2 above it.
     expect_near(at(1).matrix().transform(Vector3(6, 0, 0)), {5, 2, 0}, "beside");
 }
 
@@ -112,7 +112,7 @@ TEST_F(AxisOpTest, StandsOnItsParentsParents) {
     ASSERT_NE(op.parent(), nullptr);
     expect_near(op.parent()->matrix().transform(Vector3(2, 0, 0)), {10, 3, 0}, "parent");
 
-    script(top, "translate", "{20 0 0}"); // far above
+    script(top, "translate", "{20 0 0}"); // two levels up
     expect_near(at(1).matrix().transform(Vector3(1, 0, 0)), {20, 3, 0}, "moved");
     ASSERT_TRUE(middle.set_input(0, nullptr));
     expect_near(at(1).matrix().transform(Vector3(1, 0, 0)), {3, 0, 0}, "without it");
@@ -143,7 +143,7 @@ TEST_F(AxisOpTest, IsUndoneByItsInverse) {
     expect_near(op.imatrix().transform(p), {-3, 5, 6}, "after a change");
     script(axis, "translate", "{0 0 1}");
     script(axis, "rotate", "0");
-    expect_near(at(1).imatrix().transform(p), {4, 5, 5}, "validated anew");
+    expect_near(at(1).imatrix().transform(p), {4, 5, 5}, "validated again");
 }
 
 TEST_F(AxisOpTest, TellsItsMatrixAtOtherTimes) {

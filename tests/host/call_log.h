@@ -1,4 +1,4 @@
-// What was called of the ops of the recording plug-in, one line for each call.
+// The calls that the recording plug-in's ops received, a line each.
 //
 // Threads:   any.
 #pragma once
@@ -8,5 +8,5 @@
 
 void log_call(const std::string& call);
 
-// All calls since the last time this was asked.
+// The calls since this was last called.
 std::vector<std::string> taken_calls();

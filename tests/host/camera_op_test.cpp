@@ -26,7 +26,7 @@ protected:
     }
 };
 
-// Where the projection puts a point of the camera's space, on the square.
+// The point of the square to which the projection maps a point in camera space.
 static Vector3 seen(const Matrix4& projection, float x, float y, float z) {
     return projection.transform(Vector3(x, y, z), 1).divide_w();
 }
@@ -109,14 +109,14 @@ TEST_F(CameraOpTest, SeesHalfAnApertureToEachSide) {
     set(camera, "focal", 50);
     set(camera, "haperture", 25);
     const Matrix4& projection = at(1).projection();
-    // A quarter aside at distance 1 is the edge; up goes by the same measure.
+    // A quarter to the side at distance 1 is the edge; the same scale holds upwards.
     expect_at(seen(projection, 0.25f, 0, -1), 1, 0);
     expect_at(seen(projection, -2.5f, 1.25f, -10), -1, 0.5f);
     EXPECT_NEAR(seen(projection, 0, 0, -0.1f).z, -1, tolerance);
     // At 10000 what is left of z is a difference of two large numbers in single precision.
     EXPECT_NEAR(seen(projection, 0, 0, -10000).z, 1, 1e-3f);
     const Matrix4 before = projection;
-    set(camera, "vaperture", 1); // takes no part
+    set(camera, "vaperture", 1); // no effect
     EXPECT_EQ(at(1).projection(), before);
 }
 
@@ -143,7 +143,7 @@ TEST_F(CameraOpTest, MovesScalesAndRollsItsWindow) {
     script("win_scale", "{2 4}");
     expect_at(seen(at(1).projection(), 0.25f, 0.25f, -1), 0.25f, 0.25f);
     set(camera, "winroll", 90);
-    expect_at(seen(at(1).projection(), 0.25f, 0, -1), 0, 0.25f); // turned last
+    expect_at(seen(at(1).projection(), 0.25f, 0, -1), 0, 0.25f); // rotated last
 }
 
 TEST_F(CameraOpTest, IsTakenToThePixelsOfAFormat) {

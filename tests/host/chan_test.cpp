@@ -14,7 +14,7 @@ static std::string error_of(const std::string& text) {
     return "no error";
 }
 
-// The sample's columns as they stand in the file; 0 for a field of view that is not there.
+// The sample's columns as in the file; 0 for a missing field of view.
 static std::vector<double> columns_of(const ChanSample& sample) {
     const auto& t = sample.transform.translate;
     const auto& r = sample.transform.rotate;

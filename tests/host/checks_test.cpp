@@ -38,19 +38,19 @@ TEST_F(ChecksTest, FindNothingWhereNothingIsWrong) {
 }
 
 TEST_F(ChecksTest, NameTheSpanThatWasNotKeptTo) {
-    set_text(misuse, "way", "write in front");
+    set_text(misuse, "way", "write before");
     EXPECT_EQ(pulling_error(3, 2, 6),
               "M (Misuse): engine, for row 3 from 2 to 6, wrote outside the span in rgba.green");
-    set_text(misuse, "way", "write behind");
+    set_text(misuse, "way", "write after");
     EXPECT_EQ(pulling_error(0, 0, 10),
               "M (Misuse): engine, for row 0 from 0 to 10, wrote outside the span in rgba.alpha");
-    // Beside the box the nearest pixels are asked for.
+    // Outside the box the nearest pixels are requested.
     EXPECT_EQ(pulling_error(-7, 8, 30),
               "M (Misuse): engine, for row 0 from 8 to 10, wrote outside the span in rgba.alpha");
 }
 
 TEST_F(ChecksTest, ReachThreadsToo) {
-    set_text(misuse, "way", "write behind");
+    set_text(misuse, "way", "write after");
     const Opened opened(tree.at(1));
     const std::string error = error_of([&] {
         pull_rows(opened.iop(), Box(0, 4, 10, 5), Mask_RGBA, {4, 0, 0},
@@ -75,7 +75,7 @@ TEST_F(ChecksTest, MissTheOpening) {
     EXPECT_EQ(error_of(get), "no error");
 }
 
-// What would write over the op's memory is found whether plug-ins are checked or not.
+// What would overwrite the op's memory is found even when plug-ins are not checked.
 TEST_F(ChecksTest, NameTheKnobThatIsNotWhatItWas) {
     for (const bool checked : {true, false}) {
         set_checks_plugins(checked);

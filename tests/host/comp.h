@@ -1,4 +1,4 @@
-// A comp of the tests' own plug-ins, and pictures taken of its nodes.
+// A comp of the tests' own plug-ins, and the images of its nodes.
 #pragma once
 
 #include "host/runtime/checks.h"
@@ -16,7 +16,7 @@ inline velmora::host::PluginPath test_plugins() {
     return velmora::host::PluginPath({VELMORA_TEST_PLUGINS});
 }
 
-// The whole message of what `action` throws, "no error" without.
+// The whole message of what `action` throws; "no error" if nothing.
 template <class Action>
 std::string error_of(Action action) {
     try {
@@ -27,7 +27,7 @@ std::string error_of(Action action) {
     return "no error";
 }
 
-// Plug-ins are checked while one of these is there.
+// Plug-ins are checked during the life of one of these.
 struct Watch {
     const bool before = velmora::host::checks_plugins();
     Watch() { velmora::host::set_checks_plugins(true); }

@@ -8,7 +8,7 @@
 using namespace velmora;
 using namespace velmora::host;
 
-// The value `text` as it stands in a list.
+// The value `text` as an item of a list.
 static ScriptValue value_of(const std::string& text) {
     const ScriptValue list = {ScriptValue::Kind::braced, text, {1, 1}};
     return list_items(list, "shot.nk").at(0);
@@ -36,7 +36,7 @@ static std::string error_at(const std::string& text, double frame) {
     return "no error";
 }
 
-// A curve of `count` keys with frames and values in no order of size, all of the interpolation.
+// A curve of `count` keys at irregular frames with irregular values, all of one interpolation.
 static std::string wild_curve(unsigned seed, int count, char interpolation) {
     std::mt19937 random(seed);
     std::string text = std::string("{curve ") + interpolation;
@@ -213,31 +213,31 @@ TEST(Curve, HasTheValuesWorkedOutByHand) {
         {"{curve x0 0 x1 1 x2 4}", 1.5, 2.5 + (2 - 3.5) / 8},
         {"{curve x0 0 x1 1 x2 4}", 0.25, 0.1328125},
         {"{curve R x0 0 x1 1 x2 4}", 1.5, 2.5 + (2 - 3.5) / 8},
-        // Slope 5 in the middle would leave the first span, for which 3 is the most.
+        // Slope 5 in the middle would overshoot in the first span, whose limit is 3.
         {"{curve R x0 0 x1 1 x2 10}", 0.5, 0.5 + (-1 - 5) / 8.0},
         {"{curve x0 0 x1 1 x2 10}", 0.5, 0.5 + (0 - 3) / 8.0},
         {"{curve x0 0 x1 1 x2 10}", 1.5, 5.5 + (3 - 12) / 8.0},
         {"{curve x0 0 x1 -1 x2 -10}", 0.5, -0.5 - (0 - 3) / 8.0},
         {"{curve x0 0 x1 -1 x2 -10}", 1.5, -5.5 - (3 - 12) / 8.0},
-        // Flat at a summit and in a valley.
+        // Slope 0 at a maximum and at a minimum.
         {"{curve x0 0 x1 10 x2 5}", 0.5, 5 + 15 / 8.0},
         {"{curve x0 0 x1 10 x2 5}", 1.5, 7.5 + 7.5 / 8},
         {"{curve x0 0 x1 -10 x2 -5}", 0.5, -5 - 15 / 8.0},
         // A natural spline: slopes 1.5, 0 and -1.5.
         {"{curve C x0 0 x1 1 x2 0}", 0.5, 0.5 + 1.5 / 8},
-        // One that is constant, one that points at both neighbours, then smooth again.
+        // A constant key, one towards both neighbours, then smooth again.
         {"{curve K x0 5 S x10 7 x20 9}", 5, 5},
         {"{curve K x0 5 S x10 7 x20 9}", 15, 8},
         {"{curve x0 0 L x1 1 S x2 4 x3 9}", 0.5, 0.5},
         {"{curve x0 0 L x1 1 S x2 4 x3 9}", 1.5, 2.5 + (3 - 4) / 8.0},
         {"{curve x0 0 L x1 1 S x2 4 x3 9}", 2.5, 6.5 + (4 - 5.5) / 8},
-        // Slopes that are given; the end beside one bends nowhere, so (3 * 4 - 2) / 2.
+        // Given slopes; at the end next to one the second derivative is 0: (3 * 4 - 2) / 2.
         {"{curve x0 0 s0 x2 4 s0}", 1, 2},
         {"{curve x0 0 s0 x2 4 s0}", 0.5, 4 * 0.15625},
         {"{curve x0 1 s9 t2 x2 5 s-4}", 1, 3 + 2 * (2 + 4) / 8.0},
         {"{curve R x0 0 x1 4 s2 x2 5}", 0.5, 2 + (5 - 2) / 8.0},
         {"{curve R x0 0 x1 4 s2 x2 5}", 1.5, 4.5 + (2 - 0.5) / 8},
-        // Smooth ends stay within the span also beside a slope that is given.
+        // Smooth ends stay within the span, even next to a given slope.
         {"{curve S x0 0 x1 4 s20 x2 5}", 0.5, 2 + (0 - 20) / 8.0},
         {"{curve S x0 0 x1 4 s-20 x2 5}", 0.5, 2 + (12 + 20) / 8.0},
     };
@@ -258,7 +258,7 @@ TEST(Curve, FollowsItsHandles) {
     // No handles: time and value go by the same cubic.
     const AnimationCurve none = curve_of("{curve x0 0 s5 u0 v0 x1 1 s7 u0 v0}");
     EXPECT_NEAR(none.at(0.3), 0.3, 1e-14);
-    // Handles as far as the keys: upright in the middle, where half the values are.
+    // Handles as long as the span: vertical halfway, at half the value.
     const AnimationCurve step = curve_of("{curve x0 0 s0 v3 x1 1 s0 u3}");
     EXPECT_NEAR(step.at(0.5 - 4e-6), 0.5, 0.02);
     EXPECT_NEAR(step.at(0.5), 0.5, 1e-4); // time is exact to 1e-16, the parameter to its cube root
@@ -346,7 +346,7 @@ TEST(Curve, ReadsBackFromItsText) {
         EXPECT_EQ(curve_of(curve.text()).keys(), curve.keys());
         EXPECT_EQ(AnimationCurve::parse(curve.value(), "shot.nk").keys(), curve.keys());
     }
-    // Left out where it is so anyway.
+    // Defaults are left out.
     EXPECT_EQ(curve_of("{curve S x0 1 x1 2 L L x2 3 u1 v1}").text(), "{curve 1 2 L 3}");
 }
 
@@ -452,7 +452,7 @@ TEST(Curve, SaysWhereItIsNotCertain) {
     EXPECT_EQ(error_at(text, 3.5),
               "shot.nk:1:2: whether the curve goes on linearly ('l') after the key at 3 is not "
               "documented: no letter comes before that key");
-    // Flat in any case, or along a slope that is given.
+    // Constant in any case, or along a given slope.
     EXPECT_EQ(curve_of("{curve L l x1 5 x3 5}").at(4), 5);
     EXPECT_EQ(curve_of("{curve L l x1 1 x3 5 s3}").at(4), 8);
 }

@@ -85,7 +85,7 @@ TEST(Format, FindsWhatWasAddedByNameSizeAndPlace) {
     EXPECT_EQ(Format::findNamed("squeezed"), Format::index(before + 1));
     EXPECT_EQ(Format::findNamed("unheard of"), nullptr);
     EXPECT_EQ(Format::findExisting(123, 45, 2), Format::index(before + 1));
-    EXPECT_EQ(Format::findExisting(123, 45), Format::index(before)); // of any aspect
+    EXPECT_EQ(Format::findExisting(123, 45), Format::index(before)); // any pixel aspect
     EXPECT_EQ(Format::findExisting(123, 45, 3), nullptr);
     EXPECT_EQ(Format::findExisting(45, 123), nullptr);
 }
@@ -108,7 +108,7 @@ TEST(Format, IsKeptOnceForEachSizeAndName) {
     format.name("other");
     EXPECT_NE(&Format::kept(format), &kept);
     EXPECT_STREQ(Format::kept(format).name(), "other");
-    for (int width = 1; width < 500; width++) // many more make no difference
+    for (int width = 1; width < 500; width++) // references survive many more
         Format::kept(Format(width, 1));
     EXPECT_EQ(kept, Format(77, 55));
     EXPECT_EQ(Format::findExisting(77, 55), nullptr); // without being listed

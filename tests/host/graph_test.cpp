@@ -18,7 +18,7 @@ TEST(Graph, HasTheHostsFormatAndRangeAtFirst) {
 TEST(Graph, CallsNodesByTheirClassAndANumber) {
     Graph graph(test_plugins());
     EXPECT_EQ(graph.create("Camera2").name(), "Camera1");
-    EXPECT_EQ(graph.create("Camera3").name(), "Camera2"); // a class's digits are no part of it
+    EXPECT_EQ(graph.create("Camera3").name(), "Camera2"); // without the digits of the class
     EXPECT_EQ(graph.create("Ramp").name(), "Ramp1");
     EXPECT_EQ(graph.create("Ramp", "Ramp2").name(), "Ramp2");
     EXPECT_EQ(graph.create("Ramp").name(), "Ramp3");
@@ -83,7 +83,7 @@ TEST(Graph, GivesItsFormatToNodesThatPickNone) {
     EXPECT_EQ(before, Format(2048, 1556));
     graph.set_format(Format(640, 480, 2));
     EXPECT_EQ(format(), Format(640, 480, 2));
-    EXPECT_EQ(before, Format(2048, 1556)); // what was handed out stays
+    EXPECT_EQ(before, Format(2048, 1556)); // returned formats never change
     EXPECT_EQ(&node.script_format(), &graph.format());
     EXPECT_EQ(tree.at(1).input_format(), &graph.format());
     ASSERT_TRUE(node.knob("format")->from_script("\"100 50\""));

@@ -7,7 +7,7 @@
 using DD::Image::Hash;
 using DD::Image::U64;
 
-// The remainder of the bits, one at a time, as on paper.
+// The remainder bit by bit, as on paper.
 static U64 remainder_of(const std::string& bytes) {
     U64 remainder = 0;
     for (const char c : bytes) {

@@ -139,7 +139,7 @@ TEST_F(IopTest, RemembersWhatIsRequestedOfIt) {
     op.iop()->request(Mask_Green, 2);
     EXPECT_EQ(op.iop()->requestedBox(), Box(2, 0, 6, 4)); // all of its box
 
-    set(ramp, "level", 2); // another picture is asked for anew
+    set(ramp, "level", 2); // another image forgets the requests
     op.validate();
     raised.at(1).iop()->request(0, 0, 1, 1, Mask_Red, 1);
     EXPECT_EQ(op.iop()->requestedBox(), Box(0, 0, 1, 1));
@@ -193,12 +193,12 @@ TEST_F(IopTest, SeesInputsAsImagesWhereTheyAreSome) {
 
 TEST_F(IopTest, ShowsItsFirstInputsInfoUnlessItSaysOtherwise) {
     Looker looker;
-    EXPECT_EQ(looker.default_input(0), nullptr); // there is no project without a node
+    EXPECT_EQ(looker.default_input(0), nullptr); // no node, no project
     looker.set_input(0, &tree.at(1), 0, 0);
     looker.validate();
     EXPECT_EQ(looker.info(), Box(2, 1, 6, 4));
     EXPECT_EQ(looker.channels(), ChannelSet(Mask_RGBA));
-    looker.copy_info_of(2); // nothing is there
+    looker.copy_info_of(2); // unconnected
     EXPECT_EQ(looker.info(), Box(2, 1, 6, 4));
     ChannelSet channels = Mask_Red;
     looker.in_channels(0, channels);

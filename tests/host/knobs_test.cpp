@@ -119,7 +119,7 @@ TEST(Knobs, AreDeclaredWithTheirTypesAndWhatTheyStoreInto) {
         EXPECT_EQ(f.kept[i].data, rows[i].data) << rows[i].name;
         EXPECT_EQ(f.kept[i].count, rows[i].count) << rows[i].name;
         EXPECT_FALSE(f.kept[i].has_label) << rows[i].name;
-        EXPECT_EQ(f.made[i]->label(), rows[i].name); // for want of one
+        EXPECT_EQ(f.made[i]->label(), rows[i].name); // by default the name
         EXPECT_FALSE(f.made[i]->has_range()) << rows[i].name;
         EXPECT_EQ(f.kept[i].items, rows[i].type == ENUMERATION_KNOB ? items : nullptr);
     }

@@ -43,7 +43,7 @@ TEST(Matrix4, TakesRowsByColumnsInAllSixteenPlaces) {
 }
 
 TEST(Matrix4, AddsFromTheFirstProductToTheLastInSinglePrecision) {
-    // In float 1e8 + 1 is 1e8, so only this order leaves the last 1.
+    // In float 1e8 + 1 is 1e8: only this order keeps the last 1.
     const Matrix4 a = columns({1e8f, 0, 0, 0, 1, 0, 0, 0, -1e8f, 0, 0, 0, 1, 0, 0, 0});
     const Matrix4 b = columns({1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
     EXPECT_EQ((a * b).a00, 1);
@@ -109,7 +109,7 @@ TEST(Matrix4, TransformsPointsDirectionsAndNormals) {
     EXPECT_EQ(m.vtransform(Vector3(1, 1, 1)), Vector3(2, 3, 4));
     EXPECT_EQ(m * Vector4(1, 1, 1, 2), Vector4(22, 43, 64, 2));
     EXPECT_EQ(m.transform(Vector3(1, 1, 1), 2), Vector4(22, 43, 64, 2));
-    // A plane's normal goes by the transpose of what takes points back.
+    // A plane's normal is transformed by the transposed inverse.
     const Vector3 on_plane(6, -2, 0), normal(1, 3, 5); // at right angles
     EXPECT_EQ(normal.dot(on_plane), 0);
     const Vector3 moved = m.inverse().ntransform(normal);
@@ -126,11 +126,11 @@ TEST(Matrix4, TurnsRowsIntoColumns) {
 }
 
 TEST(Matrix4, HasTheDeterminantOfItsRows) {
-    // A triangle's is the product of its diagonal.
+    // Of a triangular matrix it is the product of the diagonal.
     EXPECT_EQ(columns({2, 0, 0, 0, 5, 3, 0, 0, 1, 1, 4, 0, 9, 8, 7, 5}).determinant(), 120);
-    // Swapping two columns turns the sign round.
+    // Swapping two columns changes the sign.
     EXPECT_EQ(columns({5, 3, 0, 0, 2, 0, 0, 0, 1, 1, 4, 0, 9, 8, 7, 5}).determinant(), -120);
-    EXPECT_EQ(numbered().determinant(), 0); // its rows differ by the same row each
+    EXPECT_EQ(numbered().determinant(), 0); // neighbouring rows differ by the same row
     EXPECT_EQ(Matrix4::identity().determinant(), 1);
 }
 
@@ -141,7 +141,7 @@ TEST(Matrix4, IsUndoneByItsInverse) {
         columns({0, 0.25f, 0, 0, 0.5f, 0, 0, 0, 0, 0, 0.125f, 0, -1, -0.25f, -0.375f, 1});
     EXPECT_EQ(m.inverse(), expected);
     EXPECT_EQ(m * m.inverse(), Matrix4::identity());
-    // Of one with a last row of its own, too.
+    // Also with another last row.
     const Matrix4 general = columns({2, 1, 0, 1, 0, 3, 1, 0, 1, 0, 2, 1, 0, 1, 0, 1});
     expect_near(general.inverse() * general, Matrix4::identity());
     expect_near(general * general.inverse(), Matrix4::identity());
@@ -181,7 +181,7 @@ TEST(Matrix4, TurnsEachAxisTowardsTheNextOne) {
 }
 
 TEST(Matrix4, MultipliesOnFromTheRight) {
-    // What is multiplied on last takes effect first: scaled, then moved, then turned.
+    // The last factor applies first: scaled, then translated, then rotated.
     Matrix4 m;
     m.makeIdentity();
     m.rotateZ(right_angle);

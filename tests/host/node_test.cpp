@@ -88,7 +88,7 @@ TEST_F(NodeTest, RefusesWhatItsClassDoesNotTakeAndKeepsWhatThereIs) {
     ASSERT_TRUE(raise.set_input(0, &ramp));
     EXPECT_FALSE(raise.set_input(0, &camera));
     EXPECT_EQ(raise.input(0), &ramp);
-    EXPECT_FALSE(camera.set_input(0, &ramp)); // an axis is what it takes
+    EXPECT_FALSE(camera.set_input(0, &ramp)); // it accepts an axis only
     EXPECT_TRUE(camera.set_input(0, &create("Axis2")));
 }
 
@@ -115,8 +115,8 @@ TEST_F(NodeTest, NeverFeedsItself) {
     ASSERT_TRUE(b.set_input(0, &a));
     ASSERT_TRUE(c.set_input(0, &b));
     EXPECT_FALSE(a.set_input(0, &c));
-    EXPECT_FALSE(a.set_input(1, &b)); // nor by its mask
-    EXPECT_TRUE(c.set_input(1, &a));  // twice from one is no circle
+    EXPECT_FALSE(a.set_input(1, &b)); // not through the mask either
+    EXPECT_TRUE(c.set_input(1, &a));  // two connections are not a cycle
     ASSERT_TRUE(b.set_input(0, nullptr));
     ASSERT_TRUE(c.set_input(1, nullptr));
     EXPECT_TRUE(a.set_input(0, &c));

@@ -7,7 +7,7 @@ using namespace velmora;
 using namespace velmora::host;
 using namespace DD::Image;
 
-// A node that adds 100 to its source, in the wrapper with all additions; and two images.
+// A node that adds 100 to its source, in the wrapper with everything; and two images.
 class NukeWrapperTest : public CompTest {
 protected:
     Node& raise = create("Raise", "up");
@@ -20,7 +20,7 @@ protected:
         set(mask, "level", 0.25); // its alpha
     }
 
-    // Column 2 of row 1, whose red and green they are.
+    // Column 2 of row 1: red and green are the column and the row.
     Pixel pixel() {
         const Opened opened(tree.at(1));
         return pulled(opened.iop(), Box(2, 1, 3, 2))[0];
@@ -90,7 +90,7 @@ TEST_F(NukeWrapperTest, MixesWithItsSource) {
 TEST_F(NukeWrapperTest, HoldsWhereItsMaskDoes) {
     ASSERT_TRUE(raise.set_input(1, &mask));
     EXPECT_EQ(pixel(), (Pixel{27, 26, 25, 26}));
-    set(mask, "r", 2); // ends in front of the pixel
+    set(mask, "r", 2); // ends before the pixel
     set(mask, "black_outside", 1);
     EXPECT_EQ(pixel(), (Pixel{2, 1, 0, 1}));
     set(mask, "r", 3);
@@ -141,7 +141,7 @@ TEST_F(NukeWrapperTest, HashesItsOwnKnobsAndTheMask) {
 }
 
 TEST_F(NukeWrapperTest, LeavesTheRowAloneOnceItIsAborted) {
-    ASSERT_TRUE(raise.knob("channels")->from_script("none")); // all of it is the source's
+    ASSERT_TRUE(raise.knob("channels")->from_script("none")); // everything comes from the source
     set(raise, "mix", 0.5);
     const Opened opened(tree.at(1));
     tree.abort();
@@ -156,7 +156,7 @@ TEST_F(NukeWrapperTest, LeavesTheRowAloneOnceItIsAborted) {
 
 namespace {
 
-// An image that fails as it is validated and tells whether it was given up.
+// An image that fails in validate and records whether it was aborted.
 class Failing : public Iop {
 public:
     explicit Failing(bool& gone) : Iop(nullptr), gone(gone) { inputs(0); }

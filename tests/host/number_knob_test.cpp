@@ -90,7 +90,7 @@ TEST_F(NumberKnobTest, IsTheNumberOfItsTime) {
     context.setFrame(11);
     EXPECT_EQ(knob("real").get_value_at(context), 10);
     EXPECT_NE(hash_at(1), hash_at(2));
-    EXPECT_EQ(hash_at(20), hash_at(30)); // behind the last key nothing moves
+    EXPECT_EQ(hash_at(20), hash_at(30)); // constant after the last key
     ASSERT_TRUE(knob("real").set_value(4));
     EXPECT_FALSE(knob("real").is_animated());
     EXPECT_EQ(stored(11)->real, 4);

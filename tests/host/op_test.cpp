@@ -4,7 +4,7 @@ using namespace DD::Image;
 
 namespace {
 
-// Counts what is called of it.
+// Counts the calls of its functions.
 class Counter : public Op {
 public:
     int validations = 0, openings = 0, closings = 0, invalidations = 0;
@@ -77,7 +77,7 @@ TEST(Op, KeepsTheCopiesOfItsInputsApart) {
     EXPECT_EQ(op.input(1, -1), nullptr);
     EXPECT_EQ(op.input(2), nullptr);
     EXPECT_EQ(op.input(-1), nullptr);
-    op.set_input(1, &a, 1, 0); // from the first copy on all are anew
+    op.set_input(1, &a, 1, 0); // the first copy replaces all
     EXPECT_EQ(op.input(1), &a);
     EXPECT_EQ(op.input(1, 1), nullptr);
     op.clear_inputs();
@@ -274,7 +274,7 @@ TEST(Op, KeepsTextsByTheirPlace) {
     const char* const second = op.keep_text(&there, "second");
     EXPECT_STREQ(first, "first");
     EXPECT_STREQ(second, "second");
-    EXPECT_EQ(op.keep_text(&here, "first"), first); // is the same text still
+    EXPECT_EQ(op.keep_text(&here, "first"), first); // the same pointer
     EXPECT_STREQ(op.keep_text(&here, "third"), "third");
     EXPECT_STREQ(second, "second");
 }

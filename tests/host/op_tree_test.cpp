@@ -16,7 +16,7 @@ using DD::Image::Op;
 
 typedef std::vector<std::string> Calls;
 
-// What only asks may be asked again at any time: the first time counts.
+// Queries may be repeated at any time: only the first call counts.
 static Calls without_repeated_questions(const Calls& calls) {
     Calls kept;
     std::set<std::string> asked;
@@ -298,7 +298,7 @@ TEST_F(OpTreeTest, TakesTheClassesDefaultWhereNothingIsConnected) {
     EXPECT_EQ(count_of(calls, "A@1 set_input 1: 1 0 null"), 1u);
 }
 
-// The hash is the same for both, but the second one's op has validated nothing yet.
+// Both have the same hash, but the second one's op has not been validated.
 TEST_F(OpTreeTest, ShowsAnInputThatTakesTheSameOnesPlace) {
     Node& first = create("Ramp");
     Node& second = create("Ramp");
@@ -311,7 +311,7 @@ TEST_F(OpTreeTest, ShowsAnInputThatTakesTheSameOnesPlace) {
     EXPECT_EQ(row_of(tree, 1, 0, 1, 3, Chan_Red), picture);
 }
 
-// At frame 1 one op of the input serves both; at frame 2 there has to be another one.
+// At frame 1 both share one op of the input; frame 2 needs another one.
 TEST_F(OpTreeTest, ShowsAnInputThatNeedsMoreOpsThanBefore) {
     set(a, "copies", 2);
     ASSERT_TRUE(a.knob("step")->from_script("{curve K x1 0 x2 1}"));
@@ -365,7 +365,7 @@ TEST_F(OpTreeTest, DoesNotHashKnobsThatRenderNothingAnew) {
     EXPECT_EQ(op.hash(), before);
     const Calls calls = taken_calls();
     EXPECT_EQ(cycle_of("A", calls), Calls());
-    EXPECT_EQ(count_of(calls, "A@1 knobs stored: copies 1, gain 0, note 9"), 1u); // stored still
+    EXPECT_EQ(count_of(calls, "A@1 knobs stored: copies 1, gain 0, note 9"), 1u); // stored even so
 }
 
 TEST_F(OpTreeTest, HashesItsInputsAndWhatFeedsThem) {
@@ -382,7 +382,7 @@ TEST_F(OpTreeTest, HashesItsInputsAndWhatFeedsThem) {
     set(ramp, "level", 1);
     EXPECT_EQ(tree.at(1).hash(), with_both);
     ASSERT_TRUE(a.set_input(1, &b));
-    ASSERT_TRUE(a.set_input(0, nullptr)); // on the other input it is another picture
+    ASSERT_TRUE(a.set_input(0, nullptr)); // from the other input it is another image
     EXPECT_NE(tree.at(1).hash(), with_both);
     ASSERT_TRUE(a.set_input(1, nullptr));
     EXPECT_EQ(tree.at(1).hash(), alone);

@@ -79,7 +79,7 @@ protected:
         return hash;
     }
 
-    // Reads the value as it stands in a saved script, from column 2 of line 1.
+    // Reads the value as in a saved script, at line 1, column 2.
     std::string read_error(const char* name, const std::string& text) {
         const velmora::host::ScriptValue list = {
             velmora::host::ScriptValue::Kind::braced, text, {1, 1}};

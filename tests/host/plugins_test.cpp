@@ -35,7 +35,7 @@ TEST(PluginPath, FindsWhatIsThereWithoutAnyFile) {
         EXPECT_EQ(nowhere.find(name).plugin, nullptr);
     }
     PluginPath({built}).find("Sum");
-    EXPECT_STREQ(nowhere.find("Sum").name, "Sum"); // loaded once, there for all
+    EXPECT_STREQ(nowhere.find("Sum").name, "Sum"); // loaded once, for all paths
 }
 
 TEST(PluginPath, KnowsWithWhatAPluginWasBuilt) {
@@ -63,7 +63,7 @@ TEST(PluginPath, FollowsRedirectionsOverAllFolders) {
     const PluginPath path({folder.path(), built});
     EXPECT_STREQ(path.find("Raise").name, "Raise");
     EXPECT_EQ(path.find("Raise").plugin, std::filesystem::absolute(built + "/Ramp.so").string());
-    EXPECT_STREQ(path.find("BareRaise").name, "BareRaise"); // came along
+    EXPECT_STREQ(path.find("BareRaise").name, "BareRaise"); // loaded with it
 }
 
 TEST(PluginPath, TakesTheFirstFileOfAllFolders) {
@@ -75,7 +75,7 @@ TEST(PluginPath, TakesTheFirstFileOfAllFolders) {
     first.write("Absent.tcl", "load Nothing\n");
     EXPECT_EQ(find_error(path, "Absent"),
               first.file("Absent.tcl") + ": loads 'Nothing', which is not on the plug-in path");
-    second.write("Absent.so", "no plug-in"); // in the second folder still
+    second.write("Absent.so", "no plug-in"); // still in the second folder
     EXPECT_EQ(find_error(path, "Absent"),
               first.file("Absent.tcl") + ": loads 'Nothing', which is not on the plug-in path");
     first.write("Absent.so", "no plug-in"); // a plug-in comes before a redirection
@@ -122,7 +122,7 @@ TEST(PluginPath, MissesTheClassThatAFileShouldHave) {
     EXPECT_STREQ(PluginPath().find("Hidden").name, "Hidden");
 }
 
-// There is no way back out of the loader of libraries.
+// The system's loader cannot be left by an exception.
 TEST(PluginPathDeathTest, EndsTheProcessWhenAPluginThrowsAsItIsLoaded) {
     EXPECT_DEATH(PluginPath({built}).find("ThrowsAtLoad"), "no licence for the moon");
 }
@@ -154,10 +154,10 @@ TEST(Description, IsKnownWhileItIsThere) {
         EXPECT_EQ(Op::Description::find("Plain"), &first);
         EXPECT_EQ(first.plugin, nullptr);
         const Op::Description second("Plain", "Menu/Plain", make_none);
-        EXPECT_EQ(Op::Description::find("Plain"), &first); // the first is kept
+        EXPECT_EQ(Op::Description::find("Plain"), &first); // the first counts
         const std::unique_ptr<Op> op(first.constructor(nullptr));
         EXPECT_STREQ(op->Class(), "Plain");
-        EXPECT_STREQ(op->node_name(), "Plain"); // has no node to name
+        EXPECT_STREQ(op->node_name(), "Plain"); // without a node, the class
     }
     EXPECT_EQ(Op::Description::find("Plain"), nullptr);
 }

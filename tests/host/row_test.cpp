@@ -123,7 +123,7 @@ TEST_F(WatchedRow, FindsNothingWhenTheSpanIsKeptTo) {
 }
 
 TEST_F(WatchedRow, FindsTheChannelThatWasWrittenBesideTheSpan) {
-    for (const int column : {9, 20, -22, 51}) { // to 32 columns in front and behind
+    for (const int column : {9, 20, -22, 51}) { // up to 32 columns before and after
         Row row(10, 20);
         row.writableConstant(1, Chan_Red);
         row.writable(Chan_Alpha)[column] = 1;

@@ -22,7 +22,7 @@ protected:
     }
 };
 
-// Column and row of each pixel, which is what the plug-in draws.
+// The plug-in draws the column and row of each pixel.
 static std::vector<Pixel> expected(const Box& box) {
     std::vector<Pixel> pixels;
     for (int y = box.y(); y < box.t(); y++)
@@ -51,7 +51,7 @@ TEST_F(ScanlinesTest, AreTheSameInSpansOfAnyLengthOrderAndNumberOfThreads) {
                     << threads << " threads, spans of " << span << ", order " << shuffled;
 }
 
-// Asked by one thread, a sink sees the order.
+// With one thread the order is determined.
 static std::vector<std::pair<int, int>> order_of(Iop& iop, const Pulling& pulling) {
     std::vector<std::pair<int, int>> order;
     pull_rows(iop, iop.info(), Mask_RGBA, pulling,
@@ -80,7 +80,7 @@ TEST_F(ScanlinesTest, ComeFromSeveralThreads) {
     pull_rows(opened.iop(), opened.iop().info(), Mask_RGBA, {3, 0, 0},
               [&](const Row&, int, int, int) {
                   waiting++;
-                  while (waiting < 3) // nobody goes on alone
+                  while (waiting < 3) // until all threads are here
                       std::this_thread::yield();
                   const std::lock_guard<std::mutex> guard(lock);
                   ids.insert(std::this_thread::get_id());

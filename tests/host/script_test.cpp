@@ -21,7 +21,7 @@ static std::string error_of(const std::string& text) {
     return "no error";
 }
 
-// Nodes by name with what is wired to them, input 0 first: "Merge1: Blur1 -".
+// The nodes by name with their inputs, input 0 first: "Merge1: Blur1 -".
 static Texts wires(const Script& script) {
     Texts texts;
     for (const ScriptNode& node : script.nodes) {
@@ -172,7 +172,7 @@ TEST(Script, TakesGroupInputsByTheirNumber) {
     const std::string inside = second + input + merge("M") + output;
     EXPECT_EQ(wires(source("A") + source("B") + group(" inputs 2\n", inside) + blur("C")),
               (Texts{"A:", "B:", "G.M: B A", "C: G.M"}));
-    // One that the group does not have is open, and so are all at the top.
+    // An Input that the group does not have is unconnected, as are all outside groups.
     EXPECT_EQ(wires(source("A") + group("", inside)), (Texts{"A:", "G.M: A -"}));
     EXPECT_EQ(wires(source("A") + input + blur("B") + output + blur("C")),
               (Texts{"A:", "B: -", "C: B"}));

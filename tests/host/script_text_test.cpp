@@ -46,7 +46,7 @@ static std::string error_of(const std::string& text) {
     return "no error";
 }
 
-// What is said about a list with this between its braces.
+// The error message for a list with this text between its braces.
 static std::string error_in_list(const std::string& text) {
     try {
         list_items({Kind::braced, text, {1, 1}}, "shot.nk");
@@ -107,7 +107,7 @@ TEST(ScriptText, ReadsTheEscapesOfTcl) {
               "a\nb\tc\"d\\e{f}[g]$hq");
     EXPECT_EQ(value_of("\"\\a\\b\\f\\r\\v\"").text, "\a\b\f\r\v");
     EXPECT_EQ(value_of("\"\\101\\x42\\u0043\\1012\\x424\\u00431\"").text, "ABCA2B4C1");
-    // Characters beyond ASCII become UTF-8: e acute, the euro sign, and one half of a pair.
+    // Characters beyond ASCII become UTF-8: e acute, the euro sign, and a lone surrogate.
     EXPECT_EQ(value_of("\"\\351\\xe9\\u20AC\\ud800\"").text,
               "\xc3\xa9\xc3\xa9\xe2\x82\xac\xef\xbf\xbd");
     EXPECT_EQ(value_of("\"\\x \\ug\"").text, "x ug");

@@ -165,7 +165,7 @@ TEST(ScriptWriter, GivesCurvesBack) {
     expect_to_read_back(script_of({node("A", "A", {}, {knob("focal", value)})}));
 }
 
-// What the host writes in other ways than ours.
+// Texts that the host writes differently.
 TEST(ScriptWriter, WritesWhatWasReadAsAnEqualScript) {
     const char* const texts[] = {
         "version 12.0 v1\nRoot {\n name a\n inputs 0\n frame 2\n}\n",
@@ -180,7 +180,7 @@ TEST(ScriptWriter, WritesWhatWasReadAsAnEqualScript) {
     for (const char* text : texts) {
         const Script script = Script::parse(text, "shot.nk");
         expect_to_read_back(script);
-        // Its own text does not change any more.
+        // Writing it again changes nothing.
         const std::string written = write_script(script);
         EXPECT_EQ(write_script(Script::parse(written, "shot.nk")), written);
     }

@@ -27,7 +27,7 @@ TEST_F(TextKnobTest, StoresWhatItIsSetTo) {
     EXPECT_EQ(op->words, "");
 }
 
-// The op may go on with a text while its knob has another one already.
+// The op's text stays valid after its knob has changed.
 TEST_F(TextKnobTest, LeavesAnOpTheTextThatItHas) {
     const auto op = stored();
     const char* const text = op->file;
@@ -75,7 +75,7 @@ TEST_F(TextKnobTest, PutsTheScriptsFolderIntoFileNames) {
     knob("file").read(value, "shot.nk");
     EXPECT_STREQ(knob("file").get_text(), "./sky.dat");
     knob("text").read(value, "/shots/a/shot.nk");
-    EXPECT_STREQ(knob("text").get_text(), value.text.c_str()); // is no file
+    EXPECT_STREQ(knob("text").get_text(), value.text.c_str()); // not a file name
 }
 
 TEST_F(TextKnobTest, RefusesFileNamesThatHaveToBeComputed) {

@@ -1,4 +1,4 @@
-// Texts that are read when there is not enough memory: whole or not at all.
+// Reading texts while memory is short either succeeds as a whole or throws.
 #include "host/script/chan.h"
 #include "host/script/script.h"
 #include "tests/failing_memory.h"
@@ -12,7 +12,7 @@ using namespace velmora::host;
 
 namespace {
 
-// Runs `read` with every request failing in its turn, alone; "" or what it gave without an error.
+// Runs `read` once for each allocation, which fails; "" or the text that it gave without an error.
 template <class Read>
 std::string wrong_without_memory(Read read) {
     for (int nth = 1; nth < 100000; nth++) {

@@ -6,7 +6,7 @@
 using namespace velmora;
 using namespace velmora::host;
 
-// Half an ulp of a float below 1, and what double adds to it.
+// Half an ulp of a float below 1, and the rounding in double.
 static const double narrowing = 0x1p-25 + 1e-15;
 
 static const double degree = std::acos(-1.0) / 180;
@@ -21,7 +21,7 @@ static Point transformed(const HostMatrix& m, const Point& p) {
     return result;
 }
 
-// Turns `p` about an axis, counterclockwise as seen from the axis's tip.
+// Rotates `p` about an axis, counterclockwise as seen from the axis's tip.
 static Point turned(const Point& p, std::size_t axis, double angle) {
     const std::size_t next = (axis + 1) % 3, last = (axis + 2) % 3;
     Point result = p;

@@ -34,7 +34,7 @@ std::string escaped(const std::string& bytes) {
     return text;
 }
 
-// Hostile texts and what a message shows in their place.
+// Hostile texts and what a message shows instead.
 const struct {
     const char* what;
     std::string text, shown;
@@ -83,7 +83,7 @@ TEST(Printable, DecidesEveryCodePoint) {
     hide(127, 159);
     hide(0x2028, 0x202e);
     hide(0x2060, 0x206f);
-    hide(0xd800, 0xdfff); // halves of pairs
+    hide(0xd800, 0xdfff); // surrogates
     hide(0xe0000, 0xe007f);
     for (unsigned code = 0; code <= 0x10ffff; code++) {
         const std::string text = utf8(code);
@@ -91,7 +91,7 @@ TEST(Printable, DecidesEveryCodePoint) {
     }
 }
 
-// All texts of three bytes from the edges of what the encoding tells apart.
+// All texts of three bytes at the edges of the encoding's ranges.
 TEST(Printable, GivesOneLineOfUtf8ForAnyBytes) {
     static const std::regex one_line(
         "(?:[\\x20-\\x7e]|[\\xc2-\\xdf][\\x80-\\xbf]|\\xe0[\\xa0-\\xbf][\\x80-\\xbf]"

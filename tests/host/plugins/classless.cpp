@@ -1,4 +1,4 @@
-// A plug-in whose class is called otherwise than its file.
+// A plug-in whose class is not named like its file.
 #include <DDImage/Op.h>
 
 using namespace DD::Image;

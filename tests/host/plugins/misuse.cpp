@@ -1,4 +1,4 @@
-// An op that does what the host forbids, as its knob says.
+// An op that breaks the host's rules, one for each setting of its knob.
 #include <DDImage/Iop.h>
 
 using namespace DD::Image;
@@ -6,8 +6,8 @@ using namespace DD::Image;
 namespace {
 
 const char* const ways[] = {"none",
-                            "write in front",
-                            "write behind",
+                            "write before",
+                            "write after",
                             "store a text",
                             "store one number",
                             "declare another knob",

@@ -1,4 +1,4 @@
-// An image whose pixels tell where they lie: red is the column, green the row, blue the frame where
+// An image whose pixels encode their place: red is the column, green the row, blue the frame if
 // the node is `timed`, alpha is `level`. It can fail in every way that is allowed.
 #include <DDImage/Iop.h>
 #include <DDImage/NukeWrapper.h>
@@ -99,7 +99,7 @@ Op* make(Node* node) {
     return new Ramp(node);
 }
 
-// An op that gives back its input with 100 added, in the wrapper with all its additions.
+// An op that adds 100 to its input, in the wrapper with everything.
 class Raise : public Iop {
 public:
     explicit Raise(Node* node) : Iop(node) {}

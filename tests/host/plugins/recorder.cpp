@@ -1,4 +1,4 @@
-// An image op that tells each call that the host makes of it.
+// An image op that records every call of the host.
 //
 // Inputs:    0, an image, which it passes on with `gain` added; 1, an image over time: as many
 //            copies as `copies` says, `step` frames apart, whose reds are added to alpha.

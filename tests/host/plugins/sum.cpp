@@ -1,4 +1,4 @@
-// The sum of one image or more, of up to four.
+// The sum of one to four images.
 #include <DDImage/Iop.h>
 
 using namespace DD::Image;

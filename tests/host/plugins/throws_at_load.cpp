@@ -1,4 +1,4 @@
-// A plug-in that cannot set itself up.
+// A plug-in whose static objects throw while it is loaded.
 #include <DDImage/Op.h>
 #include <stdexcept>
 
