@@ -22,7 +22,7 @@ public:
 };
 std::vector<std::pair<double, bool>> WatchedCamera::validated;
 
-// What has a camera's knobs and is none.
+// An op with a camera's knobs that is not a camera.
 class Disguised : public DD::Image::AxisOp {
 public:
     explicit Disguised(Node* node) : AxisOp(node), lens(nullptr) {}

@@ -1,4 +1,4 @@
-// What makes the host compute the picture anew.
+// What makes the host compute the picture again.
 #include "tests/node/comp.h"
 
 using namespace node_test;

@@ -165,7 +165,7 @@ TEST_F(NodeParameters, GiveTheOutputRedGreenBlueAndAlpha) {
                 DD::Image::ChannelSet(DD::Image::Mask_RGBA));
 }
 
-// An op keeps what it was given until it is given its knobs anew.
+// An op keeps its values until its knobs are stored again.
 TEST_F(NodeParameters, StayAsTheyWereValidatedWhileTheKnobsMoveOn) {
     comp.set("format", "\"24 16\"");
     DD::Image::Op& op = comp.validated();

@@ -245,7 +245,7 @@ private:
         bool& wire = *wires[dice.below(3)];
         wire = !wire;
         nodes->connect(plan);
-        // What was wired before points to ops of other nodes; a host takes its tree there anew.
+        // Earlier inputs point to ops of other nodes; a host sets the inputs again.
         go_to_frame();
     }
 

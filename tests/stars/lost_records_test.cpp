@@ -91,7 +91,7 @@ TEST(LostRecords, AreDrawnUpToTheFirstLostPage) {
     }
 }
 
-// Blocks of records end and begin anew without a star more or less.
+// From one block of records to the next no star is lost or repeated.
 TEST(LostRecords, AreNoneInABlockMoreOrLess) {
     for (const int stars : {16382, 16383, 16384, 16385, 32767, 32768, 40000}) {
         Open open(stars);

@@ -349,7 +349,7 @@ TEST(StreakEdges, UsesTheMidpointForSlopesFromAHundredThousandUpOnly) {
 
 // ---- Counting columns -------------------------------------------------------------------------
 
-// Offsets are counted up by 1.0 from floor(xs) - m.x, in float, and each sum is rounded anew. With
+// Offsets are counted up by 1.0 from floor(xs) - m.x, in float, and each sum is rounded. With
 // u = 2^-24 and m.x = 0.5 + 5u the offsets of columns 0 to 5 are, in u:
 //
 //     -8388613   8388603   25165819 -> 25165820   41943036   58720252   75497468 -> 75497472
