@@ -41,6 +41,7 @@ Matrix4 CameraOp::projection(int mode) const {
     matrix.rotateZ(float(win_roll_ * velmora::host::radians_per_degree));
     matrix.scale(1 / win_scale_.x, 1 / win_scale_.y, 1);
     matrix.translate(-win_translate_.x, -win_translate_.y);
+    // These two have no lens.
     if (mode == LENS_UV || mode == LENS_SPHERICAL)
         return matrix;
     Matrix4 lens;
@@ -68,6 +69,7 @@ Matrix4 CameraOp::projectionAt(const OutputContext& context) const {
 }
 
 void CameraOp::to_format(Matrix4& matrix, const Format* format) {
+    // The square's centre and width are the format's; its height follows from the shape of a pixel.
     Matrix4 pixels;
     pixels.translation(format->center_x(), format->center_y());
     const float half_width = float(format->w()) / 2;

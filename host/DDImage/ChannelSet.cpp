@@ -5,9 +5,10 @@ namespace DD::Image {
 ChannelSet::ChannelSet(ChannelSetInit init) {
     if (init == Mask_All) {
         members.set();
-        members.reset(Chan_Black);
+        members.reset(Chan_Black); // number 0 is no channel
         return;
     }
+    // Bit 0 is channel 1.
     for (int bit = 0; bit < 31; bit++)
         if (init >> bit & 1)
             insert(Channel(bit + 1));
@@ -25,6 +26,7 @@ Channel ChannelSet::next(Channel channel) const {
     return Chan_Black;
 }
 
+// Decided by the first channel that only one of the sets has.
 bool ChannelSet::operator<(const ChannelSet& set) const {
     for (int number = 1; number <= Chan_Last; number++)
         if (contains(Channel(number)) != set.contains(Channel(number)))

@@ -22,6 +22,7 @@ const Format& Format::kept(const Format& format) {
 
 void Format::add(const char* name) {
     this->name(name);
+    // The list points to copies, which outlive this format and the entry that they replace.
     const Format& added = kept(*this);
     for (const Format*& format : named_formats()) {
         if (format->name_ == name_) {

@@ -15,6 +15,7 @@ bool Iop::test_input(int, Op* op) const {
 
 void Iop::in_channels(int, ChannelSet&) const {}
 
+// An unconnected input leaves the info as it is.
 void Iop::copy_info(int n) {
     Iop* const source = input(n);
     if (!source)

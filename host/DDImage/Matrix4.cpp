@@ -179,6 +179,12 @@ void Matrix4::rotateZ(float angle) {
     *this *= m;
 }
 
+//     | 2 lens   0      0                        0                      |
+//     |   0    2 lens   0                        0                      |
+//     |   0      0     (far+near)/(near-far)    2 far near/(near-far)   |    perspective; w' = -z
+//     |   0      0     -1                        0                      |
+//
+// Without perspective w' stays 1 and z is mapped linearly.
 void Matrix4::projection(float lens, float near, float far, bool perspective) {
     makeIdentity();
     a00 = a11 = 2 * lens;

@@ -3,6 +3,7 @@
 namespace DD::Image {
 
 NukeWrapper::NukeWrapper(Iop* op) : Iop(op->node()), wrapped(op) {
+    // Errors, aborts and the hash are shared through these links.
     op->wrapper = this;
     Op::wrapped = op;
     Op::inputs(maximum_inputs());
@@ -81,6 +82,7 @@ const OutputContext& NukeWrapper::inputContext(int n, int m, OutputContext& scra
     return n == mask_input() ? outputContext() : wrapped->inputContext(n, m, scratch);
 }
 
+// The op sees its own inputs only, the wrapper all of them.
 void NukeWrapper::set_input(int place, Op* op, int n, int m) {
     if (n != mask_input())
         wrapped->set_input(place, op, n, m);
@@ -99,6 +101,7 @@ void NukeWrapper::in_channels(int n, ChannelSet& channels) const {
 // ---- the cycle ---------------------------------------------------------------------------------
 
 void NukeWrapper::_validate(bool for_real) {
+    // The output is the op's; the first input and the mask are needed to mix.
     wrapped->validate(for_real);
     info_ = wrapped->info();
     set_out_channels(wrapped->out_channels());

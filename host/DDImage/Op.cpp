@@ -8,6 +8,7 @@ namespace DD::Image {
 
 // ---- classes -----------------------------------------------------------------------------------
 
+// In the order of announcement. A function, as plug-ins announce theirs during static construction.
 static std::vector<const Op::Description*>& descriptions() {
     static std::vector<const Op::Description*> all;
     return all;
@@ -114,6 +115,7 @@ void Op::setOutputContext(const OutputContext& context) {
 
 void Op::append(Hash&) {}
 
+// A wrapper and its op have one hash.
 void Op::set_hash(const Hash& hash) {
     if (hash == hash_)
         return;
@@ -131,6 +133,7 @@ void Op::validate(bool for_real) {
 }
 
 void Op::invalidate() {
+    // From the outermost wrapper to the innermost op.
     for (Op* op = &outermost(); op; op = op->wrapped) {
         op->valid_ = Validity::none;
         {
@@ -207,6 +210,7 @@ void Op::error(const char* format, ...) {
     const std::string message = formatted(format, args);
     va_end(args);
 
+    // The wrapper is the one that the host knows.
     Op& failed = outermost();
     const std::lock_guard<std::mutex> guard(failed.error_lock);
     failed.error_ = message;

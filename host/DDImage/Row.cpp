@@ -9,6 +9,7 @@ namespace DD::Image {
 static const unsigned guard_bits = 0x7fa5a5a5;
 static const int guard_floats = 32;
 
+// By its bits: a NaN equals nothing, not even itself.
 static void set_guard(float* guard) {
     for (int i = 0; i < guard_floats; i++)
         std::memcpy(guard + i, &guard_bits, sizeof guard_bits);
@@ -46,6 +47,7 @@ Row::ReadablePtr Row::operator[](Channel channel) const {
     const Line* const line = find(channel);
     if (line && line->used)
         return line->samples.get() + margin - left;
+    // A channel that was not written reads as zeros, which all of them share.
     if (!zeros)
         zeros = std::make_unique<float[]>(length());
     return zeros.get() - left;

@@ -1,4 +1,6 @@
 // Locks, for what the engine calls of several threads share.
+//
+// Threads:   a thread that locks twice deadlocks: locks are not recursive.
 #pragma once
 
 #include <mutex>

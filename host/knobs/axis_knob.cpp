@@ -22,6 +22,7 @@ public:
     }
 
     void read(const ScriptValue& value, const std::string& script) override {
+        // Read it into a knob without that restriction, and look at the result.
         NumberKnob read_knob({DD::Image::XYZ_KNOB, DD::Image::NoPtr, nullptr, name().c_str()},
                              {0, 0, 0});
         read_knob.read(value, script);
@@ -128,6 +129,7 @@ double AxisKnob::get_value_at(double time, int i) const {
 
 void AxisKnob::store(DD::Image::StoreType, void* data, DD::Image::Hash& hash,
                      const DD::Image::OutputContext& context) {
+    // The op and its hash get the matrix; the parts are the host's.
     const HostMatrix columns = matrix_at(context.frame());
     *static_cast<DD::Image::Matrix4*>(data) = DD::Image::Matrix4(columns.data());
     hash.append(columns.data(), sizeof columns);

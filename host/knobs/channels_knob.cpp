@@ -32,6 +32,7 @@ static ChannelSet set_of(const ScriptValue& word, const std::string& script) {
 }
 
 void ChannelsKnob::read(const ScriptValue& value, const std::string& script) {
+    // The union of its words; nothing changes if one is unknown.
     ChannelSet read;
     for (const ScriptValue& word : list_items(value, script))
         read += set_of(word, script);

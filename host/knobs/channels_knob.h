@@ -1,5 +1,6 @@
 // The knob that picks channels: all, none, rgb, rgba, alpha, depth, or a list of channel names.
 //
+// Shapes:    scripts hold one of these words or a list; a word with a minus is left out.
 // Errors:    ScriptError for a name that no channel has.
 #pragma once
 

@@ -22,11 +22,13 @@ ChoiceKnob::ChoiceKnob(const KnobSpec& spec, int index) : ChoiceKnob(spec) {
 
 void ChoiceKnob::choose(int index) {
     chosen = index;
+    // Scripts keep an index out of range as a number.
     const bool is_item = index >= 0 && std::size_t(index) < texts.size();
     text = is_item ? texts[std::size_t(index)] : std::to_string(index);
 }
 
 bool ChoiceKnob::set_value(double value, int i) {
+    // Whole numbers that an int holds.
     if (i > 0 || value != std::floor(value) || std::fabs(value) > 2147483647.0)
         return false;
     choose(int(value));

@@ -14,9 +14,10 @@ class ChoiceKnob : public HostKnob {
 public:
     explicit ChoiceKnob(const DD::Image::KnobSpec& spec);
 
-    // A part of another knob.
+    // A part of another knob, with its default.
     ChoiceKnob(const DD::Image::KnobSpec& spec, int index);
 
+    // The menu, and the index of what is chosen.
     const std::vector<std::string>& items() const { return texts; }
     int index() const { return chosen; }
 

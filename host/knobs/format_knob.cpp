@@ -7,6 +7,7 @@ namespace velmora::host {
 FormatKnob::FormatKnob(const DD::Image::KnobSpec& spec, const Project& project)
     : HostKnob(spec), project(project) {
     const auto* const pair = static_cast<const DD::Image::FormatPair*>(spec.data);
+    // The op's own format counts as picked.
     if (pair->format() && !pair->format()->is_none())
         set_format(*pair->format());
 }

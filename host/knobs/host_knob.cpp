@@ -45,6 +45,7 @@ void HostKnob::remember_default() {
 }
 
 bool HostKnob::not_default() const {
+    // By the saved text: that decides whether a script needs the knob.
     return remembered && !(script_value() == made_with);
 }
 
@@ -88,6 +89,7 @@ static const char* store_type_name(StoreType type) {
 }
 
 void HostKnob::store_into(DD::Image::Op& op, StoreType type, void* data, DD::Image::Hash& hash) {
+    // Knobs that store nothing; then a type that the value cannot have.
     if (type == DD::Image::NoPtr || !data)
         return;
     if (!fits(type))

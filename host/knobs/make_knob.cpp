@@ -24,7 +24,7 @@ std::vector<std::unique_ptr<HostKnob>> make_knobs(const DD::Image::KnobSpec& spe
     case DD::Image::CHANNEL_MASK_KNOB:
         knobs.push_back(std::make_unique<ChannelsKnob>(spec));
         break;
-    case DD::Image::AXIS_KNOB: {
+    case DD::Image::AXIS_KNOB: { // the axis itself, then its parts
         auto axis = std::make_unique<AxisKnob>(spec);
         std::vector<std::unique_ptr<HostKnob>> parts = axis->make_parts();
         knobs.push_back(std::move(axis));
@@ -32,6 +32,7 @@ std::vector<std::unique_ptr<HostKnob>> make_knobs(const DD::Image::KnobSpec& spe
             knobs.push_back(std::move(part));
         break;
     }
+    // What arranges the panel has no value.
     case DD::Image::TAB_KNOB:
     case DD::Image::TEXT_KNOB:
     case DD::Image::DIVIDER_KNOB:
@@ -41,7 +42,7 @@ std::vector<std::unique_ptr<HostKnob>> make_knobs(const DD::Image::KnobSpec& spe
     case DD::Image::END_GROUP_KNOB:
         knobs.push_back(std::make_unique<HostKnob>(spec));
         break;
-    default:
+    default: // all others are numbers
         knobs.push_back(std::make_unique<NumberKnob>(spec));
     }
     return knobs;

@@ -48,6 +48,7 @@ double NumberKnob::get_value_at(double time, int i) const {
 }
 
 bool NumberKnob::set_value(double value, int i) {
+    // All of them.
     if (i == -1) {
         for (int k = 0; k < size(); k++)
             if (!set_value(value, k))
@@ -75,6 +76,7 @@ bool NumberKnob::is_animated() const {
 // ---- saved scripts -----------------------------------------------------------------------------
 
 AnimationCurve NumberKnob::read_one(const ScriptTree& value) const {
+    // A switch knows two words more.
     if (is_switch() && !value.is_list()) {
         if (value.value().text == "true")
             return AnimationCurve::constant(1);
@@ -155,6 +157,7 @@ static int whole(double number) {
 void NumberKnob::store(StoreType type, void* data, DD::Image::Hash& hash,
                        const DD::Image::OutputContext& context) {
     for (int i = 0; i < size(); i++) {
+        // The hash gets the number before it is rounded.
         const double number = get_value_at(context.frame(), i);
         hash.append(number);
         switch (type) {

@@ -58,6 +58,7 @@ bool TextKnob::fits(StoreType type) const {
 }
 
 void TextKnob::put(DD::Image::Op& op, StoreType type, void* data, DD::Image::Hash& hash) {
+    // The op keeps a copy, as this knob may change while the op works.
     if (type == DD::Image::StringPtr) {
         hash.append(text);
         *static_cast<const char**>(data) = op.keep_text(data, text);

@@ -9,6 +9,7 @@ using DD::Image::Op;
 
 namespace {
 
+// Named for the class that its node was made from.
 template <class Base>
 class Named : public Base {
 public:

@@ -6,6 +6,7 @@
 
 namespace velmora::host {
 
+// A process-wide switch: rows ask it, and they know no graph.
 #ifdef NDEBUG
 static bool checking = false;
 #else
@@ -37,6 +38,7 @@ void Iop::checked_engine(int y, int x, int r, ChannelMask channels, Row& row) {
         engine(y, x, r, channels, row);
         return;
     }
+    // The cycle, the call itself, then the guards around the span.
     if (!opened())
         throw velmora::host::PluginMisuse(*this, "engine was called while the op was not open");
     engine(y, x, r, channels, row);

@@ -18,11 +18,13 @@ namespace velmora::host {
 
 class DDImage_API Graph {
 public:
+    // `plugins` is where the classes of nodes are found.
     explicit Graph(const PluginPath& plugins);
     Graph(const Graph&) = delete;
     Graph& operator=(const Graph&) = delete;
     ~Graph();
 
+    // The project's settings, with the host's defaults.
     const DD::Image::Format& format() const { return project.format(); }
     void set_format(const DD::Image::Format& format) { project.set_format(format); }
 

@@ -47,6 +47,7 @@ public:
     Knob* made_last() override { return nullptr; }
 
     Knob* declare(const KnobSpec& spec) override {
+        // Early passes skip the others; some values do not count for the hash.
         HostKnob& knob = declared(spec);
         if (early && !knob.flag(Knob::EARLY_STORE))
             return &knob;
@@ -83,6 +84,7 @@ private:
 Node::Node(const Op::Description& description, const std::string& name,
            const velmora::host::Project& project)
     : description_(description), name_(name), project_(project) {
+    // The prototype declares the knobs, and its values are their defaults.
     prototype_ = make_op();
     velmora::host::KnobMaker maker(*this);
     prototype_->knobs(maker);

@@ -71,6 +71,7 @@ bool PluginPath::load(const std::string& name, int depth) const {
 
 const DD::Image::Op::Description* PluginPath::look_for(const std::string& class_name) const {
     using Description = DD::Image::Op::Description;
+    // Already loaded, or loaded now.
     if (const Description* const there = Description::find(class_name.c_str()))
         return there;
     if (!load(class_name, 0))

@@ -6,6 +6,7 @@ namespace velmora::host {
 
 namespace {
 
+// Not a class that scripts can name.
 class Black : public DD::Image::Iop {
 public:
     explicit Black(const Project& project) : Iop(nullptr), project(project) { inputs(0); }

@@ -84,6 +84,7 @@ private:
     std::mutex lock;
     std::exception_ptr exception;
 
+    // A row that was aborted half way is not delivered.
     void pull(const Span& span) {
         Row row(span.x, span.r);
         iop.get(span.y, span.x, span.r, channels, row);
@@ -97,6 +98,7 @@ private:
 // The box in pieces, in the order in which they are handed out.
 static std::vector<Span> spans_of(const Box& box, const Pulling& pulling) {
     std::vector<Span> spans;
+    // Rows from the bottom, cut into spans, perhaps shuffled.
     const int columns = pulling.span > 0 ? pulling.span : std::max(box.w(), 1);
     for (int y = box.y(); y < box.t(); y++)
         for (int x = box.x(); x < box.r(); x += columns)

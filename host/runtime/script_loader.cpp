@@ -138,6 +138,7 @@ void Loader::wire(const ScriptNode& from, Node& node, int depth) {
     for (std::size_t n = 0; n < from.inputs.size(); n++) {
         if (from.inputs[n] < 0)
             continue;
+        // What a disabled node passes on depends on its class.
         const ScriptNode& source = script.nodes[std::size_t(from.inputs[n])];
         if (is_disabled(source))
             refuse(source.place, title(source) + " is disabled, which is not supported");
@@ -157,6 +158,7 @@ static int frame_of(const ScriptKnob& knob, const std::string& name) {
     return int(frame);
 }
 
+// The project's settings, as far as they have an effect here.
 static void read_root(const Script& script, Graph& graph) {
     if (const ScriptKnob* const format = find_knob(script.root, "format"))
         graph.set_format(parse_format_text(format->value, script.name));

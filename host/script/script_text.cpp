@@ -10,6 +10,7 @@ static bool is_blank(char ch) {
     return ch == ' ' || ch == '\t' || ch == '\r' || ch == '\v' || ch == '\f';
 }
 
+// The character in UTF-8; escapes reach up to U+FFFF.
 static std::string utf8(unsigned code) {
     if (code >= 0xd800 && code < 0xe000)
         code = 0xfffd; // a surrogate is no character
@@ -129,6 +130,7 @@ ScriptValue Scanner::take_value(Rules rules) {
     return value;
 }
 
+// Up to the matching brace, raw; a backslash hides the character after it.
 std::string Scanner::take_braced() {
     const ScriptPlace opened = place;
     take();
@@ -179,6 +181,7 @@ std::string Scanner::take_word(Rules rules) {
     return word;
 }
 
+// [...] belongs to the word with all its blanks.
 void Scanner::take_brackets(std::string& word) {
     const ScriptPlace opened = place;
     const std::size_t start = offset;
@@ -197,6 +200,7 @@ void Scanner::take_brackets(std::string& word) {
     fail(opened, "the bracket is never closed");
 }
 
+// At most `most` digits; 0 if there are none.
 unsigned Scanner::take_digits(std::size_t most, unsigned base) {
     const char* const start = text.data() + offset;
     unsigned code = 0;

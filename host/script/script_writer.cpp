@@ -5,6 +5,7 @@
 
 namespace velmora::host {
 
+// Characters that need no quotes in a word.
 static bool is_plain(char ch) {
     return (ch >= '0' && ch <= '9') || (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') ||
            (ch != '\0' && std::string("_-+.,:/%=@*!?~^&|<>()'").find(ch) != std::string::npos);
@@ -75,6 +76,7 @@ static LaterUses later_uses(const Script& script) {
     LaterUses uses = {std::vector<bool>(count), std::vector<bool>(count)};
     for (std::size_t k = 0; k < count; k++) {
         const ScriptNode& node = script.nodes[k];
+        // Inputs and originals come earlier: the text is read from top to bottom.
         for (const int input : node.inputs) {
             if (input < -1 || input >= static_cast<int>(k))
                 throw std::invalid_argument("an input of the node " + in_quotes(node.name) +
@@ -91,6 +93,7 @@ static LaterUses later_uses(const Script& script) {
     return uses;
 }
 
+// Refuses what reading would resolve or rename.
 static void check_node(const ScriptNode& node) {
     if (node.name.find('.') != std::string::npos)
         throw std::invalid_argument("the node " + in_quotes(node.name) + " is in a group");
