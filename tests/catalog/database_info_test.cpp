@@ -1,4 +1,3 @@
-#include "catalog/database_file.h"
 #include "catalog/database_info.h"
 #include "catalog/database_record.h"
 #include "catalog/database_writer.h"
@@ -8,7 +7,6 @@
 #include "tests/special_values.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 using namespace velmora_test::doubles;
 
@@ -54,30 +52,6 @@ static std::string bytes_of(const std::string& magic, const std::vector<star>& s
 static DatabaseInfo info_of(const std::vector<star>& stars, const std::string& magic = "VELMORA2") {
     const ScratchFolder folder;
     return inspect_star_database(folder.write("sky", bytes_of(magic, stars)));
-}
-
-// A file that is shortened after it was opened: reading reports it, a mapping would end the
-// process.
-TEST(DatabaseInfo, OfADatabaseThatGetsShorterIsRefused) {
-    const ScratchFolder folder;
-    const std::string path = folder.write("sky", bytes_of("VELMORA2", std::vector<star>(3, plain)));
-    const OSAPI::FileDescriptor file(open_star_database(path));
-    unsigned char bytes[3 * record_size];
-    ASSERT_EQ(truncate(path.c_str(), 70), 0);
-    EXPECT_EQ(catalog_error_of([&] { read_star_database(file.fd, path, bytes, sizeof bytes); }),
-              path + ": got shorter while it was read");
-}
-
-// Sparse files: no byte of them is on the disk.
-TEST(DatabaseInfo, OfMoreRecordsThanReadersCountIsRefused) {
-    const ScratchFolder folder;
-    const std::string path = folder.write("sky", bytes_of("VELMORA2", {}));
-    const off_t most = off_t(0xffffffff) * 32;
-    ASSERT_EQ(truncate(path.c_str(), most + 31), 0);
-    EXPECT_EQ(stars_in_database(path), 0xfffffffeu);
-    ASSERT_EQ(truncate(path.c_str(), most + 32), 0);
-    EXPECT_EQ(catalog_error_of([&] { stars_in_database(path); }),
-              path + ": has 4294967296 records, and at most 4294967295 can be read");
 }
 
 static void expect_oddity(const Oddity& oddity, u64 count, u64 first) {
@@ -204,25 +178,6 @@ TEST(DatabaseInfo, CountsTheBytesAfterTheLastRecord) {
         EXPECT_EQ(info.stars, 1u);
         EXPECT_EQ(info.trailing_bytes, extra);
     }
-}
-
-TEST(DatabaseInfo, RefusesOtherFiles) {
-    const ScratchFolder folder;
-    const auto error = [](const std::string& path) {
-        return catalog_error_of([&] { inspect_star_database(path); });
-    };
-    for (const uword size : {0, 1, 8, 31}) {
-        const std::string path = folder.write("short", bytes_of("VELMORA2", {}).substr(0, size));
-        EXPECT_EQ(error(path), path + ": is too short for a star database: " +
-                                   std::to_string(size) + " bytes, the header alone takes 32");
-    }
-    const std::string other = folder.write("other", bytes_of("VELMORA3", {plain}));
-    EXPECT_EQ(error(other), other + ": is not a star database: it begins with neither VELMORA1 nor "
-                                    "VELMORA2");
-    EXPECT_EQ(error(folder.file("")), folder.file("") + ": is a directory, not a star database");
-    EXPECT_EQ(error("/dev/zero"), "/dev/zero: is not a regular file");
-    const std::string none = folder.file("none");
-    EXPECT_EQ(error(none), none + ": No such file or directory");
 }
 
 TEST(DatabaseInfoText, DescribesAnOrdinaryDatabase) {
