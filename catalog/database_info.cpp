@@ -105,8 +105,7 @@ static void add_stars(Inspection& inspection, OSAPI::fd_t file, const std::strin
     }
 }
 
-// By reading, not mapping: if another process shortens the file meanwhile, reading only returns
-// less.
+// By reading, not mapping: if another process shortens the file, reading only returns less.
 DatabaseInfo inspect_star_database(const std::string& path) {
     OSAPI::FileDescriptor file(open_star_database(path));
     const OSAPI::FileStamp stamp = OSAPI::get_stamp(file.fd);

@@ -35,8 +35,7 @@ struct ColorBytes {
 // A star of unknown colour is white.
 const ColorBytes unknown_color = {255, 255, 255};
 
-// The range that color_of_temperature distinguishes: below it, every black body is pure red in
-// sRGB.
+// The range that color_of_temperature distinguishes: below it, black bodies are pure red in sRGB.
 const double coolest = 500;
 const double hottest = 1e6;
 

@@ -25,8 +25,8 @@ public:
     // recognised. Consumes nothing. REQUIRES: no line has been taken.
     std::string_view head();
 
-    // Takes the next line, without its end; false after the last. `line` is valid until the next
-    // call.
+    // Takes the next line, without its end, into `line`, which is valid until the next call; false
+    // after the last line.
     bool next_line(std::string_view& line);
 
     // Throw a CatalogError about the file, and about the line that was taken last.

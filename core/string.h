@@ -43,8 +43,8 @@ public:
 
     uword len() const;
 
-    // h = (h + (b >> 4) + (b << 4)) * 11 modulo 2^32 over the bytes b, signed; 0 for the empty
-    // text.
+    // h = (h + (b >> 4) + (b << 4)) * 11 modulo 2^32 over the text's bytes b, which are taken as
+    // signed; 0 for the empty text.
     u32 hash() const;
 
     // As strtol in base 10 and strtod; 0 for the empty text.

@@ -23,8 +23,8 @@ public:
     // Writes "title: text" and a newline to standard error.
     static void display_error(const char* title, const char* text);
 
-    // Writes "warning: ", the formatted text and " in <function>" to standard error, in three
-    // writes.
+    // Writes "warning: ", then the formatted text, then " in <function>" and a newline to standard
+    // error, in three writes.
     [[gnu::format(printf, 2, 3)]] static void warning(const char* function, const char* format,
                                                       ...);
 };

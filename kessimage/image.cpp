@@ -74,8 +74,7 @@ u32 ImageSpec::bytes_per_pixel(PixelFormat format) {
     case INVALID_FORMAT:
         XTHROW("unknown format");
     default:
-        // pixel_format_str comes first, and throws "unknown format" for a number outside the
-        // enumeration.
+        // pixel_format_str throws "unknown format" first for a number outside the enumeration.
         XTHROW("unhandled format %s", pixel_format_str(format));
     }
 }

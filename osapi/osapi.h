@@ -287,8 +287,8 @@ struct FileStamp {
 // Throws "fstat: …".
 FileStamp get_stamp(fd_t fd);
 
-// The stamp of the file at `path`; false with errno set, and `stamp` unchanged, when the system
-// refuses.
+// Sets `stamp` to that of the file at `path`; when the system refuses, returns false with errno set
+// and leaves `stamp` unchanged.
 bool get_stamp_can_fail(const char* path, FileStamp& stamp);
 
 // Removes a file, if it exists, in its destructor.
@@ -555,8 +555,8 @@ void kill(OSAPI_pid_t pid, int sig);
 //
 // So callers that handle signals without SA_RESTART must check `*out`.
 //
-// Throws "waitpid: …", and "unexpected return value from waitpid()" when `pid` names a process
-// group.
+// Throws "waitpid: …", and "unexpected return value from waitpid()" when `pid` is that of a process
+// group, which is not supported.
 int _wait_until_dead(OSAPI_pid_t pid, OSAPI_pid_t* out, bool nohang);
 
 // Waits for a child that must end with exit code 0; any other result of _wait_until_dead throws

@@ -82,8 +82,7 @@ int _wait_until_dead(OSAPI_pid_t pid, OSAPI_pid_t* out, bool nohang) {
                 XTHROW("unexpected return value from waitpid()");
         }
 
-        // The low seven bits: 0 for an exit, all set for a stop, otherwise the signal that killed
-        // it.
+        // The low seven bits: 0 for an exit, all set for a stop, otherwise the fatal signal.
         const int end = status & 0x7f;
         if (end == 0x7f)
             continue;

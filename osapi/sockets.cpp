@@ -98,8 +98,7 @@ fd_t connect_tcp(const char* host, int port) {
         XTHROW("gethostbyname(\"%s\"): %s", host, hstrerror(h_errno));
     XASSERT(h->h_addrtype == AF_INET);
 
-    // Connect to the first address. When that fails, `fd` stays open, as callers have come to
-    // expect.
+    // Connect to the first address. When that fails, `fd` stays open: callers expect that.
     const fd_t fd = new_socket(AF_INET, IPPROTO_TCP, __PRETTY_FUNCTION__);
     in_addr first;
     memcpy(&first, h->h_addr_list[0], sizeof first);

@@ -12,8 +12,7 @@
 
 namespace velmora {
 
-// Attempts to create the file. Each one that fails means that another writer made progress
-// meanwhile.
+// Attempts to create the file. Each that fails means that another writer has made progress.
 static const int most_tries = 100;
 
 static const char* const in_use = "is being written by another process";

@@ -16,8 +16,7 @@ enum { HIP, RA, DEC, VMAG, BV, PLX, E_PLX, NAME, COLUMN_COUNT };
 static const char* const column_names[COLUMN_COUNT] = {"hip", "ra",  "dec",   "vmag",
                                                        "bv",  "plx", "e_plx", "name"};
 
-// Moves the quoted field that `rest` begins with to `field`, unquoted; false without a closing
-// quote.
+// Moves the quoted field at the start of `rest` to `field`, unquoted; false without its end.
 static bool take_quoted(std::string_view& rest, std::string& field) {
     // Up to a quote that is not doubled.
     rest.remove_prefix(1);

@@ -1,5 +1,5 @@
-// The format of our bundled star table: a header line, then comma-separated values, a line per
-// star.
+// The format of the bundled star table: a header line, then a line of comma-separated values for
+// each star.
 //
 //     hip,ra,dec,vmag,bv,plx,e_plx,name
 //     32349,101.28716,-16.71612,-1.44,0.009,379.21,1.58,Sirius
