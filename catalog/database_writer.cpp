@@ -40,6 +40,7 @@ static void write_records(OSAPI::fd_t fd, const std::vector<star>& stars) {
     for (const star& record : stars) {
         block.resize(block.size() + record_size);
         encode_record(record, &block[block.size() - record_size]);
+        // A full block goes out; the rest follows after the last star.
         if (block.size() == block_size) {
             OSAPI::write(fd, reinterpret_cast<const char*>(block.data()), block.size());
             block.clear();

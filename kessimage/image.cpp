@@ -248,6 +248,7 @@ Image::~Image() {
 }
 
 void Image::alloc() {
+    // Compressed and packed formats have 0 bytes a pixel, so any stride passes.
     if (stride < bytes_per_pixel(format) * u32(width))
         XTHROW("ImageSpec stride is too small for width - did you forget set_natural_stride?");
     const u32 size = u32(height) * stride; // in 32 bits, and may wrap around

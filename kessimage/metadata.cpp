@@ -22,8 +22,10 @@ MetaInfoRef& MetaInfoRef::operator=(const MetaInfoRef& other) {
 
 // type(), type_str() and stringify() by overloading, so that TypedInfo<T> is one template.
 
+// The results of type().
 enum { FLOAT_TYPE = 0, STRING_TYPE = 1, M44F_TYPE = 2 };
 
+// The results of type_str(), which the text form and the visitors show.
 static const char* name_of_type(const float&) {
     return "float";
 }
@@ -100,6 +102,7 @@ template class TypedInfo<Matrix4<float>>;
 
 template <class T>
 MetaInfo* new_MetaInfo(const char* type, const T& value) {
+    // Owned until the assertion has passed, and freed if it fails.
     std::unique_ptr<MetaInfo> ret(new TypedInfo<T>(value));
     XASSERT(!strcmp(type, ret->type_str()));
     return ret.release();
@@ -115,6 +118,7 @@ static const T& value_of(const MetaInfo& info) {
     return static_cast<const TypedInfo<T>&>(info).value;
 }
 
+// Compares numbers, not bytes: -0 equals 0, and a NaN equals nothing.
 static bool same_elements(const Matrix4<float>& a, const Matrix4<float>& b) {
     for (int i = 0; i < 16; i++)
         if (!(a.e[i] == b.e[i]))

@@ -61,6 +61,7 @@ int MetaData::get_meta(const char* type, const char* name, String& value) const 
 
 template <class T>
 static void add(MetaData& set, const char* type, const char* name, const T& value) {
+    // The entry holds a clone of the value; the original is freed with `ref`, whatever throws.
     const MetaInfoRef ref(new_MetaInfo(type, value));
     set.insert(new MetaData::Entry(InString::intern(name), ref));
 }
