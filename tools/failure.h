@@ -39,14 +39,14 @@ public:
         : Failure(EXIT_USAGE, what, why) {}
 };
 
-// The exception's reason without the place in the source that raised it.
+// The exception's message without the source location.
 std::string reason_of(const Xception& exception);
 
-// The system's own words in it, such as "No space left on device", without the call and its
-// arguments, which name files that the user did not.
+// Only the system's reason, such as "No space left on device": the call and its arguments may name
+// temporary files, which the user did not.
 std::string system_reason_of(const Xception& exception);
 
-// Runs `work`, says what it throws, and returns the exit status. Needs no memory for that.
+// Runs `work`, reports what it throws, and returns the exit status. Reporting needs no memory.
 ExitStatus exit_status_of(const std::function<void()>& work);
 
 } // namespace velmora

@@ -88,7 +88,7 @@ TEST_F(Shot, WithoutACameraHasTheWindowOfTheFormat) {
     EXPECT_EQ(view.first().focal, 3.200000047683716);
 }
 
-// The camera stands left of the knob's transform in the product: it moves what the knob has turned.
+// The camera's matrix is the left factor: it moves what the knob has turned.
 TEST_F(Shot, MultipliesTheTransformKnobOntoTheCamera) {
     CameraOptions options;
     options.rotate = {0, 90, 0}; // whose x then points along the world's -z

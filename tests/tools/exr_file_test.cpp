@@ -172,7 +172,7 @@ TEST(ExrFile, KeepsWhatIsKnownOfTheShot) {
     metadata.software = "velmora 1.2.3";
     const Imf::Header header = read_back(encode(noise(1, 1), 1, 1, metadata)).header;
 
-    // For row vectors: the translation stands in the last row.
+    // For row vectors: the translation is the last row.
     const Imath::M44f camera = Imf::worldToCamera(header), ndc = Imf::worldToNDC(header);
     for (int row = 0; row < 4; row++) {
         for (int column = 0; column < 4; column++) {

@@ -113,7 +113,7 @@ TEST_F(Knobs, TakeTheirOtherSpellings) {
     EXPECT_EQ(number_of("brightness"), 3);
 }
 
-// In memory the host's matrices stand column by column.
+// In memory the host's matrices are column by column.
 TEST_F(Knobs, TakeTheTransformRowByRow) {
     set_knob(node, "transform", "1 0 0 7  0 1 0 8  0 0 1 9  0 0 0 1");
     EXPECT_EQ(number_of("transform", 12), 7);

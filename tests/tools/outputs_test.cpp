@@ -28,12 +28,11 @@ static std::string failure_of(const OutputOptions& options, const std::vector<in
 TEST(Outputs, WritesEachKindForEachFrame) {
     const ScratchFolder folder;
     host::Graph graph(plugin_path());
-    const RenderedFrame frame = {
-        create_star_node(graph), 7, {{}, {}, 2, 1}, {0, 1, 2, 3, 0, 4, 5, 6}, {}};
     OutputOptions options =
         named({folder.file("a.##.png"), folder.file("a.%d.exr")}, folder.file("{node}.#.raw"));
     options = outputs_of_node(options, "Stars", false);
-    RenderedFrame drawn = frame;
+    RenderedFrame drawn = {
+        create_star_node(graph), 7, {{}, {}, 2, 1}, {0, 1, 2, 3, 0, 4, 5, 6}, {}};
     drawn.view.cameras.append({DblMatrix4::the_identity(), 50, 0.1, -1});
     drawn.view.data.right = drawn.view.data.top = 1;
     OutputPlaces taken;

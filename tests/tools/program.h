@@ -21,7 +21,7 @@ class Program : public testing::Test {
 protected:
     ScratchFolder folder;
 
-    // `arguments` as a shell takes them, redirections too; `before` stands before the program's
+    // `arguments` as a shell takes them, redirections too; `before` precedes the program's
     // name.
     Ran run(const std::string& arguments, const std::string& before = "") const {
         const ScratchFolder streams;

@@ -72,7 +72,7 @@ TEST_F(Render, NamesFramesByTheirNumbers) {
                                         "sky.0007.png", "sky.0010.png", "sky.velmora"}));
 }
 
-TEST_F(Render, TakesNegativeFramesAsTheyStand) {
+TEST_F(Render, TakesNegativeFramesWithoutQuotes) {
     ASSERT_EQ(run(small("-F -2--1 -o sky.%d.png")).status, 0);
     EXPECT_EQ(folder.names(),
               (std::vector<std::string>{"sky.-1.png", "sky.-2.png", "sky.velmora"}));
@@ -97,14 +97,14 @@ static std::pair<int, int> brightest(const std::vector<float>& floats, int width
 }
 
 // 24.576 mm of film across 64 pixels at 50 mm: 1 degree is 2.27 pixels in the middle, so a star
-// seven degrees off stands 16 pixels from the middle: 50 * tan(7) / 24.576 * 64 = 15.99.
+// seven degrees off is 16 pixels from the middle: 50 * tan(7) / 24.576 * 64 = 15.99.
 TEST_F(Render, LooksWhereItIsTold) {
     const struct {
         const char* view;
         std::pair<int, int> position;
     } cases[] = {
         {"--look-at 90,0", {32, 18}},
-        {"--look-at 97,0", {48, 18}},    // the camera looks east of the star: it stands right
+        {"--look-at 97,0", {48, 18}},    // the camera looks east of the star: it is to the right
         {"--look-at 83,0", {16, 18}},    // and left when the camera looks west of it
         {"--look-at 90,7", {32, 34}},    // below when the camera looks north of it
         {"--look-at 90,-7", {32, 2}},    // and above when it looks south of it
@@ -163,7 +163,7 @@ TEST_F(Render, TellsInExrWhereTheCameraStood) {
         file.header().typedAttribute<Imf::M44fAttribute>("worldToCamera").value();
     const auto& to_ndc = file.header().typedAttribute<Imf::M44fAttribute>("worldToNDC").value();
 
-    // The star stands at (cos 90, 0, -sin 90) in the host's world; at infinity the camera's place
+    // The star is at (cos 90, 0, -sin 90) in the host's world; at infinity the camera's place
     // does not matter. 16 of 32 pixels right of the middle are 0.5 of the way to the edge.
     const Imath::V4f ahead(0, 0, -1, 0);
     const Imath::V4f ndc = ahead * to_ndc;
@@ -414,7 +414,7 @@ TEST_F(Render, LeavesNothingBehindWhenAFileCannotBeWritten) {
 }
 
 TEST_F(Render, GoesOnAfterAFrameThatFails) {
-    // The second frame's camera stands where single precision does not reach.
+    // The second frame's camera is beyond the reach of single precision.
     folder.write("shot.chan", "1 0 0 0 0 0 0\n2 1e300 0 0 0 0 0\n3 0 0 0 0 0 0\n");
     for (const char* jobs : {"", " --jobs 2"}) {
         const Ran ran = run(small("-F 1-3 --camera shot.chan --knob blur_segs=0 -o %d.png") + jobs);

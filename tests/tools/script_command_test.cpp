@@ -270,7 +270,7 @@ TEST_F(ScriptNew, SaysInOneLineWhatIsWrong) {
          "./sky.velmora" + overwritten},
         // The host would take it for an expression.
         {"script new --star-file 'a[1].velmora' -o new.nk", 2,
-         "a[1].velmora: cannot stand in a script, where [ begins an expression"},
+         "a[1].velmora: cannot be written to a script, where [ begins an expression"},
     };
     for (const auto& c : cases) {
         const Ran ran = run(c.arguments);

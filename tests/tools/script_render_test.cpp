@@ -15,7 +15,7 @@ typedef std::pair<int, int> Place; // column and row; (-1, -1) on a black pictur
 static const int width = 64, height = 36;
 static const Place middle = {32, 18};
 
-// Ten units before a camera that is not turned stands one white star. The scripts' cameras have
+// One white star, ten units ahead of a camera without rotation. The scripts' cameras have
 // 24.576 by 13.824 mm of film, 64 by 36 pixels, at 50 mm: seven degrees beside the middle are
 // 50 * tan(7) / 24.576 * 64 = 15.99 pixels.
 class ScriptRender : public Program {
@@ -54,7 +54,7 @@ protected:
         return best < 0 ? Place(-1, -1) : Place(best % width, best / width);
     }
 
-    // Where the star stands in the first frame of a render that says `notes`.
+    // Where the star is in the first frame of a render that says `notes`.
     Place place_in(const std::string& script, const std::string& more = "",
                    const std::string& notes = "") const {
         const Ran ran = render(script, "-F 1 --raw place.raw " + more);
@@ -86,7 +86,7 @@ TEST_F(ScriptRender, RendersTheFramesThatAreNamedInstead) {
               (std::vector<std::string>{"-7.png", "9.png", "shot.nk", "sky.velmora"}));
 }
 
-// Width and height of a PNG stand in its bytes 16 to 23, the highest byte first.
+// Width and height of a PNG are its bytes 16 to 23, the highest byte first.
 static Place size_of_png(const std::string& bytes) {
     const auto number = [&](std::size_t at) {
         int value = 0;
@@ -137,7 +137,7 @@ TEST_F(ScriptRender, ReadsLinesAsWindowsEndsThem) {
 
 TEST_F(ScriptRender, TurnsTheCameraAsItsKnobsSay) {
     EXPECT_EQ(place_in(root() + camera(" inputs 0\n") + stars()), middle);
-    // To the right about y: the star stands left.
+    // To the right about y: the star is to the left.
     EXPECT_EQ(place_in(root() + camera(" inputs 0\n rotate {0 -7 0}\n") + stars()), Place(16, 18));
     // Half the focal length, half the way.
     EXPECT_EQ(place_in(root() + camera(" inputs 0\n rotate {0 -7 0}\n focal 25\n") + stars()),
@@ -153,13 +153,13 @@ TEST_F(ScriptRender, TakesCamerasAndAxesOfEveryVersion) {
     }
 }
 
-// The world of `parallax` 0 is the database's own: the star stands at (0, 0, -10).
+// The world of `parallax` 0 is the database's own: the star is at (0, 0, -10).
 TEST_F(ScriptRender, MovesTheCameraWithItsParents) {
     const std::string near = stars(" parallax 0\n");
     // One to the right of the star's line: 50 mm * 1 / 10 left of the middle, 13.02 pixels.
     EXPECT_EQ(place_in(root() + camera(" inputs 0\n translate {1 0 0}\n") + near), Place(19, 18));
     // The axis turns the camera's place from x to y and rolls the camera, which rolls back: the
-    // star stands 13.02 pixels below.
+    // star is 13.02 pixels below.
     const std::string turn = " rotate {0 0 90}\n}\n";
     const std::string child = camera(" translate {1 0 0}\n rotate {0 0 -90}\n");
     EXPECT_EQ(place_in(root() + "Axis2 {\n inputs 0\n" + turn + child + near), Place(32, 31));
@@ -187,7 +187,7 @@ TEST_F(ScriptRender, TurnsAboutThePivot) {
         Place(32, 31));
 }
 
-// One number is all three angles. With c and s the cosine and sine of 7 degrees, the star stands in
+// One number is all three angles. With c and s the cosine and sine of 7 degrees, the star is in
 // the camera's frame along
 //     ZXY:  (s c - c s s, -s s - c c s, -c c) = (0.10622, -0.13491, -0.98515)
 //     XYZ:  (s, -c s, -c c)                   = (0.12187, -0.12096, -0.98515)
@@ -245,7 +245,7 @@ TEST_F(ScriptRender, SeesThroughTheNodesOwnTransformWithoutACamera) {
 
 // ---- wires -------------------------------------------------------------------------------------
 
-static const std::string turned_left = " inputs 0\n rotate {0 7 0}\n";   // the star stands right
+static const std::string turned_left = " inputs 0\n rotate {0 7 0}\n";   // the star is to the right
 static const std::string turned_right = " inputs 0\n rotate {0 -7 0}\n"; // and left
 
 TEST_F(ScriptRender, TakesWhatIsPushed) {
@@ -438,7 +438,7 @@ TEST_F(ScriptRender, RefusesWhatItCannotHonourAndSaysWhere) {
          "menu cannot have here"},
         {cam + stars(" disable {{frame>5}}\n name Stars\n"),
          "shot.nk:11:10: knob 'disable': the expression '{{frame>5}}' is not supported"},
-        // What stands between the node and its camera.
+        // What is between the node and its camera.
         {cam + "TransformGeo {\n name Geo\n}\n" + stars(),
          "shot.nk:6:1: there is no plug-in for Geo, of class 'TransformGeo', whose output is "
          "needed"},

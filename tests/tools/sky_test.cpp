@@ -72,7 +72,7 @@ static Pixel brightest_near(const std::vector<float>& floats, const Pixel& aroun
     return best;
 }
 
-// Each star's peak stands on the pixel nearest to its place, or on the one beside it where the
+// Each star's peak is at the pixel nearest to its place, or on the one beside it where the
 // place is halfway; it is far above the field, whose stars are fainter than these by magnitudes.
 static void expect_stars(const std::vector<float>& floats, const View& view,
                          const std::vector<NamedStar>& stars) {

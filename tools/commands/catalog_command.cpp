@@ -88,7 +88,7 @@ static void add_import_command(CLI::App& catalog) {
 
 static void add_database_info_command(CLI::App& catalog) {
     CLI::App* command = catalog.add_subcommand(
-        "info", "Tell what a star database holds: version, stars, ranges, magnitudes, oddities.");
+        "info", "Show what a star database holds: version, stars, ranges, magnitudes, oddities.");
     command->footer("Examples:\n"
                     "  velmora catalog info sky.velmora");
     const auto path = std::make_shared<std::string>();

@@ -1,5 +1,7 @@
-// The commands of the command line. Each adds itself with its options to the program; its callback
-// does the work and throws Failure or Xception.
+// The commands of the command line, each of which adds itself with its options to the program.
+//
+// Ownership: a command keeps its options alive as long as the program.
+// Errors:    nothing is thrown here; the callbacks that do the work throw Failure and Xception.
 #pragma once
 
 namespace CLI {

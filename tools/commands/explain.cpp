@@ -193,6 +193,7 @@ static void print_render_command(const ExplainOptions& options, int frame) {
 }
 
 void explain(const ExplainOptions& options) {
+    // Check the arguments.
     const std::unique_ptr<Comp> comp = make_comp(options.comp);
     Node& node = node_of(*comp);
     const int frame = frame_of(options, comp->graph);
@@ -208,6 +209,7 @@ void explain(const ExplainOptions& options) {
     }
     for (const std::string& note : comp->notes)
         say(note);
+    // Draw the frame as render does, then star by star, and compare.
     const std::unique_ptr<RenderedFrame> rendered = NodeRenderer(node).render(frame);
     const PixelTrace traced = trace_of(node, rendered->view, pixel);
     if (traced.light() != light_at(*rendered, pixel))

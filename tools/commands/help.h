@@ -1,4 +1,6 @@
-// Help texts that show examples first: an app's footer holds them, and it stands above the usage.
+// Help texts that show examples first: an app's footer holds them and is printed above the usage.
+//
+// Ownership: a formatter is shared by the program and its commands.
 #pragma once
 
 #include <CLI/CLI.hpp>

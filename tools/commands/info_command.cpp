@@ -17,6 +17,7 @@ static void print_info() {
     printf("OpenEXR    " OPENEXR_VERSION_STRING "\n");
     printf("libpng     %s\n", png_get_libpng_ver(nullptr));
     printf("CLI11      " CLI11_VERSION "\n");
+    // The knobs are those of a new node in a default comp.
     host::Graph graph(plugin_path());
     graph.set_format(default_format);
     const Node& node = create_star_node(graph);

@@ -17,7 +17,7 @@ namespace velmora {
 
 namespace {
 
-// A node with its place among the outputs.
+// A node to render, and the files that its frames go to.
 struct Rendering {
     std::string where; // before messages about a script's node: "<node>: "
     std::unique_ptr<NodeRenderer> renderer;
@@ -55,7 +55,7 @@ static std::vector<Rendering> renderings_of(const Comp& comp, const RenderOption
     return renderings;
 }
 
-// The databases must be there before anything is rendered. Returns how many stars the largest has.
+// Refuses missing databases before anything is rendered. Returns how many stars the largest has.
 static std::size_t check_star_files(const Comp& comp) {
     std::size_t stars = 0;
     for (const Node* const node : comp.stars) {
@@ -84,6 +84,7 @@ static void say_stats(const std::string& where, const RenderedFrame& frame,
 }
 
 void render(const RenderOptions& options) {
+    // Check everything that can fail before the first frame.
     const std::unique_ptr<Comp> comp = make_comp(options.comp);
     const std::vector<int> frames = frames_of(options, comp->graph);
     const std::vector<Rendering> renderings = renderings_of(*comp, options, frames);
@@ -94,6 +95,7 @@ void render(const RenderOptions& options) {
     for (const std::string& note : comp->notes)
         say(note);
 
+    // One piece of work for each node and frame.
     std::vector<Piece> pieces;
     for (const Rendering& rendering : renderings)
         for (const int frame : frames)
@@ -108,6 +110,7 @@ void render(const RenderOptions& options) {
         if (options.stats)
             say_stats(rendering.where, *frame, doors.last_counts(), watch.lap());
     };
+    // A single frame fails with its own message; of several, each failure is reported and counted.
     if (pieces.size() == 1) {
         render_piece(0);
         return;

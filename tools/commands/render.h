@@ -1,4 +1,8 @@
-// The render command's work: from what the user asked for to picture files.
+// The render command's work: from options to picture files.
+//
+// Errors:    UsageFailure and WorkFailure for what can be checked before the first frame. After that
+//            a frame that fails is reported and the others go on; WorkFailure at the end says how
+//            many failed.
 #pragma once
 
 #include "tools/comp/comp.h"
@@ -13,12 +17,11 @@ struct RenderOptions {
     OutputOptions outputs;
     CompOptions comp;
     int jobs = 1;
-    bool stats = false;     // say what every frame took
+    bool stats = false;     // report what every frame took
     bool reference = false; // draw with the plain reading
 };
 
-// Renders every frame of every node into every output. Checks all that can be checked before the
-// first frame; afterwards a frame that fails is said and takes no other with it.
+// Renders every frame of every node into every output.
 void render(const RenderOptions& options);
 
 } // namespace velmora

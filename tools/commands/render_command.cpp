@@ -17,7 +17,7 @@ static const char* const examples =
     "  velmora render --no-camera --knob 'projection=Azimuthal Equidistant' -o dome.png\n"
     "  velmora render -F 1-48 --jobs 2 --camera shot.chan --knob blur_segs=3 -o sky.%04d.exr";
 
-// Checks of a single word: what is wrong with it, or nothing.
+// Checks of a single word: what is wrong with it, or "".
 static std::string refuse_frame_rate(const std::string& text) {
     double number;
     const bool sensible = parse_number(text, number) && number >= 0.001 && number <= 100000;
@@ -47,7 +47,7 @@ static void add_output_options(CLI::App& command, RenderOptions& options) {
         ->check(refuse_frame_rate, "");
     command.add_flag(
         "--stats", options.stats,
-        "say of each frame how many stars were read, kept and drawn, and what it took");
+        "report for each frame how many stars were read, kept and drawn, and how long it took");
     command.add_flag("--reference", options.reference,
                      "draw with the plain reading instead of the fast kernels");
     command.add_option("--jobs", options.jobs, "frames rendered at a time (default 1)")

@@ -30,7 +30,7 @@ void add_script_command(CLI::App& program) {
     command->footer("Examples:\n"
                     "  velmora script new --camera shot.chan --format 1920x1080 -o shot.nk");
     CLI::App* fresh = command->add_subcommand(
-        "new", "Write a script with the node, its camera and what the options say of them.");
+        "new", "Write a script with the node, its camera and the knobs that the options set.");
     fresh->footer("Examples:\n"
                   "  velmora script new --camera shot.chan --format 1920x1080 -o shot.nk\n"
                   "  velmora script new -F 1-48 --look-at 84,-1 --fov 36 -o orion.nk");

@@ -84,7 +84,7 @@ static void set_one(Node& node, const char* name, const std::optional<double>& n
         node.knob(name)->set_value(*number);
 }
 
-// The parts of an axis are the same for a camera and for the node's own transform.
+// A camera and the node's own transform have the same axis knobs.
 static void set_view(Node& node, const CameraOptions& options) {
     set_three(node, "translate", options.translate);
     set_three(node, "rotate", options.rotate);
@@ -107,7 +107,7 @@ static host::NumberKnob& number_knob(const Node& node, const char* name) {
     return dynamic_cast<host::NumberKnob&>(*node.knob(name));
 }
 
-// The camera moves as the file says. A lens given outright holds against the file's.
+// Moves the camera as the file says. A focal length given as an option overrides the file's.
 static void follow(Node& camera, const std::string& path, bool with_lens) {
     const std::shared_ptr<const host::Chan> chan = read_chan(path);
     for (std::size_t i = 0; i < 3; i++) {
@@ -127,6 +127,7 @@ static void follow(Node& camera, const std::string& path, bool with_lens) {
 }
 
 void add_camera(host::Graph& graph, Node& stars, const CameraOptions& options) {
+    // Check what excludes what.
     check_lens(options, stars);
     check_view(options);
     check_connected(options);

@@ -1,4 +1,4 @@
-// The camera of a shot as the command line describes it, as a camera node of a comp.
+// The camera that the command line describes, as a camera node of a comp.
 //
 // Units:     focal length and apertures in millimetres, angles in degrees, translation in scene
 //            units.
@@ -16,7 +16,7 @@
 
 namespace velmora {
 
-// What the user asked for; what is not given stays empty.
+// The camera options; those not given are empty.
 struct CameraOptions {
     bool connected = true; // false leaves the node's camera input open
     std::string chan_file;
@@ -25,10 +25,10 @@ struct CameraOptions {
     std::vector<double> translate, rotate;
     std::vector<double> look_at; // right ascension, declination and, if given, roll
 
-    // Whether the camera is placed or turned outright.
+    // Whether a position, rotation or direction is given as an option.
     bool gives_view() const { return !translate.empty() || !rotate.empty() || !look_at.empty(); }
 
-    // Whether anything is asked for at all.
+    // Whether any camera option is given.
     bool given() const;
 };
 

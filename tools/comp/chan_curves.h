@@ -1,5 +1,5 @@
 // The moves of a .chan file as values of a camera's knobs: a key on each of the file's frames, with
-// straight lines between, and as the first and last key outside.
+// straight lines between.
 #pragma once
 
 #include "host/script/chan.h"

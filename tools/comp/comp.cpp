@@ -34,6 +34,7 @@ static std::set<std::string> set_given_knobs(const std::vector<std::string>& set
 
 // Returns whether a star database is named.
 static bool set_knobs(const CompOptions& options, Node& node) {
+    // An option and --knob may not set the same knob.
     const std::set<std::string> given = set_given_knobs(options.knobs, node);
     const auto exclusive = [&](const char* option, bool used, const char* name) {
         if (used && given.count(name))
@@ -74,7 +75,7 @@ static std::string in_list(const std::vector<std::string>& words) {
     return text;
 }
 
-// By the whole name, or by what stands behind the groups where only one node has that.
+// By the full name, or by the name without its groups where that is unambiguous.
 static Node* find_node(const std::vector<Node*>& nodes, const std::string& name) {
     std::vector<Node*> alike;
     for (Node* const node : nodes) {
@@ -103,12 +104,16 @@ static void read_script(const CompOptions& options, Comp& comp) {
     const host::Script script = host::Script::parse(read_text_file(options.script), options.script);
     const host::LoadedScript loaded = host::load_script(script, star_node_class, comp.graph);
     comp.inputs.push_back(options.script);
+
+    // Note what is left out.
     if (!loaded.skipped_classes.empty())
         comp.notes.push_back("note: " + options.script + ": skipped nodes of other classes: " +
                              in_list(loaded.skipped_classes));
     if (!loaded.disabled.empty())
         comp.notes.push_back("note: " + options.script +
                              ": not rendered, being disabled: " + in_list(loaded.disabled));
+
+    // Choose the nodes, and set the given knobs on each.
     comp.stars = loaded.nodes;
     if (!options.node.empty())
         comp.stars = {node_named(options, loaded)};

@@ -1,5 +1,6 @@
 // What a command renders: a comp made from options, or read from a saved script.
 //
+// Ownership: a Comp owns its graph, and the graph its nodes.
 // Errors:    UsageFailure for options that contradict each other, WorkFailure for files that cannot
 //            be read.
 #pragma once
@@ -26,7 +27,7 @@ struct Comp {
     host::Graph graph;
     std::vector<Node*> stars;        // the nodes to render
     std::vector<std::string> inputs; // the files that rendering them reads
-    std::vector<std::string> notes;  // what the user should hear
+    std::vector<std::string> notes;  // to report before rendering
 
     Comp();
 };

@@ -9,7 +9,7 @@
 
 namespace velmora {
 
-// A list of numbers of the wrong length is the option's fault, not the shot's.
+// Lists are checked here rather than by the camera, so that messages name the option.
 static std::vector<double> numbers_of(const std::string& option, const std::string& text,
                                       std::size_t least, std::size_t most, const char* takes) {
     std::vector<double> numbers;
@@ -57,6 +57,7 @@ static void add_camera_options(CLI::App& command, CameraOptions& camera) {
         "--no-camera", [&camera] { camera.connected = false; },
         "leave the node's camera input open: the film window becomes ±width/height by ±1");
 
+    // Three numbers in one word or in three.
     const auto add_vector = [&](const char* name, std::vector<double>& numbers, const char* takes,
                                 const char* text) {
         command
@@ -69,9 +70,9 @@ static void add_camera_options(CLI::App& command, CameraOptions& camera) {
             ->expected(1, 3)
             ->type_name("X,Y,Z");
     };
-    add_vector("--translate", camera.translate, "three numbers: x,y,z", "where the camera stands");
+    add_vector("--translate", camera.translate, "three numbers: x,y,z", "the camera's position");
     add_vector("--rotate", camera.rotate, "three angles in degrees: x,y,z",
-               "how it is turned: degrees, about z first, then x, then y");
+               "the camera's rotation: degrees, about z first, then x, then y");
     command
         .add_option_function<std::string>(
             "--look-at",

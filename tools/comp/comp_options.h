@@ -1,4 +1,7 @@
-// The options that say what is rendered: sky, knobs and camera, for every command that has a comp.
+// The options that choose what is rendered (sky, knobs and camera), for every command with a comp.
+//
+// Ownership: options are stored in the structures given, which must outlive the parsing.
+// Errors:    the checks end in CLI::ValidationError, lists of the wrong length in UsageFailure.
 #pragma once
 
 #include "tools/comp/comp.h"
@@ -8,7 +11,7 @@
 
 namespace velmora {
 
-// Checks of a single word: what is wrong with it, or nothing.
+// Checks of a single word: what is wrong with it, or "".
 std::string refuse_empty(const std::string& text);
 std::string refuse_other_than_number(const std::string& text);
 

@@ -33,11 +33,11 @@ static void set_root(host::Script& script, const DD::Image::Format& format, int 
     add("format", host::text_value(host::format_text(format)));
 }
 
-// The host takes what stands in brackets in a path for an expression, however it is quoted.
+// The host evaluates text in brackets within a path as an expression, however it is quoted.
 static void check_star_file(const Node& stars) {
     const std::string path = stars.knob("starfile")->get_text();
     if (path.find('[') != std::string::npos)
-        throw UsageFailure(path, "cannot stand in a script, where [ begins an expression");
+        throw UsageFailure(path, "cannot be written to a script, where [ begins an expression");
 }
 
 host::Script script_of(const Comp& comp, const CompOptions& options,
@@ -47,6 +47,7 @@ host::Script script_of(const Comp& comp, const CompOptions& options,
     double first = 1, last = 1;
     host::Script script;
 
+    // The camera, with a moving one's curves in place of its constant knobs.
     int camera_place = -1;
     if (const Node* const camera = stars.input(star_camera_input)) {
         host::ScriptNode written = node_of(*camera);
@@ -65,11 +66,14 @@ host::Script script_of(const Comp& comp, const CompOptions& options,
         script.nodes.push_back(written);
         camera_place = 0;
     }
+
+    // The node, connected to it.
     host::ScriptNode written = node_of(stars);
     if (camera_place >= 0)
         written.inputs = {-1, camera_place};
     script.nodes.push_back(written);
 
+    // The project's range and format.
     if (!frames.empty()) {
         first = *std::min_element(frames.begin(), frames.end());
         last = *std::max_element(frames.begin(), frames.end());

@@ -16,10 +16,10 @@ namespace velmora {
 
 using DD::Image::Format;
 
-// Far beyond use, and it keeps a slip of the finger from asking for gigabytes of cameras.
+// Far beyond use; a typing error must not ask for gigabytes of cameras.
 static const int most_blur_segs = 10000;
 
-// The parts of the transform knob are set through it, and the host's own additions not at all.
+// Without the parts of the transform knob, which are set through it, and the host's own knobs.
 std::vector<host::HostKnob*> own_knobs(const Node& node) {
     std::vector<host::HostKnob*> knobs;
     for (const std::unique_ptr<host::HostKnob>& knob : node.knobs())
@@ -39,7 +39,7 @@ static host::HostKnob* own_knob(const Node& node, const std::string& name) {
 
 namespace {
 
-// Thrown when a text is not what a knob takes; says what that is.
+// Thrown when a text is not what a knob takes, with what it does take.
 struct Refused {
     std::string takes;
 };

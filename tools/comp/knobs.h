@@ -1,4 +1,6 @@
-// The knobs of our node as the command line sets and shows them.
+// The knobs of our node as the command line sets and shows them: text in, text out.
+//
+// Shapes:    numbers are values at a frame; a matrix is its rows, for column vectors.
 //
 // Errors:    UsageFailure naming the knob, its value and what it takes.
 #pragma once
@@ -14,13 +16,13 @@ namespace velmora {
 // The knobs that the node's class declares itself, in the order of its panel.
 std::vector<host::HostKnob*> own_knobs(const Node& node);
 
-// The forms of text that set_knob takes for it.
+// What set_knob takes for it, in words.
 std::string takes_of(const host::HostKnob& knob);
 
 // Sets the knob from the text that a user gave.
 void set_knob(Node& node, const std::string& name, const std::string& text);
 
-// Numbers as they are at a frame; a matrix as its rows.
+// A knob's value at a frame.
 typedef std::variant<double, int, bool, std::string, std::vector<double>> KnobValue;
 KnobValue knob_value(const host::HostKnob& knob, double frame);
 

@@ -19,7 +19,7 @@ PluginDoors::PluginDoors(const DD::Image::Op::Description& plugin) {
     const std::unique_ptr<void, int (*)(void*)> library(dlopen(file, RTLD_NOW | RTLD_NOLOAD),
                                                         dlclose);
     if (!library)
-        throw WorkFailure(file, "is no loaded plug-in");
+        throw WorkFailure(file, "is not a loaded plug-in");
     look_up(library.get(), file, "velmora_kernels", kernels_name);
     look_up(library.get(), file, "velmora_draw_plainly", set_plain);
     look_up(library.get(), file, "velmora_last_counts", get_counts);

@@ -1,7 +1,7 @@
-// What the loaded plug-in shows beside the node: see node/doors.h, whose functions are looked up in
-// it.
+// The functions of node/doors.h, looked up in the loaded plug-in.
 //
-// Errors:    WorkFailure for a plug-in that does not have them.
+// Ownership: the plug-in must stay loaded; what the functions return belongs to the op.
+// Errors:    WorkFailure for a plug-in that lacks one of them.
 #pragma once
 
 #include "host/runtime/plugins.h"

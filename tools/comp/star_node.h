@@ -1,6 +1,6 @@
-// Where the command line finds the node: the plug-in beside the program, and a comp to put it in.
+// Our node in the stand-in host: where its plug-in is, and how it is made.
 //
-// Errors:    WorkFailure for a plug-in that is not there or cannot be loaded.
+// Errors:    WorkFailure for a plug-in that is missing or cannot be loaded.
 #pragma once
 
 #include "host/runtime/graph.h"
@@ -16,13 +16,13 @@ extern const char* const star_node_class;
 // Its camera input.
 const int star_camera_input = 1;
 
-// The format of renders that name none.
+// The format of renders without --format.
 extern const DD::Image::Format default_format;
 
 // The folder plugin beside the program's bin folder.
 host::PluginPath plugin_path();
 
-// Runs `work` in the host; what the host throws becomes a failure of one line.
+// Runs `work` and turns the host's exceptions into WorkFailure.
 void working_in_host(const std::function<void()>& work);
 
 // A new node of ours in `graph`.

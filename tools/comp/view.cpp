@@ -23,7 +23,7 @@ static Matrix4 transform_of(Op& stars) {
     return transform;
 }
 
-// The host's matrices are of floats, which hold no more than 3e38.
+// The host's matrices hold floats, whose largest is 3.4e38; an infinity would make every star NaN.
 static void check_finite(const Matrix4& matrix, double time) {
     for (int i = 0; i < 16; i++)
         if (!std::isfinite(matrix.array()[i]))

@@ -1,4 +1,6 @@
-// Failures of the catalogue library as the command line tells them.
+// Exceptions of the catalogue library as failures of a command.
+//
+// Errors:    WorkFailure naming the file.
 #pragma once
 
 #include "catalog/catalog_error.h"

@@ -10,7 +10,7 @@ namespace velmora {
 
 namespace fs = std::filesystem;
 
-// Renaming would put a plain file in the place of a device, so what is there must be one already.
+// Renaming would replace a device by a plain file, so only plain files are replaced.
 static void refuse_special(const std::string& path) {
     std::error_code error;
     if (fs::symlink_status(path, error).type() == fs::file_type::none)
@@ -28,7 +28,7 @@ static void refuse_taken_temporary(const std::string& path) {
         throw WorkFailure(temporary_name_of(path), obstacle);
 }
 
-// Both the file and the one in which its bytes are gathered.
+// Neither the file nor the temporary one may be an input.
 static void refuse_input(const std::string& path, const std::string& input) {
     std::error_code ignored;
     if (fs::equivalent(path, input, ignored))

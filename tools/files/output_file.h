@@ -10,9 +10,9 @@
 
 namespace velmora {
 
-// Finds out what would make writing `path` fail: no folder for it or one that may not be used, a
-// folder, device or pipe in its place, a name too long for the suffix of the temporary file,
-// something in that file's place, or that one of the `inputs` has either name.
+// Throws where writing `path` would fail: a folder that is missing or not accessible; a folder,
+// device or pipe at `path`; a name too long for the temporary file's suffix; an obstacle at the
+// temporary name; one of the `inputs` at either name.
 void check_output(const std::string& path, const std::vector<std::string>& inputs);
 
 // Writes `bytes` as write_whole_file does. A symbolic link is replaced, not followed; a device, pipe
@@ -20,7 +20,7 @@ void check_output(const std::string& path, const std::vector<std::string>& input
 // that was there is unchanged.
 void write_file(const std::string& path, const std::string& bytes);
 
-// While it lives, the signals by which users end a program wait: a file that is being written is
+// Blocks SIGINT, SIGTERM, SIGHUP and SIGQUIT while it lives, so that a file being written is
 // finished or cleaned up first.
 class SignalsHeld {
 public:

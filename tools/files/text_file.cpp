@@ -10,7 +10,7 @@ namespace velmora {
 static const uword largest_file = uword(1) << 30;
 static const uword block_size = 65536;
 
-// A pipe would be waited for, and a device may have no end.
+// Reading a pipe would wait for its writer, and a device may have no end.
 static void check_is_regular(const std::string& path) {
     std::error_code ignored;
     const std::filesystem::file_status status = std::filesystem::status(path, ignored);
@@ -24,8 +24,8 @@ static void check_size(const std::string& path, uword size) {
         throw WorkFailure(path, "is larger than 1 GiB");
 }
 
-// To the end, where a read gives nothing: one that gives less than it was asked for is no end. The
-// size alone would not do either, as some file systems give 0 for texts that they make up.
+// Reads until a read returns nothing: a short read is not the end of the file. The size alone is not
+// enough, as some file systems report 0 for files that they generate.
 static void read_all(OSAPI::fd_t fd, const std::string& path, std::string& text) {
     const uword size = OSAPI::getsize(fd);
     check_size(path, size);

@@ -14,7 +14,7 @@ static const std::size_t width_of_lone_hash = 4;
 namespace {
 
 // What a % begins: a frame number of at least `width` digits, or a percent sign for `width` 0, in
-// `length` characters. A length of 0 stands for anything else.
+// `length` characters. A length of 0 means neither.
 struct Sequence {
     std::size_t length;
     std::size_t width;
@@ -26,7 +26,7 @@ static bool is_digit(char ch) {
     return ch >= '0' && ch <= '9';
 }
 
-// `text` begins with the %.
+// What the % at the start of `text` begins.
 static Sequence percent_sequence(std::string_view text) {
     if (text.substr(0, 2) == "%%")
         return {2, 0};

@@ -13,7 +13,7 @@ namespace velmora {
 
 namespace {
 
-// The words of <first>, <first>-<last> or <first>-<last>x<step>; empty where there is none.
+// The words of <first>, <first>-<last> or <first>-<last>x<step>; empty where absent.
 struct Words {
     std::string_view first, last, step;
 };
@@ -51,7 +51,7 @@ static std::string too_many_frames() {
     return "more than " + std::to_string(most_frames) + " frames";
 }
 
-// Takes digits, and a sign before them, off the front of `rest`.
+// Removes a number, with its sign, from the front of `rest`; empty if there is none.
 static std::string_view take_number(std::string_view& rest) {
     const std::size_t sign = !rest.empty() && rest[0] == '-' ? 1 : 0;
     const std::size_t end = std::min(rest.find_first_not_of("0123456789", sign), rest.size());
@@ -131,11 +131,11 @@ void FrameRangeReader::add(const Run& run) {
         fail(too_many_frames());
 }
 
-// Reads what stands between two commas: pieces with blanks between.
+// Reads the text between two commas: pieces separated by blanks.
 void FrameRangeReader::read_pieces(std::string_view rest) {
     static const char* const blanks = " \t\r\n";
     std::size_t start = rest.find_first_not_of(blanks);
-    // Nothing there is what is left when a shell has cut an argument in two.
+    // An empty list is refused: it is what is left when a shell has split an argument.
     if (start == std::string_view::npos)
         fail("nothing on one side of a comma");
     while (start != std::string_view::npos) {

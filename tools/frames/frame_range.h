@@ -1,6 +1,6 @@
 // Lists of frames as users type them: `5`, `1-100`, `1-100x2`, `10-1x3`, `-5--1`, `1,5 8-12`.
 //
-// Shapes:    pieces stand between blanks, commas or both. <a>-<b> runs from a to b, downwards when
+// Shapes:    pieces are separated by blanks, commas or both. <a>-<b> runs from a to b, downwards when
 //            b is less; x<n> takes every nth frame of it, from a on.
 // Errors:    UsageFailure "frame range '<text>'", quoting the piece at fault. A colon (1-100:2) is
 //            refused: to some programs it means every second frame, to others an order.

@@ -24,7 +24,7 @@ static std::size_t run_in_turn(std::size_t count, const std::function<void(std::
 }
 
 static OSAPI_pid_t start_child(std::size_t i, const std::function<void(std::size_t)>& work) {
-    fflush(nullptr); // or the child would write what is buffered a second time
+    fflush(nullptr); // else the child would write the buffered output again
     const OSAPI_pid_t parent = OSAPI::getpid();
     const OSAPI_pid_t child = OSAPI::fork_can_fail();
     if (child != 0)
@@ -43,7 +43,7 @@ std::size_t run_jobs(std::size_t count, int jobs, const std::function<void(std::
     if (jobs <= 1)
         return run_in_turn(count, work, done);
 
-    // A caller may have left SIGCHLD ignored: the system would then drop the statuses of children.
+    // If the caller ignores SIGCHLD, the system drops the statuses of children.
     const OSAPI::SignalDefault statuses_kept(SIGCHLD);
     std::map<OSAPI_pid_t, std::size_t> running;
     std::size_t next = 0, failed = 0;

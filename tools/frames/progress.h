@@ -1,4 +1,6 @@
-// The progress line of a render: only on a terminal, and never in the way of messages.
+// The progress line of a render: only on a terminal, where messages overwrite it.
+//
+// Threads:   one; the time left is that of frames which each take as long as those before.
 #pragma once
 
 #include <chrono>
@@ -8,11 +10,11 @@ namespace velmora {
 
 class Progress {
 public:
-    // `frames` of about `stars` stars each are to be rendered.
+    // For `frames` frames of about `stars` stars each.
     Progress(std::size_t frames, std::size_t stars);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
-    ~Progress(); // takes the line away
+    ~Progress(); // clears the line
 
     void frame_done();
 

@@ -47,7 +47,7 @@ void NodeRenderer::check_star_file(Op& op) {
     }
 }
 
-// The image lies in the lower left of its format's file, whose rows are counted from the bottom.
+// The host counts rows from the bottom, pictures from the top.
 static void put_row(const Row& row, int y, RenderedFrame& frame) {
     const std::size_t from_top = std::size_t(frame.view.height - 1 - y);
     float* pixel =

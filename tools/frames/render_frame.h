@@ -14,7 +14,7 @@
 
 namespace velmora {
 
-// Seconds of the phases of a frame.
+// How long the phases of a frame took, in seconds.
 struct FrameTimes {
     double setting_up; // the comp's nodes, cameras and the star database
     double drawing;
@@ -32,7 +32,7 @@ struct RenderedFrame {
 
 class NodeRenderer {
 public:
-    // `where`, "" or "<node>: ", stands before what is wrong with the node's knobs.
+    // `where`, "" or "<node>: ", precedes messages about the node's knobs.
     explicit NodeRenderer(Node& node, const std::string& where = "");
 
     // Every row comes through the node's engine. The star database stays open from frame to frame,
@@ -45,7 +45,7 @@ private:
     std::string where;
     host::OpTree tree;
     PluginDoors doors;
-    std::string failed_file; // the star database that could not be opened, of which the node tells
+    std::string failed_file; // the star database that could not be opened: the node reports it
     std::string failure;     // once and then renders black
 
     const std::string star_file;

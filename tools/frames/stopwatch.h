@@ -1,4 +1,6 @@
-// How long the phases of some work take. Nothing that is computed depends on it.
+// Measures how long the phases of some work take.
+//
+// Units:     seconds of a clock that never goes back. No result depends on it.
 #pragma once
 
 #include <chrono>

@@ -22,7 +22,7 @@
 
 namespace velmora {
 
-// Where each channel stands in a pixel of a FloatPicture.
+// Each channel's index in a pixel of a FloatPicture.
 static const char* const channel_names[4] = {"A", "R", "G", "B"};
 
 static const float largest_half = 65504.0f;

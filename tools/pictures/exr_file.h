@@ -1,4 +1,4 @@
-// OpenEXR pictures: scan lines, ZIP compression, channels R G B A, and what is known of the shot.
+// OpenEXR pictures: scan lines, ZIP compression, channels R G B A, and the shot's metadata.
 //
 // Shapes:    matrices are 16 floats, row by row, for row vectors (p' = p · M), which in memory is
 //            the same as the host's, column by column, for column vectors.
@@ -37,7 +37,7 @@ struct ExrMetadata {
     std::vector<std::pair<std::string, ExrValue>> attributes;
 };
 
-// The bytes of an OpenEXR file, with 32-bit floats as they stand in memory or, if `as_half`, 16-bit
+// The bytes of an OpenEXR file, with the 32-bit floats unchanged or, if `as_half`, 16-bit
 // ones. `clamped` becomes the number of floats that a half cannot reach, infinities among them;
 // they are written as ±65504.
 std::string encode_exr(const FloatPicture& picture, const ExrMetadata& metadata, bool as_half,

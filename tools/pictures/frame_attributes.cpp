@@ -22,7 +22,7 @@ static DblMatrix4 world_to_camera(const camera& cam) {
     return matrix;
 }
 
-// Film positions to -1 … 1 across the window; the divisor stays what it is.
+// Film positions to -1 … 1 across the window; w is unchanged.
 static DblMatrix4 window_to_ndc(const StarRendererData& data) {
     const double width = data.right - data.left, height = data.top - data.bottom;
     DblMatrix4 m = DblMatrix4::the_identity();
@@ -38,8 +38,8 @@ static FrameRate frame_rate_of(double fps) {
     return {rational.n, rational.d};
 }
 
-// Numbers and switches keep their type, a colour becomes a vector, everything else is text. Of a
-// path only the file's name is told, which does not depend on where it lies.
+// Numbers and switches keep their type, a colour becomes a vector, everything else is text. A
+// path is cut to the file's name, which does not depend on the machine.
 static ExrValue attribute_of(const host::HostKnob& knob, double frame) {
     const KnobValue value = knob_value(knob, frame);
     if (knob.ClassID() == DD::Image::FILE_KNOB)

@@ -42,7 +42,7 @@ bool Outputs::has(Kind kind) const {
                        [kind](const Output& output) { return output.kind == kind; });
 }
 
-// Neither leads out of the folder nor stands for a frame number.
+// Neither a path nor a place for a frame number.
 static bool is_plain(const std::string& node) {
     return node.find_first_of("/#%") == std::string::npos;
 }
@@ -71,7 +71,8 @@ OutputOptions outputs_of_node(const OutputOptions& options, const std::string& n
     return named;
 }
 
-// Where a file of that name goes. A link there is replaced, so only its folder's links are followed.
+// The path that a file of that name gets. A link there is replaced, so only its folder's links are
+// followed.
 static fs::path place_of(const std::string& name) {
     std::error_code error;
     const fs::path path = fs::absolute(name, error);
@@ -102,6 +103,7 @@ static void take_place(const std::string& name, OutputPlaces& taken) {
 Outputs::Outputs(const OutputOptions& options, const std::vector<int>& frames,
                  const std::vector<std::string>& inputs, OutputPlaces& taken)
     : options(options) {
+    // The names by themselves.
     for (const std::string& name : options.pictures)
         add(name, kind_of(name), frames);
     if (!options.raw.empty())
@@ -113,6 +115,7 @@ Outputs::Outputs(const OutputOptions& options, const std::vector<int>& frames,
     if (options.exposure && !has(Kind::png))
         throw UsageFailure("--exposure", "is for PNG, and no .png output is named");
 
+    // The files of every frame, beside each other and beside the inputs.
     for (const int frame : frames) {
         for (const Output& output : outputs) {
             const std::string name = output.name.at(frame);

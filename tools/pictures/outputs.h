@@ -1,7 +1,6 @@
 // The files that a render writes for each frame, by the names' endings.
 //
-// Errors:    UsageFailure for names that do not serve, WorkFailure for places that cannot be
-//            written.
+// Errors:    UsageFailure for unusable names, WorkFailure for files that cannot be written.
 #pragma once
 
 #include "tools/frames/frame_name.h"
@@ -16,13 +15,13 @@ namespace velmora {
 
 struct OutputOptions {
     std::vector<std::string> pictures; // names ending in .exr or .png
-    std::string raw;                   // name for the floats as they stand in memory
+    std::string raw;                   // name for the raw floats
     bool half = false;                 // EXR in half floats
     std::optional<double> exposure;    // of PNG, in stops
     std::optional<double> fps;         // as EXR says; the comp's own when not given
 };
 
-// The places that outputs are going to take up, with the name that each was given.
+// The files that outputs will write: absolute paths, and the name that each was given as.
 typedef std::map<std::string, std::string> OutputPlaces;
 
 // The options for one of several nodes: {node} in names becomes the node's name, and must be there.
@@ -30,13 +29,12 @@ OutputOptions outputs_of_node(const OutputOptions& options, const std::string& n
 
 class Outputs {
 public:
-    // Finds out now what would go wrong for any of `frames`: names that do not differ from frame to
-    // frame or from what is `taken`, `inputs` that would be overwritten, folders that are not
-    // there.
+    // Throws where writing any of `frames` would fail: names that are the same for several frames
+    // or already `taken`, `inputs` that would be overwritten, missing folders.
     Outputs(const OutputOptions& options, const std::vector<int>& frames,
             const std::vector<std::string>& inputs, OutputPlaces& taken);
 
-    // Writes every file of frame `number`; says how much half floats could not hold.
+    // Writes every file of frame `number`; warns of values that half floats cannot hold.
     void write(const RenderedFrame& frame, int number) const;
 
 private:
