@@ -16,6 +16,7 @@ struct Reason {
 
 } // namespace
 
+// Views into the exception, so that reporting needs no memory.
 static Reason reason_in(const Xception& exception) {
     if (const auto* failed = dynamic_cast<const AssertXception*>(&exception))
         return {"internal check failed: ", failed->expr};
@@ -32,12 +33,14 @@ std::string reason_of(const Xception& exception) {
 }
 
 std::string system_reason_of(const Xception& exception) {
+    // "open(\"name\"): reason": what follows the last colon.
     const std::string reason = reason_of(exception);
     const std::size_t colon = reason.rfind(": ");
     return colon == std::string::npos ? reason : reason.substr(colon + 2);
 }
 
 ExitStatus exit_status_of(const std::function<void()>& work) {
+    // Ours first, from the most specific type on.
     try {
         work();
         return EXIT_DONE;

@@ -15,6 +15,7 @@ static const char* const examples = "Examples:\n"
                                     "  velmora render -o sky.exr\n"
                                     "  velmora render -F 1-100 --camera shot.chan -o sky.####.exr\n"
                                     "  velmora render shot.nk -o sky.####.exr\n"
+                                    "  velmora explain --pixel 960,540 shot.nk\n"
                                     "  velmora catalog import stars.csv.gz -o sky.velmora\n"
                                     "  velmora catalog info sky.velmora";
 
@@ -30,6 +31,7 @@ static void run(int argc, char** argv) {
     add_info_command(program);
     if (argc < 2)
         throw UsageFailure("arguments", "name a command: render, explain, catalog, script or info");
+    // A misspelt command is named here; the parser would call it an argument not expected.
     const auto named = [&](const CLI::App* command) { return command->get_name() == argv[1]; };
     if (argv[1][0] != '-' && program.get_subcommands(named).empty())
         throw UsageFailure(in_quotes(argv[1], in_full),
@@ -41,6 +43,7 @@ static void run(int argc, char** argv) {
             throw UsageFailure("arguments", error.what());
         program.exit(error); // prints the help or the version that was asked for
     }
+    // What cannot be written must not pass for success.
     std::cout.flush();
     if (!std::cout || fflush(stdout) == EOF || ferror(stdout))
         throw WorkFailure("standard output", "cannot be written");

@@ -10,9 +10,11 @@ namespace velmora {
 
 bool parse_numbers(const std::string& text, std::vector<double>& numbers) {
     std::string_view rest = text;
+    // Braces, as scripts have them, may enclose the list.
     if (rest.size() >= 2 && rest.front() == '{' && rest.back() == '}')
         rest = rest.substr(1, rest.size() - 2);
 
+    // Words between separators, each a number by itself.
     const char* const separators = ", \t";
     while (!rest.empty()) {
         const std::size_t start = rest.find_first_not_of(separators);

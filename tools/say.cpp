@@ -45,6 +45,7 @@ private:
 
 void say(std::initializer_list<std::string_view> pieces) {
     Line line;
+    // A progress line on a terminal is overwritten.
     line.add_raw(OSAPI::stderr_is_console() ? "\r\033[K" : "");
     line.add("velmora: ");
     for (const std::string_view piece : pieces)

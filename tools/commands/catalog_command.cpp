@@ -25,6 +25,7 @@ struct ImportArguments {
     std::string out;
 };
 
+// Missing files are named before any work is done.
 static void check_is_there(const std::string& argument, const std::string& path) {
     if (path.empty())
         throw UsageFailure(argument, "the file name is empty");
@@ -38,6 +39,7 @@ static void check_is_there(const std::string& argument, const std::string& path)
 static void import(const ImportArguments& arguments) {
     if (arguments.out.empty())
         throw UsageFailure("-o", "the file name is empty");
+    // Check the arguments, as importing may take minutes.
     check_output(arguments.out, arguments.sources);
     for (const std::string& source : arguments.sources)
         check_is_there("SOURCE", source);
@@ -58,6 +60,7 @@ static void import(const ImportArguments& arguments) {
 
 // ---- catalog info ----------------------------------------------------------------------------
 
+// What it holds goes to standard output, as the answer to the command.
 static void print_info(const std::string& path) {
     check_is_there("FILE", path);
     const DatabaseInfo info = working_on(path, [&] { return inspect_star_database(path); });

@@ -81,6 +81,7 @@ static Light light_at(const RenderedFrame& frame, const Pixel& pixel) {
 
 // ---- the report --------------------------------------------------------------------------------
 
+// The shortest text that reads back as the same float.
 static std::string float_text(float number) {
     char text[32];
     return {text, std::to_chars(text, text + sizeof text, number).ptr};
@@ -160,6 +161,7 @@ static void print_report(const ExplainOptions& options, const Node& node, int fr
 
 // ---- the same picture from just those records --------------------------------------------------
 
+// The file's own header, so that the version and with it the distances stay.
 static void save(const std::string& path, const PixelTrace& traced) {
     if (traced.stars.empty())
         throw WorkFailure(path, "is not written, as no record puts light into the pixel");
@@ -173,6 +175,7 @@ static void save(const std::string& path, const PixelTrace& traced) {
     write_file(path, bytes);
 }
 
+// Safe characters as they are, everything else in single quotes.
 static std::string in_shell(const std::string& word) {
     static const char* const plain =
         "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_./,:=%+-";

@@ -28,6 +28,7 @@ static void append_option(const std::string& name, const std::string& value,
     }
 }
 
+// A list in one word or in several comes out as one.
 static std::string joined(const std::vector<std::string>& words) {
     std::string text;
     for (const std::string& word : words)
@@ -46,6 +47,7 @@ static std::vector<std::string> render_words(const CLI::App& command) {
         if (option->get_expected_max() == 0) {
             words.push_back(name);
         } else if (name == "--knob") {
+            // A database that is named as a knob is replaced, too.
             for (const std::string& setting : option->results())
                 if (setting.compare(0, 9, "starfile=") != 0)
                     append_option(name, setting, words);
@@ -62,6 +64,7 @@ void add_explain_command(CLI::App& program) {
     CLI::App* command = program.add_subcommand(
         "explain", "Show which stars put light into a pixel, and how much each.");
     command->footer(examples);
+    // Shared with the callback, which runs after this returns.
     const auto options = std::make_shared<ExplainOptions>();
     add_text(*command, "--pixel", options->pixel, "X,Y",
              "the pixel, as the viewer counts: x from the left, y from the bottom, both from 0")

@@ -13,6 +13,7 @@
 namespace velmora {
 
 static void print_info() {
+    // Libraries by their own versions, then what the plug-in chose on this machine.
     printf("velmora    " VELMORA_VERSION "\n");
     printf("OpenEXR    " OPENEXR_VERSION_STRING "\n");
     printf("libpng     %s\n", png_get_libpng_ver(nullptr));

@@ -32,6 +32,7 @@ struct Piece {
 
 } // namespace
 
+// The given frames, else the script's range, else frame 1.
 static std::vector<int> frames_of(const RenderOptions& options, const host::Graph& graph) {
     if (!options.frames.empty())
         return parse_frame_range(options.frames);
@@ -40,6 +41,7 @@ static std::vector<int> frames_of(const RenderOptions& options, const host::Grap
     return frames_from_to(graph.first_frame, graph.last_frame);
 }
 
+// One for each node. Names are checked against those of the nodes before.
 static std::vector<Rendering> renderings_of(const Comp& comp, const RenderOptions& options,
                                             const std::vector<int>& frames) {
     const bool several = comp.stars.size() > 1;

@@ -18,6 +18,7 @@ static const char* const examples =
     "  velmora render -F 1-48 --jobs 2 --camera shot.chan --knob blur_segs=3 -o sky.%04d.exr";
 
 // Checks of a single word: what is wrong with it, or "".
+// A rate that EXR's ratio of two integers can hold.
 static std::string refuse_frame_rate(const std::string& text) {
     double number;
     const bool sensible = parse_number(text, number) && number >= 0.001 && number <= 100000;
@@ -31,6 +32,7 @@ static std::string refuse_jobs(const std::string& text) {
                : "takes a whole number from 1 to 1024";
 }
 
+// What is written and how; add_comp_options has what is drawn.
 static void add_output_options(CLI::App& command, RenderOptions& options) {
     add_text(command, "-F,--frames", options.frames, "FRAMES",
              "5, 1-100, 1-100x2, 10-1, lists of them (default 1, or the script's range)");
@@ -59,6 +61,7 @@ void add_render_command(CLI::App& program) {
     CLI::App* command =
         program.add_subcommand("render", "Render frames of a star database, or of a saved comp.");
     command->footer(examples);
+    // Shared with the callback, which runs after this returns.
     const auto options = std::make_shared<RenderOptions>();
     add_output_options(*command, *options);
     add_text(*command, "script", options->comp.script, "SCRIPT",

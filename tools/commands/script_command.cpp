@@ -17,7 +17,9 @@ struct ScriptArguments {
     std::string out;
 };
 
+// The script holds the comp that the same options render.
 static void write_new_script(const ScriptArguments& arguments) {
+    // Check everything before the file is touched.
     const std::vector<int> frames =
         arguments.frames.empty() ? std::vector<int>() : parse_frame_range(arguments.frames);
     const std::unique_ptr<Comp> comp = make_comp(arguments.comp);

@@ -27,6 +27,7 @@ static void check_positive(const char* option, const std::optional<double>& valu
         throw UsageFailure(option, "must be above 0");
 }
 
+// A field of view replaces the focal length, and only the perspective projection has one.
 static void check_lens(const CameraOptions& options, const Node& stars) {
     check_positive("--focal", options.focal);
     check_positive("--haperture", options.horizontal_aperture);
@@ -42,6 +43,7 @@ static void check_lens(const CameraOptions& options, const Node& stars) {
         throw UsageFailure("--fov", "says the same as --focal");
 }
 
+// The file, --look-at and --rotate each give the rotation.
 static void check_view(const CameraOptions& options) {
     if (!options.chan_file.empty()) {
         const char* const why = "is what the --camera file says";
@@ -63,6 +65,7 @@ static void check_view(const CameraOptions& options) {
         throw UsageFailure("--look-at", "the declination must lie between -90 and 90 degrees");
 }
 
+// Without a camera there is no lens to set and nothing to move.
 static void check_connected(const CameraOptions& options) {
     const bool lens =
         options.focal || options.fov || options.horizontal_aperture || options.vertical_aperture;
@@ -131,18 +134,21 @@ void add_camera(host::Graph& graph, Node& stars, const CameraOptions& options) {
     check_lens(options, stars);
     check_view(options);
     check_connected(options);
+    // Without a camera the node's own transform turns the sky.
     if (!options.connected) {
         if (options.gives_view())
             set_view(stars, options);
         return;
     }
     Node& camera = graph.create("Camera2");
+    // Apertures first: the focal length of a field of view depends on them.
     set_one(camera, "haperture", options.horizontal_aperture);
     set_one(camera, "vaperture", options.vertical_aperture);
     set_one(camera, "focal", options.focal);
     if (options.fov)
         set_one(camera, "focal",
                 host::focal_of_fov(*options.fov, camera.knob("haperture")->get_value_at(0, 0)));
+    // Place it, or let it follow the file.
     set_view(camera, options);
     if (!options.chan_file.empty())
         follow(camera, options.chan_file, !options.focal && !options.fov);

@@ -5,6 +5,7 @@
 
 namespace velmora {
 
+// "{curve L x<frame> <value> …}", or the value alone for a single key.
 static host::ScriptValue curve_through(const std::vector<double>& frames,
                                        const std::vector<double>& values) {
     if (frames.size() == 1)
@@ -17,6 +18,7 @@ static host::ScriptValue curve_through(const std::vector<double>& frames,
     return host::list_value(words);
 }
 
+// The curve of one number of the file's samples.
 template <class Value>
 static host::ScriptValue curve_of(const host::Chan& chan, Value value) {
     std::vector<double> values;
@@ -25,6 +27,7 @@ static host::ScriptValue curve_of(const host::Chan& chan, Value value) {
     return curve_through(chan.frames(), values);
 }
 
+// The three curves of a part of the transform.
 static host::ScriptValue curves_of(const host::Chan& chan,
                                    std::array<double, 3> host::Transform::*part) {
     std::vector<host::ScriptValue> curves;

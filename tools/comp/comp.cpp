@@ -44,6 +44,7 @@ static bool set_knobs(const CompOptions& options, Node& node) {
     exclusive("--star-file", !options.star_file.empty(), "starfile");
     exclusive("--no-camera", !options.camera.connected && options.camera.gives_view(), "transform");
 
+    // What each option sets, where it is given.
     if (!options.format.empty())
         dynamic_cast<host::FormatKnob&>(*node.knob("format"))
             .set_format(parse_format(options.format));
@@ -54,6 +55,7 @@ static bool set_knobs(const CompOptions& options, Node& node) {
 
 // ---- from options ------------------------------------------------------------------------------
 
+// One node of ours with a camera, as the options say.
 static void make_shot(const CompOptions& options, Comp& comp) {
     comp.graph.set_format(default_format);
     Node& stars = create_star_node(comp.graph);
@@ -134,6 +136,7 @@ std::unique_ptr<Comp> make_comp(const CompOptions& options) {
         else
             read_script(options, *comp);
     });
+    // The databases are read, too.
     for (const Node* const node : comp->stars)
         comp->inputs.push_back(node->knob("starfile")->get_text());
     return comp;

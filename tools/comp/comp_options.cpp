@@ -34,6 +34,7 @@ std::string refuse_other_than_number(const std::string& text) {
     return parse_number(text, number) && std::isfinite(number) ? "" : "takes a number";
 }
 
+// Options are checked word by word as they are parsed; what excludes what is the comp's to check.
 static void add_sky_options(CLI::App& command, CompOptions& options) {
     add_text(command, "--format", options.format, "WxH", "pixels (default 1920x1080)");
     add_text(command, "--star-file", options.star_file, "NAME",
@@ -43,6 +44,7 @@ static void add_sky_options(CLI::App& command, CompOptions& options) {
         ->allow_extra_args(false);
 }
 
+// Numbers stay empty when they are not given, so that defaults remain the camera node's.
 static void add_camera_options(CLI::App& command, CameraOptions& camera) {
     add_text(command, "--camera", camera.chan_file, "NAME",
              ".chan file: frame tx ty tz rx ry rz [vertical field of view]");

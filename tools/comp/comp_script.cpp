@@ -13,6 +13,7 @@
 
 namespace velmora {
 
+// The knobs that differ from their defaults, as the host itself saves a node.
 static host::ScriptNode node_of(const Node& node) {
     host::ScriptNode written;
     written.class_name = node.class_name();

@@ -57,6 +57,7 @@ static void set_number(host::HostKnob& knob, const std::string& text) {
     knob.set_value(number, 0);
 }
 
+// Not more than the node draws, and not more than anybody uses.
 static void set_whole_number(host::HostKnob& knob, const std::string& text) {
     int number;
     if (!parse_number(text, number) || number > most_blur_segs)
@@ -71,6 +72,7 @@ static void set_switch(host::HostKnob& knob, const std::string& text) {
     knob.set_value(on, 0);
 }
 
+// One number sets all three.
 static void set_color(host::HostKnob& knob, const std::string& text) {
     std::vector<double> numbers;
     if (!parse_numbers(text, numbers) || (numbers.size() != 3 && numbers.size() != 1) ||
@@ -88,6 +90,7 @@ static std::string in_words(const std::vector<std::string>& items) {
     return text;
 }
 
+// By its name or its index in the menu.
 static void set_choice(host::ChoiceKnob& knob, const std::string& text) {
     int index;
     const std::vector<std::string>& items = knob.items();
@@ -98,6 +101,7 @@ static void set_choice(host::ChoiceKnob& knob, const std::string& text) {
     knob.set_text(text.c_str());
 }
 
+// Text has rows; the host keeps columns.
 static void set_axis(host::AxisKnob& knob, const std::string& text) {
     std::vector<double> rows;
     if (!parse_numbers(text, rows) || rows.size() != 16 ||
@@ -110,6 +114,7 @@ static void set_axis(host::AxisKnob& knob, const std::string& text) {
     knob.set_matrix(columns);
 }
 
+// The kind decides what texts are taken.
 static void set_by_kind(host::HostKnob& knob, const std::string& text) {
     switch (knob.ClassID()) {
     case DD::Image::FORMAT_KNOB:
@@ -143,6 +148,7 @@ void set_knob(Node& node, const std::string& name, const std::string& text) {
     host::HostKnob* const knob = own_knob(node, name);
     if (!knob)
         throw UsageFailure(what, "the node has no such knob (velmora info lists them)");
+    // Failures name the knob and its text, whatever found them.
     try {
         set_by_kind(*knob, text);
     } catch (const Refused& refused) {
@@ -242,6 +248,7 @@ std::string knob_text(const host::HostKnob& knob, double frame) {
 
 // ---- limits ------------------------------------------------------------------------------------
 
+// The arguments' fault, or the script's.
 [[noreturn]] static void refuse(const std::string& where, const std::string& what,
                                 const char* why) {
     if (where.empty())
@@ -251,6 +258,7 @@ std::string knob_text(const host::HostKnob& knob, double frame) {
 
 void check_sizes(const Node& node, double frame, const std::string& where) {
     const auto& knob = dynamic_cast<const host::FormatKnob&>(*node.knob("format"));
+    // In double, where the product cannot overflow.
     const double bytes = 16.0 * knob.format().width() * knob.format().height();
     if (bytes >= 4294967296.0)
         refuse(where, "format " + in_quotes(size_text(knob.format())),

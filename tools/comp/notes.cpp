@@ -11,6 +11,7 @@ namespace velmora {
 static const double smallest_disc = 0.25;   // of the image's height
 static const double largest_stretch = 0.01; // of square pixels
 
+// The disc of a disc projection is two film units high.
 static void note_small_disc(const View& view) {
     const double disc = 2 / (view.data.top - view.data.bottom);
     if (view.data.projection == OP_STARS_PERSPECTIVE || disc >= smallest_disc)
@@ -21,6 +22,7 @@ static void note_small_disc(const View& view) {
         std::to_string(view.height) + " rows with these apertures: --no-camera fits it");
 }
 
+// The window keeps its width, so another height gives square pixels.
 static void note_stretch(const View& view) {
     const double stretch = film_stretch(view.data, view.width, view.height);
     if (std::fabs(stretch - 1) <= largest_stretch)

@@ -7,6 +7,7 @@
 
 namespace velmora {
 
+// Sets `function` to the plug-in's function of that name.
 template <class Function>
 static void look_up(void* library, const char* file, const char* name, Function& function) {
     function = reinterpret_cast<Function>(dlsym(library, name));
@@ -16,6 +17,7 @@ static void look_up(void* library, const char* file, const char* name, Function&
 
 PluginDoors::PluginDoors(const DD::Image::Op::Description& plugin) {
     const char* const file = plugin.plugin ? plugin.plugin : "";
+    // A handle of our own to what the host has loaded already.
     const std::unique_ptr<void, int (*)(void*)> library(dlopen(file, RTLD_NOW | RTLD_NOLOAD),
                                                         dlclose);
     if (!library)

@@ -25,6 +25,7 @@ void working_in_host(const std::function<void()>& work) {
     }
 }
 
+// The class must come from the plug-in, which is loaded when the first node is made.
 Node& create_star_node(host::Graph& graph, const std::string& name) {
     Node* node = nullptr;
     working_in_host([&] { node = &graph.create(star_node_class, name); });

@@ -15,6 +15,7 @@ using DD::Image::CameraOp;
 using DD::Image::Matrix4;
 using DD::Image::Op;
 
+// The matrix of the node's own axis knob at its frame.
 static Matrix4 transform_of(Op& stars) {
     Matrix4 transform;
     DD::Image::Hash ignored;
@@ -31,6 +32,7 @@ static void check_finite(const Matrix4& matrix, double time) {
                               "is placed too far away to be computed");
 }
 
+// The camera of sample `n`, null when the input is open.
 static CameraOp* camera_of(Op& stars, int n) {
     return dynamic_cast<CameraOp*>(stars.Op::input(star_camera_input, n));
 }
@@ -42,6 +44,7 @@ void check_cameras(Op& stars) {
         if (!sample)
             continue;
         sample->validate(true);
+        // As the node multiplies them.
         check_finite(sample->matrix() * transform, sample->outputContext().frame());
     }
 }

@@ -22,6 +22,7 @@ static void refuse_special(const std::string& path) {
         throw WorkFailure(path, "not a regular file");
 }
 
+// Another writer's lock, or something that is no temporary file of ours.
 static void refuse_taken_temporary(const std::string& path) {
     const std::string obstacle = obstacle_to_temporary_of(path);
     if (!obstacle.empty())
@@ -40,6 +41,7 @@ static void refuse_input(const std::string& path, const std::string& input) {
 }
 
 void check_output(const std::string& path, const std::vector<std::string>& inputs) {
+    // An input would be lost, whatever else there is.
     for (const std::string& input : inputs)
         refuse_input(path, input);
     refuse_special(path);

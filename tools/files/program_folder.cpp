@@ -3,6 +3,7 @@
 namespace velmora {
 
 std::filesystem::path program_prefix() {
+    // The program itself, whatever name or link it was called by.
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe");
     return program.parent_path().parent_path();
 }

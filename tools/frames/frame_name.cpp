@@ -43,6 +43,7 @@ static Sequence percent_sequence(std::string_view text) {
     return {5, 10 * width + std::size_t(text[3] - '0')};
 }
 
+// As many #s as there are.
 static Sequence hash_sequence(std::string_view text) {
     const std::size_t length = std::min(text.find_first_not_of('#'), text.size());
     return {length, length == 1 ? width_of_lone_hash : length};
@@ -55,12 +56,14 @@ FrameName::FrameName(const std::string& pattern) {
 
     std::string_view rest = pattern;
     while (!rest.empty()) {
+        // Copy up to the next place.
         const std::size_t plain = std::min(rest.find_first_of("#%"), rest.size());
         tail.append(rest.substr(0, plain));
         rest.remove_prefix(plain);
         if (rest.empty())
             break;
 
+        // Take the place, or a percent sign.
         const Sequence sequence = rest[0] == '#' ? hash_sequence(rest) : percent_sequence(rest);
         if (sequence.length == 0)
             throw UsageFailure(what, in_quotes(rest, in_full) +
@@ -74,6 +77,7 @@ FrameName::FrameName(const std::string& pattern) {
     }
 }
 
+// Zeros go between the sign and the digits.
 static std::string padded(int frame, std::size_t width) {
     std::string digits = std::to_string(frame);
     const std::size_t sign = frame < 0 ? 1 : 0;

@@ -88,6 +88,7 @@ void FrameRangeReader::fail(const std::string& why) const {
     throw UsageFailure("frame range " + in_quotes(text, in_full), why);
 }
 
+// Suggests the form with an x, which has one meaning.
 void FrameRangeReader::refuse_colon(std::string_view piece) const {
     Words words;
     if (!split_piece(piece, ':', words))
@@ -121,6 +122,7 @@ Run FrameRangeReader::run_of(std::string_view piece) const {
     return run;
 }
 
+// The first mention of a frame decides its place.
 void FrameRangeReader::add(const Run& run) {
     if (run.count() > most_frames)
         fail(too_many_frames());
@@ -148,6 +150,7 @@ void FrameRangeReader::read_pieces(std::string_view rest) {
 std::vector<int> FrameRangeReader::read() {
     if (text.find_first_not_of(" \t\r\n") == std::string::npos)
         fail("no frame given");
+    // Pieces between commas, then the rest.
     std::string_view rest = text;
     for (std::size_t comma; (comma = rest.find(',')) != std::string_view::npos;) {
         read_pieces(rest.substr(0, comma));

@@ -12,6 +12,7 @@
 
 namespace velmora {
 
+// In this process: what is loaded and opened serves every piece.
 static std::size_t run_in_turn(std::size_t count, const std::function<void(std::size_t)>& work,
                                const std::function<void()>& done) {
     std::size_t failed = 0;
@@ -23,6 +24,7 @@ static std::size_t run_in_turn(std::size_t count, const std::function<void(std::
     return failed;
 }
 
+// Returns the process that does work(i), or -1 with errno.
 static OSAPI_pid_t start_child(std::size_t i, const std::function<void(std::size_t)>& work) {
     fflush(nullptr); // else the child would write the buffered output again
     const OSAPI_pid_t parent = OSAPI::getpid();
@@ -48,6 +50,7 @@ std::size_t run_jobs(std::size_t count, int jobs, const std::function<void(std::
     std::map<OSAPI_pid_t, std::size_t> running;
     std::size_t next = 0, failed = 0;
     while (next < count || !running.empty()) {
+        // Start pieces until `jobs` are running.
         if (next < count && running.size() < std::size_t(jobs)) {
             const OSAPI_pid_t child = start_child(next, work);
             if (child == -1) {
@@ -61,8 +64,10 @@ std::size_t run_jobs(std::size_t count, int jobs, const std::function<void(std::
             continue;
         }
 
+        // Then wait for one to end, and account for it.
         const OSAPI::ChildEnd end = OSAPI::wait_for_any_child();
         const auto ended = running.find(end.pid);
+        // The caller may have children of its own.
         if (ended == running.end())
             continue;
         if (end.signal != 0)

@@ -48,10 +48,12 @@ private:
 
 PixelTrace trace_pixel(const View& view, StarInput& input, int x, int y) {
     PixelTrace traced;
+    // A copy of the header, which whoever saves the stars needs.
     RecordReader records(input);
     traced.header = *records.next(1, input.count).first;
     input.reset();
 
+    // Draw star by star, and look at the pixel after each.
     Canvas canvas(view);
     const StarFramebuffer framebuffer = canvas.framebuffer();
     StarRenderer renderer(view.data, framebuffer, input, view.cameras);

@@ -27,10 +27,12 @@ void Progress::show() const {
     if (!terminal)
         return;
     const std::size_t current = std::min(done + 1, frames);
+    // Nothing is known of the speed before the first frame is done.
     if (done == 0) {
         fprintf(stderr, "\r\033[Kframe %zu of %zu", current, frames);
         return;
     }
+    // Frames to come are expected to take as long as those that are done.
     const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
     const double left = spent.count() / double(done) * double(frames - done);
     fprintf(stderr, "\r\033[Kframe %zu of %zu, %.3g stars/s, %d:%02d left", current, frames,

@@ -33,6 +33,8 @@ Op& NodeRenderer::validated(double frame) {
     return op;
 }
 
+// The node reports a database that it cannot open once, and then renders black: every frame of that
+// database fails with the same message.
 void NodeRenderer::check_star_file(Op& op) {
     const std::string file = node.knob("starfile")->get_text();
     if (!failure.empty() && file == failed_file)
@@ -68,15 +70,18 @@ std::unique_ptr<RenderedFrame> NodeRenderer::render(double frame) {
     std::unique_ptr<RenderedFrame> rendered;
     working_in_host([&] {
         Stopwatch watch;
+        // Validate, and note what will be drawn.
         Op& op = validated(frame);
         rendered.reset(new RenderedFrame{node, frame, view_of(op, doors), {}, {}});
         rendered->times.setting_up = watch.lap();
         const std::size_t pixels =
             std::size_t(rendered->view.width) * std::size_t(rendered->view.height);
         rendered->pixels.resize(4 * pixels);
+        // Opening draws the whole frame.
         check_same_stars();
         const host::Opened opened(op);
         rendered->times.drawing = watch.lap();
+        // Take its rows, from a database that was the same before and after.
         host::pull_rows(opened.iop(), opened.iop().info(), DD::Image::Mask_RGBA, {},
                         [&](const Row& row, int y, int, int) { put_row(row, y, *rendered); });
         rendered->times.taking_rows = watch.lap();

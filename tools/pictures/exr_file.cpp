@@ -77,6 +77,7 @@ static Imath::M44f matrix_of(const std::array<float, 16>& m) {
             m[8], m[9], m[10], m[11], m[12], m[13], m[14], m[15]};
 }
 
+// By the value's type.
 static void insert_value(Imf::Header& header, const std::string& name, const ExrValue& value) {
     if (const auto* number = std::get_if<double>(&value))
         header.insert(name, Imf::DoubleAttribute(*number));
@@ -97,6 +98,7 @@ static Imf::Header header_of(const FloatPicture& picture, const ExrMetadata& met
 
     // The defaults are the primaries and the white of Rec. 709.
     Imf::addChromaticities(header, Imf::Chromaticities());
+    // What was asked for, in an order of the library's own.
     if (metadata.world_to_camera)
         Imf::addWorldToCamera(header, matrix_of(*metadata.world_to_camera));
     if (metadata.world_to_ndc)
@@ -125,6 +127,7 @@ static Imf::FrameBuffer rows_at(const void* samples, Imf::PixelType type, int y,
     return buffer;
 }
 
+// Clamps to the largest half.
 static half half_of(float value, u64& clamped) {
     if (std::fabs(value) > largest_half) {
         clamped++;
@@ -171,6 +174,7 @@ std::string encode_exr(const FloatPicture& picture, const ExrMetadata& metadata,
             file.writePixels(picture.height);
         }
     }
+    // The library has filed its errors away: the bytes are read back.
     check_complete(stream.bytes);
     return std::move(stream.bytes);
 }

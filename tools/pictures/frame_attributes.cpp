@@ -33,6 +33,7 @@ static DblMatrix4 window_to_ndc(const StarRendererData& data) {
     return m;
 }
 
+// The nearest ratio that video knows, such as 24000/1001.
 static FrameRate frame_rate_of(double fps) {
     const Imf::Rational rational = Imf::guessExactFps(fps);
     return {rational.n, rational.d};
@@ -62,12 +63,14 @@ ExrMetadata frame_attributes(const RenderedFrame& frame, double fps) {
     const camera& cam = frame.view.first();
     const DblMatrix4 to_camera = world_to_camera(cam);
     metadata.world_to_camera = narrowed(to_camera);
+    // A matrix for the projection exists only where it is linear.
     if (frame.view.data.projection == OP_STARS_PERSPECTIVE)
         metadata.world_to_ndc =
             narrowed(to_camera * DblMatrix4::perspective(cam.focal, cam.near, cam.far) *
                      window_to_ndc(frame.view.data));
     metadata.frame_rate = frame_rate_of(fps);
     metadata.software = "velmora " VELMORA_VERSION;
+    // The knobs, under names that no other program uses.
     for (const host::HostKnob* const knob : own_knobs(frame.node))
         metadata.attributes.push_back(
             {"velmora/" + knob->name(), attribute_of(*knob, frame.frame)});

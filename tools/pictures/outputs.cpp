@@ -19,6 +19,7 @@ static std::string named(const std::string& name) {
     return "output " + in_quotes(name, in_full);
 }
 
+// The ending decides.
 Outputs::Kind Outputs::kind_of(const std::string& name) {
     const std::string extension = fs::path(name).extension().string();
     if (extension == ".exr")
@@ -89,10 +90,13 @@ static void take_place(const std::string& name, OutputPlaces& taken) {
                                               " first, which is another output");
     };
     const std::string place = place_of(name).string();
+    // The same file.
     if (taken.count(place))
         throw UsageFailure(named(name), "is named twice");
+    // The temporary file of this is another output.
     if (taken.count(temporary_name_of(place)))
         refuse_temporary(name);
+    // This is the temporary file of another output.
     const std::size_t suffix = temporary_name_of("").size();
     const auto other = taken.find(place.substr(0, place.size() - std::min(place.size(), suffix)));
     if (other != taken.end() && temporary_name_of(other->first) == place)
@@ -110,6 +114,7 @@ Outputs::Outputs(const OutputOptions& options, const std::vector<int>& frames,
         add(options.raw, Kind::raw, frames);
     if (outputs.empty())
         throw UsageFailure("arguments", "no output is named: give -o NAME.exr or NAME.png");
+    // Options for kinds of file that are not written are mistakes.
     if (options.half && !has(Kind::exr))
         throw UsageFailure("--half", "is for EXR, and no .exr output is named");
     if (options.exposure && !has(Kind::png))

@@ -9,6 +9,7 @@
 
 namespace velmora {
 
+// Red, green and blue of every pixel, as shown.
 static std::vector<std::uint8_t> displayed(const FloatPicture& picture, double exposure) {
     std::vector<std::uint8_t> bytes;
     bytes.reserve(3 * std::size_t(picture.width) * std::size_t(picture.height));
@@ -29,6 +30,7 @@ std::string encode_png(const FloatPicture& picture, double exposure) {
     image.height = png_uint_32(picture.height);
     image.format = PNG_FORMAT_RGB;
 
+    // Convert first: what the library needs to know is the size.
     const std::vector<std::uint8_t> pixels = displayed(picture, exposure);
     std::size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
     std::string png(size, '\0');
