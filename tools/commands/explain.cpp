@@ -63,13 +63,14 @@ static Pixel pixel_of(const std::string& text, const DD::Image::Format& format) 
 // ---- the records -------------------------------------------------------------------------------
 
 // A node without a database draws nothing.
-static PixelTrace trace_of(const Node& node, const View& view, const Pixel& pixel) {
+static PixelTrace trace_of(const Node& node, const View& view, const Pixel& pixel,
+                           KernelLevel level) {
     const std::string path = node.knob("starfile")->get_text();
     if (path.empty())
         return {};
     return working_on(path, [&] {
         const std::unique_ptr<StarInput> input(op_stars_file_input(path.c_str()));
-        return trace_pixel(view, *input, pixel.x, pixel.y);
+        return trace_pixel(view, *input, pixel.x, pixel.y, level);
     });
 }
 
@@ -205,16 +206,15 @@ void explain(const ExplainOptions& options) {
     if (!options.save.empty())
         check_output(options.save, comp->inputs);
 
-    // The node draws in the plug-in, which has an engine of its own.
-    if (options.reference) {
+    // The node draws in the plug-in, which chooses its engine itself.
+    if (options.reference)
         PluginDoors(node.description()).draw_plainly();
-        set_kernel_level(KernelLevel::plain);
-    }
+    const KernelLevel level = options.reference ? KernelLevel::plain : best_kernel_level();
     for (const std::string& note : comp->notes)
         say(note);
     // Draw the frame as render does, then star by star, and compare.
     const std::unique_ptr<RenderedFrame> rendered = NodeRenderer(node).render(frame);
-    const PixelTrace traced = trace_of(node, rendered->view, pixel);
+    const PixelTrace traced = trace_of(node, rendered->view, pixel, level);
     if (traced.light() != light_at(*rendered, pixel))
         throw WorkFailure(node.knob("starfile")->get_text(),
                           "its records do not add up to the rendered pixel, so it was changed "

@@ -46,7 +46,7 @@ private:
 
 } // namespace
 
-PixelTrace trace_pixel(const View& view, StarInput& input, int x, int y) {
+PixelTrace trace_pixel(const View& view, StarInput& input, int x, int y, KernelLevel level) {
     PixelTrace traced;
     // A copy of the header, which whoever saves the stars needs.
     RecordReader records(input);
@@ -56,7 +56,7 @@ PixelTrace trace_pixel(const View& view, StarInput& input, int x, int y) {
     // Draw star by star, and look at the pixel after each.
     Canvas canvas(view);
     const StarFramebuffer framebuffer = canvas.framebuffer();
-    StarRenderer renderer(view.data, framebuffer, input, view.cameras);
+    StarRenderer renderer(view.data, framebuffer, input, view.cameras, level);
     traced.has_distances = input.version2;
     for (u32 record = 1; record < input.count; record++) {
         const star source = *records.next(1, input.count - record).first;

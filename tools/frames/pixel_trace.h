@@ -37,6 +37,7 @@ struct PixelTrace {
 };
 
 // Reads all of `input`, which is at its header. The pixel lies inside the image.
-PixelTrace trace_pixel(const View& view, StarInput& input, int x, int y);
+PixelTrace trace_pixel(const View& view, StarInput& input, int x, int y,
+                       KernelLevel level = kernel_level());
 
 } // namespace velmora
