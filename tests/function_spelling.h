@@ -26,15 +26,18 @@ inline std::string spelled_by_gcc(std::string text) {
         for (std::size_t at = open; (at = text.find(scope, at)) != std::string::npos;)
             text.erase(at, scope.size());
     }
-    if (const std::size_t at = text.find(" ["); at != std::string::npos)
+    if (const std::size_t at = text.find(" [");
+        at != std::string::npos && text.compare(at, 7, " [with ") != 0)
         text.replace(at, 2, " [with ");
+    if (const std::size_t at = text.find("struct ::"); at != std::string::npos)
+        text.erase(at, 9);
 #endif
     return text;
 }
 
-// A message whose function, between " in <" and "> (", is as g++ spells it.
+// A message whose function, between " in <" and the last ">", is as g++ spells it.
 inline std::string message_spelled_by_gcc(const std::string& message) {
-    const std::size_t in = message.rfind(" in <"), end = message.rfind("> (");
+    const std::size_t in = message.rfind(" in <"), end = message.rfind('>');
     if (in == std::string::npos || end == std::string::npos || end < in + 5)
         return message;
     return message.substr(0, in + 5) + spelled_by_gcc(message.substr(in + 5, end - in - 5)) +

@@ -11,5 +11,5 @@ template <class Action>
 std::string stderr_of(Action action) {
     testing::internal::CaptureStderr();
     action();
-    return testing::internal::GetCapturedStderr();
+    return message_spelled_by_gcc(testing::internal::GetCapturedStderr());
 }
