@@ -35,7 +35,7 @@ VelmoraNK::~VelmoraNK() {
     try {
         delete star_input;
     } catch (const Xception& exception) {
-        exception.print(); // a file that cannot be unmapped is no reason to end the host
+        exception.print(); // a file that cannot be unmapped must not end the host
     }
     delete image;
 }
@@ -51,7 +51,8 @@ const char* VelmoraNK::node_help() const {
 
 // ---- knobs -------------------------------------------------------------------------------------
 
-// A slider; one that starts at 0 and ends at a square of a whole number is logarithmic.
+// A slider over [low, high]. It is logarithmic when `low` is 0 and `high` the square of a whole
+// number.
 static void slider(Knob_Callback f, double* value, const char* name, const char* label, double low,
                    double high, Knob::FlagMask flags = 0) {
     Float_knob(f, value, name, label);
@@ -139,6 +140,8 @@ void VelmoraNK::_validate(bool for_real) {
     describe_output();
     if (refuse_sizes())
         return;
+
+    // Cameras, parameters, and the film window: the last sample decides it.
     const CameraOp* const last = sample_cameras(for_real);
     fill_render_data();
     if (last)
@@ -146,6 +149,8 @@ void VelmoraNK::_validate(bool for_real) {
                                  velmora::vertical_aperture(*last));
     else
         velmora::set_default_film_window(render_data, format().width(), format().height());
+
+    // Star database.
     open_star_file();
 }
 
@@ -157,7 +162,7 @@ void VelmoraNK::describe_output() {
     set_out_channels(Mask_RGBA);
 }
 
-// Whether there is nothing that could be drawn; says why.
+// Whether the format or the segments cannot be drawn; reports why.
 bool VelmoraNK::refuse_sizes() {
     const int width = format().width(), height = format().height();
     if (width <= 0 || height <= 0)
@@ -174,11 +179,12 @@ bool VelmoraNK::refuse_sizes() {
     return true;
 }
 
-// Returns the camera of the last sample, null when it has none.
+// Fills `cameras`. Returns the camera op of the last sample, null without one.
 const CameraOp* VelmoraNK::sample_cameras(bool for_real) {
     CameraOp* sample = nullptr;
     cameras.clear();
     for (int n = 0; n < velmora::camera_samples(blur_segs); n++) {
+        // Camera to world: the camera input's, or the transform alone.
         double focal = velmora::focal_without_camera;
         camera_matrix = transform;
         sample = dynamic_cast<CameraOp*>(Op::input(INPUT_CAMERA, n));
@@ -210,13 +216,13 @@ void VelmoraNK::fill_render_data() {
     render_data.lines = OP_STARS_LINES_ALL;
 }
 
-// Only a path that differs from the last one is tried, so a failure is told once.
+// Opens the database when the path has changed, so that a failure is reported once.
 void VelmoraNK::open_star_file() {
     const String path(starfile);
     if (path == starfile_loaded)
         return;
     starfile_loaded = path;
-    told_of_replacement = false;
+    warned_of_replacement = false;
     StarInput* opened = nullptr;
     if (path.str) {
         try {
@@ -236,7 +242,7 @@ void VelmoraNK::_request(int, int, int, int, ChannelMask, int) {}
 
 namespace {
 
-// Leaves the input at its header, whatever ends the drawing, so that the next frame finds it there.
+// Puts the input back to its header when drawing ends, even by an exception, for the next frame.
 struct Rewound {
     StarInput& input;
     explicit Rewound(StarInput& input) : input(input) {}
@@ -253,11 +259,15 @@ void VelmoraNK::_open() {
         _close();
         return;
     }
+
+    // A blank image.
     auto fresh =
         std::make_unique<Kess::Image>(Kess::ImageSpec(width, height, Kess::ImageSpec::BGRA_FLOAT));
     delete image;
     image = fresh.release();
     image->make_blank();
+
+    // The stars.
     if (star_input)
         draw_star_file();
     velmora::note_opening(counts);
@@ -268,11 +278,11 @@ static velmora::SinceOpened since_opened(const StarInput& input) {
     return file ? file->since_opened() : velmora::SinceOpened::unchanged;
 }
 
-// The file is looked at before and after, so that no picture mixes two states of it.
+// Checks the file before and after drawing, so that no picture mixes two states of it.
 void VelmoraNK::draw_star_file() {
     const velmora::SinceOpened before = since_opened(*star_input);
-    if (before == velmora::SinceOpened::replaced && !told_of_replacement) {
-        told_of_replacement = true;
+    if (before == velmora::SinceOpened::replaced && !warned_of_replacement) {
+        warned_of_replacement = true;
         Xception::warning(__PRETTY_FUNCTION__,
                           "Star database file '%s' was replaced since it was opened; the old one "
                           "is drawn until the path is changed",
@@ -303,7 +313,7 @@ bool VelmoraNK::draw_stars() {
     return true;
 }
 
-// Copies what lies in the image; all else is black.
+// Copies the part of the row that lies in the image; the rest is black.
 void VelmoraNK::engine(int y, int x, int r, ChannelMask, Row& row) {
     if (aborted())
         return;
@@ -311,6 +321,8 @@ void VelmoraNK::engine(int y, int x, int r, ChannelMask, Row& row) {
     float* const green = row.writable(Chan_Green);
     float* const blue = row.writable(Chan_Blue);
     float* const alpha = row.writable(Chan_Alpha);
+
+    // Columns [begin, end) have pixels; the rest is black.
     const bool has_row = image && y >= 0 && y < image->height;
     const int begin = has_row ? std::max(x, 0) : r;
     const int end = has_row ? std::min(r, image->width) : r;
@@ -323,6 +335,7 @@ void VelmoraNK::engine(int y, int x, int r, ChannelMask, Row& row) {
     if (begin >= end)
         return;
 
+    // The host counts rows from the bottom, the image from the top.
     const StarFramebuffer source = velmora::framebuffer_of(*image);
     const std::ptrdiff_t first = std::ptrdiff_t(source.height - 1 - y) * source.row_stride;
     for (int column = begin; column < end; column++) {

@@ -1,7 +1,8 @@
-// What differs between versions of the host's interface, told by its version number.
+// The camera operator's values, under the names that the host's version has for them.
 //
-// Units:     focal length and apertures in millimetres, matrices from the camera's space to the
-//            world.
+// Units:     focal length and apertures in millimetres; matrices camera to world, column by column.
+// Errors:    none.
+// Threads:   as the host allows for the operator: after its validation, any.
 #pragma once
 
 #include <DDImage/CameraOp.h>
@@ -10,9 +11,10 @@
 
 namespace velmora {
 
+// The camera's world transformation, which versions from 16.1 on hold in doubles.
 inline DD::Image::Matrix4 camera_to_world(const DD::Image::CameraOp& camera) {
 #if kDDImageVersionMajorNum > 16 || (kDDImageVersionMajorNum == 16 && kDDImageVersionMinorNum >= 1)
-    const auto& world = camera.worldTransform(); // of doubles, column by column, too
+    const auto& world = camera.worldTransform(); // column by column, too
     DD::Image::Matrix4 matrix;
     for (int column = 0; column < 4; column++)
         for (int row = 0; row < 4; row++)
@@ -23,6 +25,7 @@ inline DD::Image::Matrix4 camera_to_world(const DD::Image::CameraOp& camera) {
 #endif
 }
 
+// Renamed in version 14.
 #if kDDImageVersionMajorNum >= 14
 inline double focal_length(const DD::Image::CameraOp& camera) {
     return camera.focalLength();

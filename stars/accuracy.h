@@ -1,11 +1,11 @@
 // How near both readings come to the formulas in streak.h, taken in double. The tests hold both to
 // these figures.
 //
-// Units:     parts of the largest value of a picture of up to 57 by 47 pixels that holds the middle
-//            of the path.
+// Units:     parts of the largest value of a picture of up to 57 by 47 pixels that holds the path's
+//            midpoint.
 // Source:    two to three times the largest error of 100,000 random calls of each kind, with sizes
-//            from 0.2 (spots) or 0.3 (streaks) to 200 and amplitudes from 2e-4 to 1e5. What is left
-//            for streaks is mostly the rounding of the middle to a float, which both readings have.
+//            from 0.2 (spots) or 0.3 (streaks) to 200 and amplitudes from 2e-4 to 1e5. For streaks most of
+//            it is the rounding of the midpoint to a float, which both readings have.
 #pragma once
 
 namespace velmora {

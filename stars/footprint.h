@@ -1,9 +1,15 @@
 // Where a star is drawn: the path that its spot takes, and the rows and columns that it reaches.
-// The plain and the fast rasteriser share it, so that both visit the same pixels.
+// Both rasterisers use it, so that they visit the same pixels.
+//
+//         x_lo                            x_hi
+//     y_lo  . . . . . . . . . . . . . . . .      the box: the path and its reach, clipped to the image
+//           . . [- - from - - - -] . . . .
+//           . . . . [- - - - - - - -] . . .      a row's span: half_width to each side of the path
+//           . . . . . . [- - - - to -] . .
+//     y_hi  . . . . . . . . . . . . . . . .
 //
 // Units:     pixels, as in streak.h.
-// Errors:    none: positions and sizes that are no numbers, or too large, end in empty boxes and
-//            spans.
+// Errors:    none: NaN or huge positions and sizes end in empty boxes and spans.
 // Threads:   pure functions.
 #pragma once
 
@@ -12,7 +18,7 @@
 
 namespace velmora {
 
-// The spot's way during the exposure. Pixel offsets are taken from its midpoint.
+// The spot's straight way during the exposure. Pixel offsets are relative to its midpoint.
 struct Path {
     Vector2 from, to, mid;
     float ux, uy; // unit direction, 0 when `from` is `to`
@@ -24,7 +30,7 @@ struct Path {
     // A path of up to 1e-5 pixels is a spot at its midpoint.
     bool is_streak() const { return length > 1e-5f; }
 
-    // A place that is not a number has no pixels around it.
+    // False when a coordinate is NaN: such a path has no pixels.
     bool is_somewhere() const { return mid[0] == mid[0] && mid[1] == mid[1]; }
 };
 
@@ -42,7 +48,8 @@ struct RowGeometry {
     bool is_flat() const { return half_width == 1e20f; }
 };
 
-// A footprint row: pixel ix stands at offset X from the midpoint, both counted up to X_end.
+// A footprint row: pixel ix is at offset X from the midpoint, and both are counted up until X exceeds
+// X_end.
 struct Span {
     s32 ix;
     float X, X_end;
@@ -56,16 +63,18 @@ constexpr float counting_limit = 0x1p24f;
 // The footprint ends where the profile of unit intensity has fallen to 1 / this.
 constexpr float reach_intensity = 6250;
 
-// A reach of rx columns and ry rows around the path, clipped to the image. False when nothing of it
-// is inside.
+// Finds the box of a reach of rx columns and ry rows around the path, clipped to the image. False
+// when it is empty.
 bool clip_box(const Path& path, float rx, float ry, s32 width, s32 height, Box& box);
 
+// How the row spans follow a path whose reach is rx columns.
 RowGeometry row_geometry(const Path& path, float rx, float size_x, float size_y);
 
-// The columns around the path at row offset Y. A span that starts beyond what an integer holds has
-// an `ix` of INT_MIN and is empty.
+// The columns around the path at row offset Y. A span that starts outside the integers has an `ix` of
+// INT_MIN and is empty.
 Span row_span(const Path& path, const RowGeometry& rows, const Box& box, float Y);
 
+// Whether a call for `lines` may write row iy.
 bool row_is_written(s32 iy, op_stars_lines lines);
 
 } // namespace velmora

@@ -25,7 +25,7 @@ struct StarFramebuffer {
     float* red;
     float* green;
     float* blue;
-    float* alpha; // coverage: only read, stars are added behind it
+    float* alpha; // coverage: only read, stars show where it leaves room
     s32 width;    // pixels in a row
     s32 height;   // rows
     s32 row_stride;

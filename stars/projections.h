@@ -1,4 +1,4 @@
-// How directions become positions on the image.
+// The projections: how directions become positions on the image. Values are the node's menu indices.
 #pragma once
 
 #include "core/types.h"

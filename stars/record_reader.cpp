@@ -7,10 +7,10 @@
 
 namespace velmora {
 
-// What a call to the system costs is spread over this many; more no longer fit the nearer caches.
+// Records that share the cost of a system call: 512 KiB of them, which the nearer caches hold.
 static const u32 block_size = 16384;
 
-// Classes derived from it have records of their own.
+// Derived classes may hand out other records than the mapping's, so the type must be exact.
 static MMAPStarFile* mapped_file(StarInput& input) {
     return typeid(input) == typeid(MMAPStarFile) ? static_cast<MMAPStarFile*>(&input) : nullptr;
 }
@@ -35,7 +35,7 @@ void RecordReader::give_back(u32 n) {
         file->cursor -= n;
 }
 
-// Records in front of a lost page are still handed out.
+// Copies the next records. Those before a lost page are still handed out.
 void RecordReader::copy_block(u32 left) {
     const uword wanted = std::min(left, room);
     copied_from = file->cursor;

@@ -1,9 +1,9 @@
-// Takes records off a star input, as many at a time as it has side by side.
+// Takes records from a star input, many at a time where it has them in memory.
 //
-// Somebody may shorten a mapped file at any moment, and touching a page that is lost then ends the
-// process. Records of a mapped file are therefore copied a block at a time by the system, which
-// only fails. Looking first whether the pages are still there is faster and no help: they can go
-// before the block has been walked (bench/README.md has the figures).
+// Another process may shorten a mapped file at any moment, and touching a lost page then ends this
+// one. Records of a mapped file are therefore copied a block at a time by a system call, which fails
+// instead. Checking first that the pages are there would be faster but is no protection: they can go
+// before the block has been read (bench/README.md has the figures).
 //
 // Ownership: the input is borrowed; records belong to the reader or the input.
 // Errors:    StarsLost when the next record is lost; the input stays where it was.
@@ -29,12 +29,13 @@ public:
     // still has. They stay valid until the next call.
     Records next(u32 most, u32 left);
 
-    // Gives the last `n` of those back, to be taken again.
+    // Gives the last `n` of those back, to be taken again. REQUIRES: n is 0 unless next() gave more
+    // than one.
     void give_back(u32 n);
 
 private:
     StarInput& input;
-    MMAPStarFile* const file; // the same when it is a mapped file, else null
+    MMAPStarFile* const file; // the input if it is a mapped file, else null
     const u32 room;           // of the block, in records
     const std::unique_ptr<star[]> block;
     const star* copied_from = nullptr; // in the mapping

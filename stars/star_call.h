@@ -1,6 +1,7 @@
 // One call of op_star_streak, and what it reports: what both readings of it take and give.
 //
-// Units:     as in streak.h.
+// Units:     pixels, x right, y down from the top row, as in streak.h.
+// Ownership: the framebuffer is a view; the image must outlive the call.
 #pragma once
 
 #include "core/newmatrix.h"
@@ -8,6 +9,7 @@
 
 namespace velmora {
 
+// The arguments, in their order.
 struct StarCall {
     StarFramebuffer dst;
     Vector2 from, to;
@@ -17,10 +19,10 @@ struct StarCall {
     op_stars_lines lines;
 };
 
-// What a call left behind.
+// What a call did. Reports of disjoint parts of a call add up.
 struct Drawn {
     bool lit;   // whether any pixel got a weight above zero
-    s64 pixels; // that were written
+    s64 pixels; // how many were written
 
     Drawn& operator+=(const Drawn& more) {
         lit |= more.lit;

@@ -36,7 +36,7 @@ struct MMAPStarFile::Opened {
 };
 
 // Opening a pipe would wait for a writer, opening some devices does something: neither is opened.
-// What has come to stand at the path by the time it is opened is looked at again.
+// Another file may have taken the path by the time it is opened, so the type is checked again.
 MMAPStarFile::Opened::Opened(const char* path) {
     OSAPI::FileStamp found;
     if (OSAPI::get_stamp_can_fail(path, found) && !found.is_regular)

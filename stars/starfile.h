@@ -1,8 +1,8 @@
-// The star database file, mapped and walked record by record.
+// The star database file, mapped and read record by record.
 //
 //     record 0, the header:  offset 0  8 bytes   "VELMORA1" or "VELMORA2", no terminator
 //                                   8  24 bytes  reserved, never read
-//     records 1 to N, stars: see `star`; N = file size / 32 - 1, bytes behind the last whole record
+//     records 1 to N, stars: see `star`; N = file size / 32 - 1, bytes after the last whole record
 //                            are ignored. Little-endian throughout.
 //
 // Units:     angles in degrees (J2000 in what our importers write), `flux` linear with magnitude 0
@@ -11,6 +11,7 @@
 //            magic or has more records than `count` can say throws StrXception. Nothing else about
 //            its contents is checked here. Others may shorten the file while it is mapped: what
 //            next() returns must then not be touched, and is_valid() throws velmora::StarsLost.
+// Ownership: a reader owns its mapping; records are valid while it lives.
 // Threads:   one reader belongs to one thread at a time; several readers may share a file.
 #pragma once
 
@@ -34,7 +35,7 @@ static_assert(sizeof(star) == 32, "a record takes 32 bytes");
 static_assert(offsetof(star, ra) == 0 && offsetof(star, dec) == 8 && offsetof(star, flux) == 16 &&
                   offsetof(star, red) == 20 && offsetof(star, green) == 21 &&
                   offsetof(star, blue) == 22 && offsetof(star, distance) == 24,
-              "the fields stand where the file has them");
+              "the fields are where the file has them");
 
 // Where star records come from. One render takes the header with is_valid(), each star with next(),
 // and calls reset() for the render after it.
@@ -53,7 +54,7 @@ public:
     // Goes back to the header.
     virtual void reset() = 0;
 
-    // Takes one record and tells whether it carries either magic.
+    // Takes one record. Whether it starts with either magic; sets version2 by it.
     bool is_valid();
 };
 
@@ -73,7 +74,7 @@ inline u64 records_in(u64 bytes) {
     return bytes / sizeof(star);
 }
 
-// A star database got shorter while it was read: records that it had are gone.
+// Thrown when a star database got shorter while it was read: records that it had are gone.
 class StarsLost : public StrXception {
 public:
     StarsLost(const char* function, int line);
@@ -96,7 +97,7 @@ public:
     const star* next() override;
     void reset() override;
 
-    // Looks at what the path leads to now.
+    // Compares the file at the path now with the one that was opened.
     velmora::SinceOpened since_opened() const;
 
     const star* cursor; // the next record to hand out

@@ -1,9 +1,15 @@
 // Renders a star database into a float image: one StarRenderer draws one image.
 //
+//     const StarFramebuffer fb = framebuffer_of(image);
+//     StarRenderer renderer(data, fb, *input, cameras);
+//     bool drew = false;
+//     renderer.render_all(drew);
+//     input->reset(); // for the next frame
+//
 // Units:     the film window and focal lengths share one film unit; `spot_width` and `star_size`
 //            are in 1/2000 of the image's width; luminances and colours are linear.
-// Ownership: a StarRenderer borrows its parameters, framebuffer, star input and cameras, which must
-//            outlive it.
+// Ownership: a StarRenderer borrows its parameters, framebuffer and star input, which must outlive it
+//            and, the pixels aside, stay as they are. The cameras are needed by its constructor only.
 // Errors:    the constructor asserts "priv->cams.len() > 0" and throws StrXception "error in star
 //            database file"; drawing throws "unknown projection"; both throw velmora::StarsLost when
 //            a mapped database gets shorter meanwhile. Pixels drawn before stay drawn.
@@ -21,11 +27,11 @@
 
 namespace velmora {
 
-// What a renderer has done so far.
+// Counts of what a renderer has done so far.
 struct RenderCounts {
     u64 read;   // records taken from the input
-    u64 kept;   // of them, not below the threshold
-    u64 drawn;  // of them, stars that put light into a pixel
+    u64 kept;   // of those, not below the threshold
+    u64 drawn;  // of those, stars that put light into a pixel
     u64 pixels; // written; the fast kernels leave out some whose value is 0
 };
 

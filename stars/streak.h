@@ -11,11 +11,13 @@
 //            pixels. Along a sloping path a row's span is k * size_x * (size_x + size_y * |slope|)
 //            to either side: narrower than the reach for sizes below one pixel, so callers keep
 //            them at 1 or above.
-// Errors:    AssertXception only, for an image without columns or rows. A star too faint,
-//            outside the image or at a position that is not a number draws nothing and gives
-//            false, and so does an amplitude that is infinite. Ends so far apart that the square of
-//            their distance overflows (1e19 pixels) can leave values that are not numbers.
-// Threads:   no state; calls that write disjoint rows may run at once.
+// Errors:    AssertXception only, for an image without columns or rows. A star too faint, outside
+//            the image or at a NaN position draws nothing and gives false, and so does an infinite
+//            amplitude. Ends so far apart that the square of their distance overflows (1e19 pixels)
+//            can leave NaN values.
+// Accuracy:  as accuracy.h states, for the plain reading and the fast kernels.
+// Threads:   no state but the process's kernel level (kernels.h); calls that write disjoint rows may
+//            run at once.
 #pragma once
 
 #include "core/newmatrix.h"

@@ -1,8 +1,10 @@
-// The fast kernels, once per instruction set: what they take and give. See lane_kernels.inc for
-// what they do and kernels.h for which one runs.
+// The fast kernels, once per instruction set: what they take and give. lane_kernels.inc says what
+// they do, level.h which of them run.
 //
+// Units:     pixels, as in streak.h.
 // Shapes:    plain records only, so that a unit compiled for a newer processor shares no code with
 //            the others.
+// Ownership: everything is borrowed for the call.
 // Threads:   pure functions over disjoint pixels.
 #pragma once
 
@@ -11,15 +13,15 @@
 
 namespace velmora {
 
-// Where a star goes.
+// The image and the star's colour.
 struct LaneTarget {
     StarFramebuffer fb;
     float color[3];
-    bool interleaved; // alpha, red, green, blue side by side, four floats per pixel
+    bool interleaved; // whether each pixel is four floats side by side: alpha, red, green, blue
 };
 
-// A spot: in rows [y_lo, y_end) the `columns` columns from ix + skip on, at the offsets (X, Y) from
-// its centre that the first of those pixels has. The rows' span starts at ix.
+// A spot in rows [y_lo, y_end) and columns [ix + skip, ix + skip + columns). (X, Y) is the first
+// pixel's offset from the centre. The rows' span starts at ix.
 struct SpotWork {
     LaneTarget target;
     float amplitude, size_x, size_y;
@@ -36,11 +38,11 @@ struct StreakWork {
     float Q;
     float half_path; // 0.5 * length * Q
     float t;
-    float width; // what e * g is multiplied by: sqrt(pi) / 2 * size_x * size_y * s
+    float width; // factor of e * g: sqrt(pi) / 2 * size_x * size_y * s
     float light; // amplitude / length
 };
 
-// The `count` columns of row iy from ix + skip on, the first at offset (X, Y) from the path's
+// Columns [ix + skip, ix + skip + count) of row iy, the first at offset (X, Y) from the path's
 // midpoint. The row's span starts at ix.
 struct StreakRow {
     s32 iy, ix, skip, count;
@@ -51,12 +53,12 @@ namespace fitted {
 struct Rule;
 }
 
-// A short streak, as the sum of spots along its path, by a rule of quadrature.
+// A short streak as a sum of spots along its path, by a quadrature rule.
 struct QuadratureWork {
     LaneTarget target;
     float light;           // amplitude / 2
     double mid_x, mid_y;   // of the path
-    double half_x, half_y; // from there to its end
+    double half_x, half_y; // from the midpoint to the path's end
     float size_x, size_y;
     s32 x_first, x_end; // the rows' columns lie in [x_first, x_end)
     const fitted::Rule* rule;
@@ -69,6 +71,7 @@ constexpr float fine_below = 0x1p22f;
 // Rows that a kernel takes at a time, at most.
 constexpr int row_batch = 64;
 
+// One level's kernels. The first three add light and report it; the others fill arrays.
 struct LaneKernels {
     Drawn (*spot)(const SpotWork& work);
     Drawn (*quadrature)(const QuadratureWork& work, const StreakRow* rows, int count);

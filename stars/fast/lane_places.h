@@ -1,8 +1,10 @@
 // From records to places on the image, once per instruction set: what the kernels take and give.
-// See lane_places.inc for what they do.
+// lane_places.inc says what they do.
 //
-// Shapes:    every array is as long as `count` rounded up to lane_padding; what stands behind count
-//            is worked on and written, too.
+// Units:     angles in degrees, places in pixels.
+// Shapes:    every array is as long as `count` rounded up to lane_padding; entries from `count` on
+//            are read and written, too.
+// Ownership: the arrays are the caller's.
 // Threads:   pure functions over their arrays.
 #pragma once
 
@@ -12,20 +14,21 @@ namespace velmora {
 
 constexpr int lane_padding = 16;
 
-// Records to unit directions (x, y, z) and inverse distances w.
+// Records to unit directions (x, y, z) and inverse distances w, 0 for infinitely far.
 struct DirectionWork {
     int count;
     const double *ra, *dec, *distance; // degrees; scene units
     bool has_distances;
-    double nearer; // is taken off every inverse distance
+    double nearer; // subtracted from every inverse distance
     double *x, *y, *z, *w;
 };
 
-// Positions in pixels, and whether a star is visible: 1 or 0.
+// Positions on the image, and whether a star is visible: 1 or 0.
 struct Places {
     float *x, *y, *seen;
 };
 
+// Directions to places, in one camera sample.
 struct ProjectWork {
     int count;
     const double *x, *y, *z, *w;
@@ -36,8 +39,9 @@ struct ProjectWork {
     Places place;
 };
 
-// Sets `reaches` to 1 for stars that are visible at one end of their segment at least, and whose
-// segment does not lie beside the given bounds altogether.
+// Sets `reaches` to 1 for stars that are visible at one or both ends of their segment, and whose
+// segment's bounding box meets the open rectangle (x_low, x_high) x (y_low, y_high). Leaves the
+// others as they are.
 struct ReachWork {
     int count;
     Places from, to;

@@ -3,6 +3,7 @@
 // Shapes:    F is one pixel of four interleaved floats, or four floats in a row; D is half of that
 //            many doubles. M and MD are what their comparisons give.
 // Accuracy:  every operation is rounded once, as IEEE 754 has it; none is fused.
+// Threads:   pure functions over registers.
 #pragma once
 
 #include <emmintrin.h>
@@ -21,6 +22,7 @@ constexpr int pixels_per_vector = 1;
 
 // ---- Floats ----------------------------------------------------------------------------------
 
+// v in every lane.
 static inline F all(float v) {
     return _mm_set1_ps(v);
 }
@@ -30,15 +32,19 @@ static inline F load(const float* p) {
 static inline void store(float* p, F v) {
     _mm_storeu_ps(p, v);
 }
+// 0, 1, 2, …
 static inline F lane_numbers() {
     return _mm_setr_ps(0, 1, 2, 3);
 }
+
+// b when either is NaN.
 static inline F larger(F a, F b) {
     return _mm_max_ps(a, b);
-} // b when either is no number
+}
 static inline F smaller(F a, F b) {
     return _mm_min_ps(a, b);
-} // b when either is no number
+}
+
 static inline F bits_and(F a, F b) {
     return _mm_and_ps(a, b);
 }
@@ -57,20 +63,24 @@ static inline M both(M a, M b) {
 static inline M either(M a, M b) {
     return _mm_or_ps(a, b);
 }
+// Lanes of a that are not in b.
 static inline M without(M a, M b) {
     return _mm_andnot_ps(b, a);
 }
+// Lanes of `yes` where m is set, of `no` elsewhere.
 static inline F select(M m, F yes, F no) {
     return _mm_or_ps(_mm_and_ps(m, yes), _mm_andnot_ps(m, no));
 }
 static inline bool any(M m) {
     return _mm_movemask_ps(m) != 0;
 }
+// One bit per lane, the first lane's lowest.
 static inline int mask_bits(M m) {
     return _mm_movemask_ps(m);
 }
 
-// y * 2^n, where n stands in the low bits of `n_bits`; by adding to y's exponent.
+// y * 2^n, where n is in the low bits of `n_bits`: added to y's exponent. REQUIRES: the result is a
+// normal number.
 static inline F add_to_exponent(F y, F n_bits) {
     return _mm_castsi128_ps(
         _mm_add_epi32(_mm_castps_si128(y), _mm_slli_epi32(_mm_castps_si128(n_bits), 23)));
@@ -94,7 +104,7 @@ static inline F spread(F v) {
     return _mm_shuffle_ps(v, v, group * 0x55);
 }
 
-// The floats of the first `pixels` pixels.
+// The floats of the first `pixels` pixels of a vector; wider levels than this one need the number.
 static inline M floats_of(int) {
     return _mm_castsi128_ps(_mm_set1_epi32(-1));
 }
@@ -104,12 +114,15 @@ static inline F load_pixels(const float* p, int) {
 static inline void store_pixels(float* p, F v, int) {
     _mm_storeu_ps(p, v);
 }
+// One color's four floats for every pixel of a vector.
 static inline F color_floats(const float c[4]) {
     return _mm_loadu_ps(c);
 }
+// Each pixel's first float in all four of its floats.
 static inline F spread_first(F v) {
     return _mm_shuffle_ps(v, v, 0);
 }
+// The first float of every pixel.
 static inline M first_of_pixels() {
     return _mm_castsi128_ps(_mm_setr_epi32(-1, 0, 0, 0));
 }
@@ -181,6 +194,7 @@ static inline D add_to_exponent(D y, D n_bits) {
 
 // ---- Between the two -------------------------------------------------------------------------
 
+// Two vectors of doubles as one of floats, in the order that in_pixel_order() takes.
 static inline F narrowed(D low, D high) {
     return _mm_movelh_ps(_mm_cvtpd_ps(low), _mm_cvtpd_ps(high));
 }

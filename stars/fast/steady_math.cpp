@@ -9,6 +9,15 @@
 namespace velmora {
 
 static const double ln2 = 0.6931471805599453;
+
+// ln(2) in two parts, the first with so few bits that its product with n is exact.
+static const double ln2_high = 0.69314718036912382, ln2_low = 1.9082149292705877e-10;
+
+// Adding and subtracting this leaves the nearest whole number.
+static const double rounder = 0x1.8p52;
+
+// e^89 is above the largest float, e^-104 below half the smallest.
+static const double largest_exponent = 89, smallest_exponent = -104;
 static const float infinity = std::numeric_limits<float>::infinity();
 static const float not_a_number = std::numeric_limits<float>::quiet_NaN();
 
@@ -24,7 +33,7 @@ static double positive_log(float x) {
     double m;
     memcpy(&m, &bits, sizeof m);
 
-    // ln(m) = 2 atanh((m - 1) / (m + 1)).
+    // ln(x) = e ln(2) + ln(m), and ln(m) = 2 atanh((m - 1) / (m + 1)).
     const double s = (m - 1) / (m + 1);
     const double z = s * s;
     double tail = fitted::atanh_tail[7];
@@ -35,9 +44,11 @@ static double positive_log(float x) {
 
 // e^x for |x| <= 700.
 static double moderate_exp(double x) {
-    const double rounder = 6755399441055744.0; // leaves the nearest whole number in the low bits
+    // x = n ln(2) + r.
     const double n = (x * (1 / ln2) + rounder) - rounder;
-    const double r = (x - n * 0.69314718036912382) - n * 1.9082149292705877e-10;
+    const double r = (x - n * ln2_high) - n * ln2_low;
+
+    // e^x = e^r * 2^n.
     double y = fitted::exp_double[11];
     for (int i = 10; i >= 0; i--)
         y = y * r + fitted::exp_double[i];
@@ -56,12 +67,13 @@ float steady_log(float x) {
     return x > 0 ? infinity : not_a_number;
 }
 
+// Floats from 2^23 on are whole, from 2^24 on even.
 static bool is_whole(float y) {
-    return fabsf(y) >= 8388608.0f || float(s32(y)) == y;
+    return fabsf(y) >= 0x1p23f || float(s32(y)) == y;
 }
 
 static bool is_odd(float y) {
-    return fabsf(y) < 16777216.0f && s32(y) % 2 != 0;
+    return fabsf(y) < 0x1p24f && s32(y) % 2 != 0;
 }
 
 float steady_pow(float x, float y) {
@@ -74,7 +86,7 @@ float steady_pow(float x, float y) {
         return size == 1 ? 1 : (size > 1) == (y > 0) ? infinity : 0;
     }
 
-    // Below 0 there are whole powers only; the odd ones keep the sign, that of -0 too.
+    // A negative x has whole powers only; the odd ones keep its sign, that of -0 too.
     const bool negative = std::signbit(x);
     if (negative && x != 0 && x > -infinity && !is_whole(y))
         return not_a_number;
@@ -83,10 +95,11 @@ float steady_pow(float x, float y) {
     if (size == 0 || std::isinf(size))
         return sign * ((size == 0) == (y > 0) ? 0 : infinity);
 
+    // |x|^y = e^(y ln |x|).
     const double exponent = double(y) * positive_log(size);
-    if (exponent > 89)
+    if (exponent > largest_exponent)
         return sign * infinity;
-    if (exponent < -104)
+    if (exponent < smallest_exponent)
         return sign * 0;
     return sign * float(moderate_exp(exponent));
 }

@@ -1,14 +1,13 @@
-// Logarithm and power of floats that come out the same on every machine: made of additions,
-// products, quotients and moves of bits only, without the C library, whose functions may take
-// another way on another processor.
+// Logarithm and power of floats, the same on every machine: they consist of sums, products,
+// quotients and moves of bits, without the C library, whose functions may differ between processors.
 //
-// Accuracy:  worked out in double and rounded once: within 0.501 last bits of a float.
+// Accuracy:  computed in double and rounded once: within 0.501 last bits of a float.
 // Threads:   pure functions.
 #pragma once
 
 namespace velmora {
 
-// The natural logarithm; -infinity of 0, not a number below.
+// The natural logarithm; -infinity for 0, NaN for negative numbers.
 float steady_log(float x);
 
 // x to the power y, with every special case that C's powf has.

@@ -32,7 +32,7 @@ static void make_room(Array<T>& array, uword count) {
 }
 
 void TileQueue::start(const Brush& b) {
-    static_assert(most_reached >= tile_limit, "an empty list has room for every star");
+    static_assert(most_reached >= tile_limit, "an empty queue has room for every stroke");
     brush = b;
     tiles_across = tiles_for(b.dst.width, tile_width);
     tiles_down = tiles_for(b.dst.height, tile_height);
@@ -69,12 +69,13 @@ Window TileQueue::window_of(s32 across, s32 down) const {
             std::min(y + tile_height, brush.dst.height)};
 }
 
-// Columns [low, high] that a star's rows from y_lo to y_hi can touch, or a few more.
+// Finds columns [low, high] that hold all that a stroke's rows [y_lo, y_hi] can touch, and a few more.
 static void columns_between(const Stroke& star, const StarFramebuffer& fb, s32 y_lo, s32 y_hi,
                             s32& low, s32& high) {
     const Path& path = star.path;
     const double mid_x = path.mid[0], mid_y = path.mid[1];
-    // Where offsets stop growing, rows run on to the right edge, and their centres stay in place.
+    // Whether adding 1.0 moves offsets. Where it does not, rows run on to the right edge, and row centres
+    // stay in place.
     const bool columns_count = std::fabs(mid_x) + fb.width < double(counting_limit);
     const bool rows_count = std::fabs(mid_y) + fb.height < double(counting_limit);
     low = star.box.x_lo;
@@ -83,6 +84,7 @@ static void columns_between(const Stroke& star, const StarFramebuffer& fb, s32 y
         !(std::fabs(double(star.rows.slope)) < steepest_followed))
         return;
 
+    // The path's columns at the first and the last row, and what a row reaches to either side.
     const double slope = star.rows.slope, from_x = path.from[0], from_y = path.from[1];
     const double first = from_x + (y_lo - from_y) * slope;
     const double last = from_x + (y_hi - from_y) * slope;
@@ -111,13 +113,15 @@ void TileQueue::for_each_tile(const Stroke& star, const Visit& visit) const {
     }
 }
 
+// Turns tiles stroke by stroke into strokes tile by tile.
 void TileQueue::sort_into_tiles() {
     const uword tiles = uword(tiles_across) * uword(tiles_down);
     starts.clear();
     for (uword tile = 0; tile < tiles + 2; tile++)
         starts.append(0);
 
-    // Count each tile's stars two places ahead, add up, and let filling move the starts by one.
+    // A counting sort: count each tile's strokes two places ahead, add up, and let the filling move
+    // every start to its own place.
     for (uword i = 0; i < reached.len(); i++)
         starts[reached[i] + 2]++;
     for (uword tile = 2; tile < tiles + 2; tile++)
@@ -131,7 +135,7 @@ void TileQueue::sort_into_tiles() {
 
 void TileQueue::draw_tile(uword tile, const Window& window, u64& pixels) {
     for (u32 i = starts[tile]; i < starts[tile + 1]; i++) {
-        // The list itself is too long for the nearest caches.
+        // The queue does not fit the nearest caches: fetch what is needed in four strokes' time.
         const char* ahead =
             reinterpret_cast<const char*>(&stars[order[std::min<uword>(i + 4, order.len() - 1)]]);
         __builtin_prefetch(ahead);
@@ -145,10 +149,14 @@ void TileQueue::draw_tile(uword tile, const Window& window, u64& pixels) {
 
 void TileQueue::draw(LitOwners& lit, u64& pixels) {
     sort_into_tiles();
+
+    // Tile by tile, from the top left.
     uword tile = 0;
     for (s32 down = 0; down < tiles_down; down++)
         for (s32 across = 0; across < tiles_across; across++, tile++)
             draw_tile(tile, window_of(across, down), pixels);
+
+    // Report, in the order in which they came.
     for (uword i = 0; i < stars.len(); i++)
         if (stars[i].lit)
             lit.add(stars[i].owner);

@@ -1,11 +1,11 @@
-// Stars that are drawn later, tile by tile, so that the pixels of a tile stay in the nearest caches
-// while everything that reaches it is added. Within a tile stars are added in the order they came,
-// so every pixel gets the same bits as without a list.
+// A queue of strokes that are drawn tile by tile, so that a tile's pixels stay in the nearest caches
+// while everything that reaches it is added. Within a tile strokes are added in the order in which
+// they came, so every pixel gets the same bits as without a queue.
 //
-// Shapes:    up to most_stars, which reach up to most_reached tiles together.
+// Shapes:    up to most_stars strokes, which together reach up to most_reached tiles.
 // Errors:    start() asks for all memory and throws StrXception "out of memory …", with nothing
 //            taken; nothing else throws.
-// Threads:   one list belongs to one thread.
+// Threads:   one queue belongs to one thread.
 #pragma once
 
 #include "core/array.h"
@@ -13,8 +13,8 @@
 
 namespace velmora {
 
-// How many of the owners got light into a pixel, each counted once however many of its segments
-// did. Owners come in ascending order, from 1 on.
+// Counts the owners that put light into a pixel, each once, however many of its segments did.
+// REQUIRES: owners come in ascending order, from 1 on.
 class LitOwners {
 public:
     void add(u32 owner) {
@@ -34,36 +34,36 @@ public:
     static const u32 most_stars = 32768;
     static const u32 most_reached = 16 * most_stars;
 
-    // For an image whose stars have the brush in common. The list must be empty.
+    // Prepares for the strokes of one brush. REQUIRES: the queue is empty.
     void start(const Brush& brush);
 
-    // Whether tiles gain anything: an image that the caches hold needs none.
+    // Whether tiles save time: an image that fits the caches needs none.
     bool is_worth_it() const { return worth_it; }
 
-    // Takes a star that is to be drawn for record number `owner`; owners come in ascending order.
-    // False, with nothing taken, when there is no room before the next draw(); an empty list has
-    // room for every star.
-    bool append(const Stroke& star, u32 owner);
+    // Takes a stroke of the star numbered `owner`; owners come in ascending order. False, with
+    // nothing taken, when there is no room before the next draw(); an empty queue has room for every
+    // stroke.
+    bool append(const Stroke& stroke, u32 owner);
 
-    // Draws and forgets what is there. Adds the owners that got light into a pixel to `lit`, and to
-    // `pixels` how many were written.
+    // Draws all strokes and empties the queue. Adds the owners that put light into a pixel to
+    // `lit`, and the number of pixels written to `pixels`.
     void draw(LitOwners& lit, u64& pixels);
 
 private:
     struct Entry {
         Stroke star;
         u32 owner;
-        u32 tiles; // that it reaches
-        bool lit;
+        u32 tiles; // how many it reaches
+        bool lit;  // whether it put light into a pixel
     };
 
     Brush brush;
     bool worth_it;
     s32 tiles_across, tiles_down;
     Array<Entry> stars;
-    Array<u32> reached; // tiles, star by star
-    Array<u32> order;   // the same sorted: stars, tile by tile
-    Array<u32> starts;  // of each tile's part of `order`, and the end of the last
+    Array<u32> reached; // tiles, stroke by stroke
+    Array<u32> order;   // the same, sorted: strokes, tile by tile
+    Array<u32> starts;  // where each tile's part of `order` starts, and the end of the last
 
     template <class Visit>
     void for_each_tile(const Stroke& star, const Visit& visit) const;

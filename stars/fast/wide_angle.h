@@ -1,13 +1,14 @@
-// Angles of more turns than a double can be reduced by directly.
+// Reduces angles of so many turns that a double's pi is not exact enough.
+//
+// Units:     radians.
+// Accuracy:  the rest to 2e-16 of itself. The same on every machine.
+// Threads:   a pure function.
 #pragma once
 
 namespace velmora {
 
-// Splits an angle of 8 or more radians, which must be a float's value, into quarter turns and what
-// remains: angle = (quarters + 4 n) * pi / 2 + rest, |rest| <= pi / 4. Infinities and what is no
-// number leave a rest that is none.
-//
-// Accuracy:  the rest to 2e-16 of itself. The same on every machine.
+// Splits an angle into quarter turns and a rest: angle = (quarters + 4 n) * pi / 2 + rest with
+// |rest| <= pi / 4. Infinities and NaN give a NaN rest. REQUIRES: a float's value, at least 8.
 void split_wide_angle(double angle, double& quarters, double& rest);
 
 } // namespace velmora

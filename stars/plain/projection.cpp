@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-// 2 / pi in single precision, as the rest of the arithmetic has always had it.
+// 2 / pi as a float: 90 degrees off the axis come out as 1 - 4e-8.
 static const double two_over_pi = 0.6366197466850281;
 
 namespace {
@@ -28,6 +28,7 @@ static bool outside_unit_disc(const Direction& d) {
 bool world_to_screen(double x, double y, double z, double w, DblMatrix4 m,
                      op_stars_projection projection, int width, int height, double left,
                      double right, double bottom, double top, Vector2& out) {
+    // Transform.
     Direction p = {x * m(0, 0) + y * m(1, 0) + z * m(2, 0) + w * m(3, 0),
                    x * m(0, 1) + y * m(1, 1) + z * m(2, 1) + w * m(3, 1),
                    x * m(0, 2) + y * m(1, 2) + z * m(2, 2) + w * m(3, 2)};
@@ -36,6 +37,7 @@ bool world_to_screen(double x, double y, double z, double w, DblMatrix4 m,
     // Not "divisor >= 0": a NaN counts as visible.
     bool visible = !(divisor < 0);
 
+    // Projection.
     switch (projection) {
     case OP_STARS_PERSPECTIVE: {
         const double scale = 1 / divisor;
@@ -65,6 +67,7 @@ bool world_to_screen(double x, double y, double z, double w, DblMatrix4 m,
     if (p.z < 0)
         visible = false;
 
+    // Pixel position.
     out[0] = float((p.x - left) / (right - left) * width);
     out[1] = float((top - p.y) / (top - bottom) * height);
     return visible;

@@ -14,7 +14,7 @@ static const char* const streak_signature =
     "bool op_star_streak(const StarFramebuffer&, const Vector2&, const Vector2&, float, "
     "const Color3&, float, float, op_stars_lines)";
 
-static const float half_sqrt_pi = 0.88622695f;
+static const float half_sqrt_pi = 0.88622695f; // the Gaussian's line integral: sqrt(pi) / 2 per erf
 
 namespace {
 
@@ -51,10 +51,12 @@ struct StreakProfile {
 
 } // namespace
 
+// Offsets are products of 32 bits, which wrap.
 static s32 wrapping_product(s32 a, s32 b) {
     return s32(u32(a) * u32(b));
 }
 
+// Adds one row's pixels: columns are counted in float, as the span has them.
 template <class Profile>
 static void add_row(const StarFramebuffer& dst, s32 iy, const Span& span, float Y,
                     const Profile& profile, const Color3& color, Drawn& drawn) {
@@ -65,9 +67,10 @@ static void add_row(const StarFramebuffer& dst, s32 iy, const Span& span, float 
             break;
         XASSERT_AT(ix >= 0 && ix < dst.width, "ix >= 0 && ix < dst.width", streak_signature,
                    __LINE__);
+        // Pixel.
         const float a = dst.alpha[at];
         if (a >= 1.0f)
-            continue;
+            continue; // covered
         const float w = (1 - a) * profile(X, Y);
         dst.red[at] += color[0] * w;
         dst.green[at] += color[1] * w;
@@ -78,6 +81,7 @@ static void add_row(const StarFramebuffer& dst, s32 iy, const Span& span, float 
     }
 }
 
+// Rows, from the top; those that `lines` leaves out are counted, too.
 template <class Profile>
 static Drawn add_rows(const StarCall& call, const Path& path, const RowGeometry& rows,
                       const Box& box, const Profile& profile) {
@@ -89,7 +93,7 @@ static Drawn add_rows(const StarCall& call, const Path& path, const RowGeometry&
         if (!row_is_written(iy, call.lines))
             continue;
         const Span span = row_span(path, rows, box, Y);
-        // A span that starts beyond what an integer holds starts beyond the image.
+        // A span that starts outside the integers starts outside the image.
         if (span.ix != INT_MIN)
             add_row(call.dst, iy, span, Y, profile, call.color, drawn);
     }

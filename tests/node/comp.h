@@ -19,12 +19,12 @@ inline velmora::host::PluginPath plugin_path() {
     return velmora::host::PluginPath({VELMORA_PLUGIN_FOLDER});
 }
 
-// The node's op behind the host's wrapper, to look into.
+// The node's op inside the host's wrapper.
 inline const VelmoraNK& inside(DD::Image::Op& op) {
     return *static_cast<const VelmoraNK*>(dynamic_cast<DD::Image::NukeWrapper&>(op).wrapped_iop());
 }
 
-// Sets a knob to what a saved script would have behind its name.
+// Sets a knob to what a saved script would have after its name.
 inline void set(Node& node, const std::string& knob, const std::string& value) {
     velmora::host::HostKnob* const known = node.knob(knob);
     ASSERT_NE(known, nullptr) << knob;

@@ -20,7 +20,7 @@ struct KnobRow {
     DD::Image::KnobType type;
     DD::Image::StoreType store;
     const void* member;
-    std::vector<double> defaults; // empty where the value is no number
+    std::vector<double> defaults; // empty where the value is not a number
     std::vector<Range> range;     // none or one
     Knob::FlagMask flags = 0;
 };
@@ -163,7 +163,7 @@ TEST_F(NodeKnobs, HaveTheirRangeSetBeforeTheirFlagsAndNoTooltip) {
     }
 }
 
-// The rule behind flag 4: a range from 0 to the square of a whole number.
+// The rule of flag 4: a range from 0 to the square of a whole number.
 TEST_F(NodeKnobs, AreLogarithmicWhenTheirRangeEndsAtASquare) {
     int squares = 0;
     for (const Recorder::Declared& knob : recorder.all) {

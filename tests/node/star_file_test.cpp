@@ -236,7 +236,7 @@ TEST_F(NodeStarFile, IsNotMissedWhenItsPathIsTakenAway) {
     EXPECT_FALSE(draws());
 }
 
-// ---- files that open and are none --------------------------------------------------------------
+// ---- files that open but are not databases--------------------------------------------------------
 
 TEST_F(NodeStarFile, OfAnotherMagicFailsAtEveryOpening) {
     comp.set_star_file(folder.write("sky", stars_test::sky_bytes("VELMORA3", scattered_stars(20))));
@@ -310,7 +310,7 @@ TEST_F(NodeStarFile, IsRewoundAfterAPictureWithoutLight) {
     EXPECT_TRUE(same_bits(comp.picture(), lit));
 }
 
-// Bytes behind the last whole record are no star, even when most of one is there.
+// Bytes after the last whole record are not a star, even when most of one is there.
 TEST_F(NodeStarFile, IsDrawnUpToItsLastWholeRecord) {
     const std::string whole = sky(30);
     comp.set_star_file(folder.write("whole", whole));

@@ -43,7 +43,7 @@ double last_bits(double value, long double exact) {
 
 } // namespace
 
-// sin dec stands alone; an angle of any size is reduced exactly before.
+// sin dec is a component of its own; an angle of any size is reduced exactly before.
 TEST(Batch, TakesSinesToOneAndAHalfLastBits) {
     for (KernelLevel level : fast_levels()) {
         const WithKernels kernels(level);

@@ -66,7 +66,7 @@ TEST(HostCamera, LooksAlongPlusZWhereTheHostLooksAlongMinusZ) {
     EXPECT_EQ(seen[3], 1);
 }
 
-// A matrix with every element set, to tell the third row and column apart from the rest: what comes
+// A matrix with every element set, to distinguish the third row and column from the rest: what comes
 // out must undo the widened, transposed and reversed matrix.
 TEST(HostCamera, ReversesTheThirdRowAndColumnOfAnyMatrix) {
     const float columns[16] = {2, 1, 3, 0.5f, -1, 4, 1, 0.25f, 5, 2, 7, 0.75f, 3, 6, 2, 9};

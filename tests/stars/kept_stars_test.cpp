@@ -75,7 +75,7 @@ TEST(KeptStars, AreCountedWhicheverWayTheyAreTaken) {
     EXPECT_EQ(kept.read(), 2u);
     EXPECT_EQ(kept.kept(), 1u);
     star block[4];
-    int len = 1; // behind what the block has already
+    int len = 1; // after what the block has already
     kept.fill(block, len, 4);
     EXPECT_EQ(len, 3);
     EXPECT_EQ(block[1].flux, 2);

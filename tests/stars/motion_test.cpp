@@ -9,7 +9,7 @@ using namespace stars_test;
 
 namespace {
 
-// Where the star ahead, seen by a camera turned by `degrees`, stands in a 64 x 64 image.
+// The place of the star ahead in a 64 x 64 image, seen by a camera turned by `degrees`.
 Vector2 turned_position(double degrees, bool& visible) {
     const VectorN<double, 3> d = velmora::scene_direction(star_ahead());
     Vector2 out;

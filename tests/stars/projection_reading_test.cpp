@@ -25,7 +25,7 @@ struct Star {
 
 const double bit = std::ldexp(1.0, -52); // the last bit of 1
 
-// Where the star stands seen through a window that begins at `corner` and is a few hundred last
+// Where the star is, seen through a window that begins at `corner` and is a few hundred last
 // bits wide: exactly in the corner when the projection gives `corner`, pixels away when the last
 // bit of either coordinate is another.
 testing::AssertionResult is_projected_to(const Place& corner, op_stars_projection projection,
@@ -38,7 +38,7 @@ testing::AssertionResult is_projected_to(const Place& corner, op_stars_projectio
     if (out[0] == 0 && out[1] == 0 && visible == corner.visible)
         return testing::AssertionSuccess();
     return testing::AssertionFailure()
-           << "(" << s.x << ", " << s.y << ", " << s.z << ", " << s.w << ") stands at (" << out[0]
+           << "(" << s.x << ", " << s.y << ", " << s.z << ", " << s.w << ") is at (" << out[0]
            << ", " << out[1] << "), " << (visible ? "visible" : "invisible");
 }
 
@@ -157,7 +157,7 @@ TEST(ProjectionReading, MultipliesByTheAngleBeforeItDividesByTheRadius) {
                                     {row.x, row.y, row.z, 0}));
         told += X * a / r != X * (a / r) && X * a / r != X / r * a;
     }
-    EXPECT_GT(told, 0) << "no direction tells the readings apart";
+    EXPECT_GT(told, 0) << "no direction distinguishes the readings";
 }
 
 // 29572875 / 7 * 7 is 29572875 - 2^-28 and narrows to 29572874; multiplied first it is 29572875

@@ -61,7 +61,7 @@ TEST(Projection, MultipliesRowVectorsFromTheLeft) {
     EXPECT_NEAR(seen.y, 50 * (1 - 0.8765), 2e-5);
 }
 
-// After the divide a point stands at (2 X / Z, 2 Y / Z).
+// After the division a point is at (2 X / Z, 2 Y / Z).
 TEST(Projection, PutsAPinholePointAtFocalTimesItsTangent) {
     static const Case table[] = {
         {0, 0, 1, 0, true, 100, 50},     // straight ahead: the middle
@@ -81,7 +81,7 @@ TEST(Projection, DropsWhatIsBehindThePinhole) {
 }
 
 TEST(Projection, DropsStarsNearerThanTheNearPlane) {
-    // The star stands at 1 / w along the axis and the depth is 1 - 0.1 w.
+    // The star is at 1 / w along the axis and the depth is 1 - 0.1 w.
     EXPECT_TRUE(pinhole(0, 0, 1, 0).visible);
     EXPECT_TRUE(pinhole(0, 0, 1, 5).visible);
     EXPECT_TRUE(pinhole(0, 0, 1, 9.999).visible);
@@ -97,7 +97,7 @@ TEST(Projection, GivesInfinitiesForAPinholeDivideByZero) {
     const Seen seen = pinhole(1, 0, 0);
     EXPECT_EQ(seen.x, infinity);
     EXPECT_TRUE(std::isnan(seen.y)); // 0 times infinity
-    EXPECT_TRUE(seen.visible) << "W is 0 and the depth is no number";
+    EXPECT_TRUE(seen.visible) << "W is 0 and the depth is NaN";
     EXPECT_EQ(pinhole(-1, 0, 0).x, -infinity);
 }
 
@@ -183,7 +183,7 @@ TEST(Projection, LosesAStarExactlyOnTheAzimuthalAxis) {
 
 TEST(Projection, HidesWhatTheDiscDoesNotHold) {
     // Normalisation keeps finite directions within the disc, but for rounding; an overflowing
-    // length does not: L is infinite, X / L is 0. A direction that is no number stays visible.
+    // length does not: L is infinite, X / L is 0. A NaN direction stays visible.
     EXPECT_TRUE(project(hemisphere, not_a_number, 0, 1).visible);
     EXPECT_TRUE(project(azimuthal, not_a_number, 0, 1).visible);
     expect({1e200, 0, 1, 0, true, 100, 50}, project(hemisphere, 1e200, 0, 1));

@@ -77,7 +77,7 @@ TEST(RenderedStar, DrawsNothingForFluxesWithoutAmplitude) {
     data.lum_max = infinity;
     for (double flux : {not_a_number, -1.0, 0.0, -0.0, -infinity, infinity})
         EXPECT_EQ(peak(data, float(flux)), 0) << flux;
-    data.lum_max = 2; // what is infinite is capped like any other; what is no number is not
+    data.lum_max = 2; // infinities are capped like other values; NaN is not
     EXPECT_FLOAT_EQ(peak(data, float(infinity)), 8);
     EXPECT_EQ(peak(data, float(not_a_number)), 0);
 }

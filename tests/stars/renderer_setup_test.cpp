@@ -199,7 +199,7 @@ TEST(RendererSetup, DividesByTheSegmentsNotByTheCameras) {
     bool drew = false;
     StarRenderer(data, picture.fb, input, list).render_all(drew);
     EXPECT_TRUE(drew);
-    // Behind the camera the star stands at the image's middle too: a spot.
+    // Behind the camera the star is at the image's middle, too: a spot.
     EXPECT_NEAR(picture.red(16, 16), 4.0 / 5, 1e-5);
 }
 
@@ -294,7 +294,7 @@ TEST(RendererSetup, NeitherStopsNorDrawsAtSizesThatAreNoNumber) {
 }
 
 TEST(RendererSetup, GivesThePerspectiveItsFocalLengthAndNearPlane) {
-    // A star 30 degrees off the axis stands at focal * tan(30 degrees).
+    // A star 30 degrees off the axis is at focal * tan(30 degrees).
     StarRendererData data = plain_data(64);
     data.projection = OP_STARS_PERSPECTIVE;
     for (double focal : {0.5, 0.866025403784438647, 1.2}) {
@@ -335,7 +335,7 @@ TEST(RendererSetup, TakesANegativeFocalLengthForNoPerspective) {
     StarRendererData data = plain_data(32);
     data.projection = OP_STARS_PERSPECTIVE;
     EXPECT_EQ(peak(data, {make_camera(identity(), -1)}), 0);
-    // With a distance of 2, w = 0.5: the star stands at (X, Y, Z) / 0.5, in front.
+    // With a distance of 2, w = 0.5: the star is at (X, Y, Z) / 0.5, in front.
     data.threed = true;
     Picture picture(32, 32);
     CountingInput input({make_star(90, 0, 1, 255, 255, 255, 2)}, "VELMORA2");

@@ -80,7 +80,7 @@ TEST(Shading, LeavesALuminanceThatIsNoNumberAlone) {
     EXPECT_TRUE(std::isnan(shaded_luminance(float(not_a_number), data)));
     data.bias_exponent = 1;
     data.lum_max = not_a_number;
-    EXPECT_EQ(shaded_luminance(3, data), 3) << "nor does a cap that is none cap";
+    EXPECT_EQ(shaded_luminance(3, data), 3) << "a NaN cap does not cap";
 }
 
 // Single precision: powf of a base that carries three roundings, hence 1e-6.
@@ -227,7 +227,7 @@ TEST(Shading, TakesParallaxOffTheInverseDistance) {
         {true, 4, 25, 0},          {true, 4, 30, 0}, // never below 0
         {true, 0.5, 100, 1},       {true, infinity, 0, 0},
         {true, infinity, 3, 0},    {false, -1, 0, 0},
-        {false, 4, 0, 0}, // a distance that is none is never looked at
+        {false, 4, 0, 0}, // without a distance, its value is not read
         {false, 4, 7, 0},          {false, not_a_number, 0, 0},
         {true, 2, -50, 0.5 + 0.5}, {false, -1, -50, 0.5}, // as the sum says; it pulls every star in
     };

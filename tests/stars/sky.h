@@ -50,7 +50,7 @@ inline std::string sky_bytes(const char* magic, const std::vector<star>& stars) 
     return bytes;
 }
 
-// Stars in memory, which tell how often they were asked for.
+// Stars in memory that count how often they are asked for.
 class CountingInput : public StarInput {
 public:
     int taken = 0;  // calls of next()

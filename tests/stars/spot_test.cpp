@@ -109,7 +109,7 @@ TEST(Spot, FillsItsBoundingBoxAndNothingElse) {
 }
 
 // Spots at multiples of 1/64 have exact midpoints and offsets, and a stationary path's span is the
-// whole box, so only the floors of centre +- reach could tell the places apart, and with these
+// whole box, so only the floors of centre +- reach could distinguish the places, and with these
 // reaches no edge of the box lies closer than 0.01 to a whole number: the law is exact.
 TEST(Spot, ShiftsByWholePixelsBitForBit) {
     for (int sub = 0; sub < 64; sub += 7) {

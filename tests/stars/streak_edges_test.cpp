@@ -161,7 +161,7 @@ TEST(StreakEdges, CrossesAnImageOfOnePixel) {
     }
 }
 
-// ---- Positions that are no numbers, or too large ----------------------------------------------
+// ---- Positions that are NaN or too large -------------------------------------------------------
 
 TEST(StreakEdges, DrawsNothingAtPositionsThatAreNoNumbers) {
     const Vector2 fine = at(12, 9);
@@ -228,7 +228,7 @@ TEST(StreakEdges, LeavesRowsEmptyWhoseStartIsNoNumber) {
 }
 
 // Slope -5e9: three rows above its start the path's line is at column 1.5e10, which fits no
-// integer, while offsets from the midpoint at -5e18 cannot tell that column from the image's.
+// integer, while offsets from the midpoint at -5e18 cannot distinguish that column from the image's.
 TEST(StreakEdges, LeavesRowsEmptyWhoseFirstColumnFitsNoInteger) {
     Picture picture(24, 18, GUARDED);
     EXPECT_NO_THROW(draw_streak(picture, at(12, 9), at(-1e19f, 2e9f), 5, 0.1f, 1));

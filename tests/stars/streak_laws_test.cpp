@@ -153,7 +153,7 @@ TEST(StreakLaws, HasTheSameLightBothWays) {
 
 // Ends at multiples of 1/64 below 512 have exact differences, midpoints and column and row offsets,
 // so every value is computed from the same numbers. The spans are floors and ceilings of numbers
-// that are rounded where they stand; the law is exact as long as none of these lies within 1e-3 of
+// that are rounded in place; the law is exact as long as none of these lies within 1e-3 of
 // a whole number, which is checked for each case. Slopes are powers of two or zero, so that the
 // path's centre on a row is exact too.
 TEST(StreakLaws, ShiftsByWholePixelsBitForBit) {

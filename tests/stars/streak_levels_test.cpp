@@ -1,4 +1,4 @@
-// The fast kernels of every level give the same bytes, touch nothing else, and tell the same.
+// The fast kernels of every level give the same bytes, touch nothing else, and report the same.
 #include "stars/dispatch.h"
 #include "stars/plain/rasterise.h"
 #include "tests/stars/dice.h"
@@ -98,7 +98,7 @@ TEST(StreakLevels, DrawTheSameBytesIntoEveryLayout) {
 }
 
 // The plain reading visits the same pixels, adds to each what the fast kernels add but for both
-// accuracies, and tells the same. What a pixel gets is off by a few roundings of the amplitude
+// accuracies, and reports the same. What a pixel gets is off by a few roundings of the amplitude
 // (spots of sub-pixel size: by the exponential's of a large exponent) and, along a streak, by what
 // two error functions lose of their difference before it is divided by the length.
 TEST(StreakLevels, StayByThePlainReading) {

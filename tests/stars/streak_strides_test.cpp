@@ -1,4 +1,4 @@
-// Strides whose products overflow: pixel (x, y) stands at y * row_stride + x * pixel_stride, each
+// Strides whose products overflow: pixel (x, y) is at y * row_stride + x * pixel_stride, each
 // product in 32 bits, where it wraps, the sum in 64.
 #include "tests/stars/picture.h"
 
@@ -34,7 +34,7 @@ private:
 
 } // namespace
 
-// 2^31 on top of the stride: twice that is 2^32, nothing in 32 bits, so every even row stands where
+// 2^31 on top of the stride: twice that is 2^32, nothing in 32 bits, so every even row is where
 // it stood.
 TEST(StreakStrides, WrapInTheProductWithTheRow) {
     for (Layout layout : {INTERLEAVED, GUARDED, PLANAR}) {

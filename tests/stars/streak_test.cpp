@@ -161,7 +161,7 @@ TEST(Streak, MakesNoNumbersOfAlphaThatIsNone) {
     EXPECT_TRUE(same_bits(bare, picture));
     Picture none(36, 30);
     none.cover_all(not_a_number);
-    EXPECT_FALSE(draw(none)) << "a weight that is no number is not above 0";
+    EXPECT_FALSE(draw(none)) << "a NaN weight is not above 0";
 }
 
 TEST(Streak, TellsTheColourSumsAndTheWeightApart) {

@@ -67,7 +67,7 @@ TEST(WorkedExample, FromARecordsBytesToAPixel) {
 
     // ---- The camera ----------------------------------------------------------------------------
     // The star's direction is (cos 45, 0, sin 45) = (0.7071068, 0, 0.7071068). The camera is moved
-    // so that points lose 0.7071068 of x per unit of w: in camera space the star stands at
+    // so that points lose 0.7071068 of x per unit of w: in camera space the star is at
     //     (0.7071068 - 0.5 * 0.7071068, 0, 0.7071068) = (0.3535534, 0, 0.7071068).
     // With a focal length of 1 it is seen at X = 0.3535534 / 0.7071068 = 0.5, Y = 0; the depth
     // 1 - 0.1 * 0.5 / 0.7071068 = 0.93 is in front of the near plane. In pixels:
@@ -99,7 +99,7 @@ TEST(WorkedExample, FromARecordsBytesToAPixel) {
     EXPECT_NEAR(picture.green(40, 16), 0.5635824 * 2, 1e-5);
     EXPECT_NEAR(picture.blue(40, 16), 0.3136382 * 2, 1e-5);
 
-    // In all the spot carries amplitude * pi * 1 * 2 of light, but for what is behind the cover and
+    // In all the spot carries amplitude * pi * 1 * 2 of light, but for what the cover hides and
     // for 1e-4 of sampling at a width of one pixel.
     const double light = 2 * 3.141592653589793 * 2 - 0.25 * 0.2706706;
     EXPECT_NEAR(picture.total(0), 0.625 * light, 3e-4 * 0.625 * light);
