@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Plain and fast in turn on the same input: what the fast kernels gain, as ratios within one run.
 //
 //     velmora_compare [--pairs N] [--quick] [CASE…]

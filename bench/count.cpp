@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Work to count instructions of: velmora_count CASE LEVEL TIMES prints how many units (stars or
 // pixels) it did. Two runs of different length and the difference of what they took give the
 // instructions per unit; scripts/count-instructions does that.

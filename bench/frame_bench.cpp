@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Whole frames at 1920x1080 with the node's default knobs.
 #include "bench/sky.h"
 

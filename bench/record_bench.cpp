@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Ways to take the records of a mapped file in blocks, and what a scan of faint stars costs in all.
 //
 // Only the copies survive a file that is cut while it is read: the others check whether its pages

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A made-up sky to measure with: evenly spread stars, the same in every run.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What one record costs before any pixel: kept or left out.
 #include "bench/sky.h"
 

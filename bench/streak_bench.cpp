@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What one pixel of a spot or a streak costs.
 #include "bench/sky.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Opening a star database, checked, and reading its bytes.
 //
 // Errors:    CatalogError naming the file: missing or not readable (with the system's reason), not

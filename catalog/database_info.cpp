@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "catalog/database_info.h"
 #include "catalog/catalog_error.h"
 #include "catalog/database_file.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The contents of a star database, counted star by star, and what is odd about them.
 //
 // Units:     see stars/starfile.h; magnitudes are -2.5 log10(flux).

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The bytes of a star database: its header and its records, the same on every machine.
 //
 //     header:  0  8 bytes  magic, "VELMORA2" in what we write

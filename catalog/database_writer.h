@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Writing star databases: version 2, brightest star first, the same bytes for the same stars.
 //
 // Units:     see stars/starfile.h.

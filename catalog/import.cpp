@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "catalog/import.h"
 
 #include "catalog/reader.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Reading whole catalogues, in any supported format, into the records of one database.
 //
 // Errors:    throws CatalogError naming the file and what is wrong in it, StrXception when the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "catalog/photometry.h"
 
 #include "core/srgb.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // From catalogue magnitudes and colour indices to a record's flux and colour bytes, and back.
 //
 // Units:     V and B-V in Johnson magnitudes, flux linear with V = 0 at 1, temperatures in kelvin.

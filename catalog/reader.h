@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // One star after the other from any catalogue, whatever its file looks like.
 //
 // Units:     ra and dec in degrees (J2000), vmag and bv in magnitudes (Johnson), plx and e_plx in

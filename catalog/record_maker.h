@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // From what a catalogue says about a star to its record in a database.
 //
 // Units:     see catalog/reader.h and stars/starfile.h; distances in parsec.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "catalog/source_file.h"
 #include "catalog/catalog_error.h"
 #include "osapi/osapi.h"

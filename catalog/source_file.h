@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A catalogue file read as lines of text, plain or compressed with gzip, whatever its name.
 //
 // Shapes:    a line ends in LF or CRLF and has at most `longest_line` bytes before that; the last

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The bytes of a file, unpacked if its first two bytes say that it is compressed with gzip.
 //
 // Shapes:    the members of a gzip file are joined into one text; zeros may follow the last, as on

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # How all our sources are compiled: with warnings, and with floating point exactly as written.
 
 add_library(velmora_rules INTERFACE)

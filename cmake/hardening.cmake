@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # Release builds are hardened as Debian hardens its own programs: stack overflows are detected, the
 # tables of addresses are read-only once the program has started, and programs load at a random
 # address (PIE). Checks by the processor (-fcf-protection) are left out: Debian 12's start-up

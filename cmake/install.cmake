@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # What `cmake --install` makes: a self-contained folder that may be moved anywhere, and that users of
 # Nuke add to NUKE_PATH.
 #

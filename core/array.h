@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A growable heap block that counts bytes, and a typed array on top of it.
 //
 // Units:     ByteArray counts bytes, `length` included; Array<T>::len() and indices count elements.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Interned texts, compared by address, and hash maps keyed by pointers.
 //
 // Shapes:    every list is circular and doubly linked; a head points at itself when empty, and

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Byte streams: an input, an output, and a buffer on top of either.
 //
 // Units:     positions and counts are bytes.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Fixed-size vectors and 4x4 matrices in single and double precision.
 //
 // Shapes:    a matrix is stored row by row; a point is a row vector on the left, p' = p · M:

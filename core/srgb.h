@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The sRGB transfer curve.
 //
 // Errors:    none; outside [0, 1] the curve is continued by the same formula.

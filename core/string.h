@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A heap-allocated, NUL-terminated 8-bit text that is one pointer wide.
 //
 // Shapes:    null is the empty text; no length or capacity is kept, so len() walks the text and

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Integer types of fixed width and of the machine's word size, used by every core header.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // For destructors that may throw, which must not while another exception is propagating: the
 // program would be terminated.
 //

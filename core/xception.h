@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The exceptions of the library, and the macros that raise them with their location.
 //
 // Errors:    a broken invariant is an AssertXception, any other failure a StrXception; thrown by

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
 """Makes stars.csv.gz, the bundled table of the stars in the Hipparcos catalogue.
 
 Reads:   D3/data/stars.14.json       Hipparcos number, V, B-V, coarse place (0.0001 degree)

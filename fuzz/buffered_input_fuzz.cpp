@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Any bytes read through a buffer of any small size, with pushed back bytes, line reads and seeks in
 // between: the result is the same as from the plain bytes.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Any bytes read as a camera file: refused with a ChanError of one line, or a camera that is finite
 // at all times.
 #include "fuzz/law.h"

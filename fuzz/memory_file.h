@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A file that is only memory, for readers that take a path; Linux only.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Any bytes read as metadata text: only failures that the text form knows, and a set that can be
 // written and read again, see docs/metadata-text.md.
 #include "core/xception.h"

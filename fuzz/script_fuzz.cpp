@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Any bytes read as a saved script: refused with a ScriptError of one line, or nodes that are wired
 // to earlier ones, knobs whose curves are finite, and a script that can be written and read again.
 #include "fuzz/law.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Any bytes read as a star database: the inspector's figures add up, and the renderer's reader
 // sees the same stars.
 #include "catalog/catalog_error.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Any bytes, plain or packed, read as a star table: refused with a CatalogError of one line, or
 // stars that a record can hold.
 #include "catalog/catalog_error.h"

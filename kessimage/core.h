@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The base of the image library: pixel memory whose allocation can be traced, and numbered errors.
 //
 // Errors:    malloc_pixels throws StrXception "out of memory".

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Images and their descriptions: size, row stride, pixel format and typed metadata.
 //
 // Units:     strides and sizes in bytes, computed in 32 bits: a size that does not fit wraps

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Single values of image metadata, each with its type: floats, texts and matrices.
 //
 //     class                      type()  type_str()  value

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Sets of named values: looking them up, setting, updating and visiting them.
 #define XSOURCE "metadata"
 

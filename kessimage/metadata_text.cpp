@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The one-line text form of metadata: "KESSMETA1", then " type:name=value" for each value.
 #define XSOURCE "metadata"
 

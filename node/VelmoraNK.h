@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The node: stars of a database, seen through the comp's camera, as an image.
 //
 // Each validation turns the knobs and the camera's samples into what the renderer takes; opening

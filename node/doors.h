@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What the plug-in offers to programs that drive it, besides the node: which kernels draw, and what
 // the last frame took. The functions are extern "C", to be found with dlsym().
 //

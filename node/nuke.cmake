@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: BSD-3-Clause
+
 # The host's interface from the installation in NUKE_ROOT, as the target DDImage.
 #
 # The plug-in, and the library in it, are compiled with the layout of std::string that the host was

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The camera operator's values, under the names that the host's version has for them.
 //
 // Units:     focal length and apertures in millimetres; matrices camera to world, column by column.

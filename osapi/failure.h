@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // How a failed system call becomes an exception: the one place that turns errno into a message.
 //
 // Errors:    XTHROW_ERRNO("kill(%d,%d)", pid, sig) throws a StrXception with the message

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "core/unwinding.h"
 #include "osapi/failure.h"
 #include "osapi/osapi.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The door to the operating system.
 //
 //     Types                              OSAPI_pid_t, fd_t, FileTime, pollfd

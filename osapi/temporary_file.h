@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The file to which a writer of `path` writes: `path` + ".inprogress", held by one writer at a
 // time, in this process and in others, until it is renamed to `path`.
 //

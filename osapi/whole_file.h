@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Writing a file so that it appears whole or not at all, with its descriptor closed in any case.
 //
 // Errors:    StrXception when the system refuses, and whatever `write_bytes` throws: the file at

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 """Adds the plug-in for the running Nuke to the plug-in path.
 
 Nuke runs this from every folder of NUKE_PATH, with and without a GUI, in

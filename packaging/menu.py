@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 """Adds the node to the Nodes menu, under Draw.
 
 Nuke runs this after init.py, and only when it has a GUI.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // How near both readings come to the formulas in streak.h, taken in double. The tests hold both to
 // these figures.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/dispatch.h"
 
 #include "stars/plain/engine.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Says which reading draws, the plain one or the fast kernels: the one place that knows both.
 //
 // Threads:   pure functions, and what they draw with has no state of its own.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Draws the stars of one frame in the order in which they come. There are two engines: the plain
 // reading's, which defines the result, and the fast kernels'.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The film window: the rectangle of the image plane that the image shows.
 //
 // Units:     film units: those of the camera's apertures and focal length (millimetres from a host)

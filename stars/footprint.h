@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Where a star is drawn: the path that its spot takes, and the rows and columns that it reaches.
 // Both rasterisers use it, so that they visit the same pixels.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The float image that stars are added into, and which of its rows may be written.
 //
 // Ownership: a StarFramebuffer is a view; the image must outlive it.

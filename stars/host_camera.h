@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // From the host's camera to the renderer's.
 //
 // Units:     the host's matrices are 16 floats, column by column, for column vectors, camera to

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Walks the stars of an input and hands on those that the luminance threshold keeps.
 //
 // Ownership: input and parameters are borrowed; records belong to this object or the input.

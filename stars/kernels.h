@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Which reading draws: the plain one, or the fast kernels at one of the levels of this machine.
 //
 // The plain reading is scalar, goes through the C library, and defines what a pixel should be. The

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // One star's position on the image in one camera sample.
 //
 // Units:     positions in pixels, x right, y down from the top row; the film window in film units

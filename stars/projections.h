@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The projections: how directions become positions on the image. Values are the node's menu indices.
 #pragma once
 

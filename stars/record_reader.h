@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Takes records from a star input, many at a time where it has them in memory.
 //
 // Another process may shorten a mapped file at any moment, and touching a lost page then ends this

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a renderer is asked to draw: its parameters, and the camera's samples within the shutter.
 //
 // Units:     the film window and focal lengths share one film unit; `spot_width` and `star_size`

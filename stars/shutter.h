@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // When the camera is sampled for motion blur.
 //
 // Units:     frames.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // One call of op_star_streak, and what it reports: what both readings of it take and give.
 //
 // Units:     pixels, x right, y down from the top row, as in streak.h.

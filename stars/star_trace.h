@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What drawing one star starts from, as the plain reading has it: for those who explain a picture.
 //
 // Units:     positions and sizes in pixels, x right, y down from the top row; linear light.

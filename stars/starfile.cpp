@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #define XSOURCE "stars"
 
 #include "stars/starfile.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The star database file, mapped and read record by record.
 //
 //     record 0, the header:  offset 0  8 bytes   "VELMORA1" or "VELMORA2", no terminator

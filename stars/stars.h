@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Renders a star database into a float image: one StarRenderer draws one image.
 //
 //     const StarFramebuffer fb = framebuffer_of(image);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/streak.h"
 
 #include "stars/dispatch.h"

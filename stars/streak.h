@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Gaussian spots and the streaks they leave while they move, added into a float framebuffer.
 //
 // Units:     positions and sizes in pixels, x right, y down from the top row; pixel (x, y) is

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // operator new, which fails on demand in programs that link failing_memory.cpp. The C++
 // library uses it too, so its streams and strings run out of memory as everything else does.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // How the compiler spells functions in messages: g++'s way is the one that users see and tests expect.
 //
 //     clang                                       g++

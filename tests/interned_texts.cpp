@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // For programs that intern texts: tells the leak sanitizer what the intern table keeps by design. The texts are not freed when the process ends, and the list nodes of texts made
 // permanent not when the table is cleaned up.
 

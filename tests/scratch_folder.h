@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A folder that exists while the object lives, and the files in it.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Infinity and NaN under one name each: a test takes those of its type.
 //
 //     using namespace velmora_test::doubles;

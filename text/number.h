@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Numbers in text from outside, read whole or not at all, and written.
 //
 // Shapes:    decimal digits with an optional sign, fraction and exponent, nothing before or after;

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Text from outside (a file's content, a path, an argument) made fit to be part of a message.
 //
 // On a terminal such text could move the cursor, recolour or erase what is there, pretend to be a

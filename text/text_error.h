@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // An error in what comes from outside, such as a file: where, and why.
 //
 // Each kind of input has an exception of its own, derived from this one:

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // How a command fails: one line, "velmora: <what>: <why>", and an exit status.
 #pragma once
 

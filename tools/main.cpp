@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The command line: hands the arguments to the commands and turns failures into exit statuses.
 #include "text/quoted.h"
 #include "tools/commands/commands.h"

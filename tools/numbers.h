@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Lists of numbers in arguments and attributes.
 //
 // Accuracy:  text from here reads back as the same numbers.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Messages to the user, on standard error.
 //
 // Errors:    none: what cannot be written is lost.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "catalog/readers/formats.h"
 
 #include "catalog/readers/star_table.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Opening a catalogue in any format that can be read; its first bytes decide which one it is.
 //
 // A new format is a file in this folder and an entry in the list in formats.cpp.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The format of the bundled star table: a header line, then a line of comma-separated values for
 // each star.
 //

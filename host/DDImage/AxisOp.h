@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // An axis: position, rotation and scale in space, relative to a parent axis if there is one.
 //
 // Inputs:    0, the parent.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A rectangle of pixels.
 //
 // Shapes:    half-open: columns [x, r), rows [y, t), counted from the bottom row up. A box of at

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A camera: an axis with a lens. It looks along its -z, with y up.
 //
 // Units:     focal length and apertures in millimetres, distances in scene units, roll in degrees,

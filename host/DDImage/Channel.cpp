@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include <DDImage/Channel.h>
 #include <deque>
 #include <string>

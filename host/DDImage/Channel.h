@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The channels of an image: numbers from 1, the first ten with fixed names.
 //
 // Threads:   main thread only, for the names.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A set of channels.
 //
 // Shapes:    foreach (z, channels) { ... } visits the channels in the order of their numbers.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Marks what libDDImage.so gives to plug-ins, which are often compiled with hidden visibility.
 #pragma once
 

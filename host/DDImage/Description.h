@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a plug-in announces about itself while it is loaded.
 //
 // Threads:   main thread only.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include <DDImage/Format.h>
 #include <deque>
 #include <vector>

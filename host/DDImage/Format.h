@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The size of an image and the shape of its pixels.
 //
 // Shapes:    the box is the image's area within the file's width and height.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A 64-bit hash of what an op's output depends on: a cyclic redundancy check.
 //
 // Source:    CRC-64/ECMA-182, polynomial 0x42F0E1EBA9EA3693, most significant bit first, from 0.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // An op that makes an image, row by row.
 //
 // Shapes:    row 0 is at the bottom; spans of columns are half-open, [x, r).

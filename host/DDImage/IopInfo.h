@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What an image op says about its image: the box that it fills, its format and its channels.
 //
 // Ownership: formats are borrowed.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A control of a node: a value, which may be animated, that the host stores into the ops.
 //
 // Units:     times are frames.

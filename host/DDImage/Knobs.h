@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // How an op declares its knobs: one call for each, in the order of the panel.
 //
 // The host calls Op::knobs() once to make the knobs of a node, and then each time it stores their

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A 4x4 matrix of floats for column vectors, kept column by column.
 //
 //     | a00 a01 a02 a03 |    m[column][row] is a<row><column>; array() runs down the columns:

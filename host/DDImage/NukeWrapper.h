@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Wraps an image op, and adds the usual controls: a choice of channels, a mask and a mix.
 //
 // The result is w * output + (1 - w) * first input, where w is mix times the alpha of the mask (the

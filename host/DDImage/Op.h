@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // An operator: a node at one output context (frame and view), which makes the output.
 //
 // The host makes an op for each node and context that it needs. It then calls, in this order:

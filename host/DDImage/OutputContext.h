@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The frame and the view for which an op makes its output.
 //
 // Threads:   a value.

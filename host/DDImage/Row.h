@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A span of pixels of one row, columns [x, r), with any channels.
 //
 // Shapes:    pointers are indexed by the absolute column: row[channel][x] is the first pixel.

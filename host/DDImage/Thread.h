@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Locks, for what the engine calls of several threads share.
 //
 // Threads:   a thread that locks twice deadlocks: locks are not recursive.

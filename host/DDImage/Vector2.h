@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Two floats: a point or a size on a plane.
 #pragma once
 

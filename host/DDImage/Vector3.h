@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Three floats: a point or a direction in space.
 #pragma once
 

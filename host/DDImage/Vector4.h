@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Four floats: a homogeneous point, the point (x, y, z) / w.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The version of the host's interface that these headers follow.
 #pragma once
 

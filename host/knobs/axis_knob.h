@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The knob for an affine transformation, whose parts are knobs of their own: translate, rotate,
 // scaling, uniform_scale, skew, pivot, xform_order, rot_order, and useMatrix, with which `matrix`
 // replaces all of them.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The knob that picks channels: all, none, rgb, rgba, alpha, depth, or a list of channel names.
 //
 // Shapes:    scripts hold one of these words or a list; a word with a minus is left out.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "host/knobs/choice_knob.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A knob that picks one item of a menu.
 //
 // Shapes:    scripts hold the item's text. An index is accepted as well, even out of range.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The knob that picks an image's format; the project's until one is picked.
 //
 // Errors:    ScriptError for texts that are not a format.

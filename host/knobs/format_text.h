@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A format as scripts write it: "width height [x y r t] [pixel aspect] [name]", or a name alone.
 //
 // Shapes:    the box [x, r) x [y, t) lies inside width x height, and is all of it by default.

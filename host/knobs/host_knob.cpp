@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "host/knobs/host_knob.h"
 
 #include "host/runtime/checks.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The base of the host's knobs: the interface's Knob, with values for saved scripts and with checks
 // of what is stored.
 //

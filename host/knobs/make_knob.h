@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Makes the knob that a declaration describes.
 //
 // Ownership: the caller's; a knob of a format borrows the project.

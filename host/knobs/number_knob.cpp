@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "host/knobs/number_knob.h"
 
 #include "host/script/script_writer.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Knobs of one or more numbers, each of which may be animated: integers, switches, sliders,
 // colours, points, matrices.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Knobs that hold a text: strings and file names.
 //
 // Errors:    ScriptError for a file name that has to be computed, see read().

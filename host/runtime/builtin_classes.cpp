@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The host's own node classes: cameras and axes, under the names of all versions of the host.
 #include "host/runtime/node.h"
 

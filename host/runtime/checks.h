@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Checks of plug-ins, for their developers.
 //
 // Checked:   engine writes only inside its span and runs only between open and close; each knob is

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A comp: its nodes, and the project's format, frame range and rate.
 //
 // Ownership: a graph owns its nodes and its project.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "host/runtime/node.h"
 
 #include "host/knobs/make_knob.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A node of a comp: a class of ops, the values of its knobs, and its inputs.
 //
 // Ownership: a node owns its knobs and one op, its prototype, which answers questions about the

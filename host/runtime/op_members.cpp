@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The members of the interface's classes that need the runtime: ops ask their node, descriptions
 // what is loading their plug-in.
 #include "host/runtime/node.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The ops of a node and of everything upstream of it, for one frame at a time.
 //
 // Within the tree a node has one op for each output context (frame and view) that is asked of it,

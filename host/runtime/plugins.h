@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Finds op classes: those already loaded, and those in plug-ins along a path of folders.
 //
 // A class X that is not loaded is searched for as X.so, then as X.tcl, folder by folder; the first

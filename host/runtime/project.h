@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What the nodes of a comp share: the default format, and a black image in it.
 //
 // Ownership: a graph owns its project, which outlives the graph's nodes and their ops.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Renders one image op: validate, request, open, pull the rows, close.
 //
 //     Opened opened(op);

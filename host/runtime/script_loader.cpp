@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "host/runtime/script_loader.h"
 
 #include "host/knobs/format_text.h"

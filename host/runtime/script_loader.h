@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Loads the nodes of one class from a saved script, with everything upstream of them.
 //
 // Errors:    ScriptError, with its place, for whatever would make another image than in the host:

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // From degrees, in which the host gives angles, to the radians of the C library.
 #pragma once
 

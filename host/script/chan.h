@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The host's camera text form, `.chan`: one line per frame with seven or eight numbers.
 //
 //     frame  tx ty tz  rx ry rz  [vfov]

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // One number of a knob over time, as saved in a script: a number, or {curve ...} with its keys.
 //
 //     {curve i L l x1 35 x10 50 s2 t0 u1.5 v0.5}

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The focal length of a pinhole camera from its field of view.
 //
 // Units:     angles in degrees, strictly between 0 and 180; focal length and aperture above 0, in

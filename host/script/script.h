@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A saved comp script: its project settings, and its nodes with their knobs and inputs.
 //
 //     Camera2 { ... }        a node pops its inputs from a stack, input 0 first, and pushes itself;

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The text of a saved comp script: commands of words, quoted texts and braced lists, each with its
 // place in the file.
 //

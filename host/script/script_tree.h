@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A value of a saved script with the items of its lists, at any depth.
 //
 // Shapes:    a list is split when its items are first asked for, and once. Not earlier: whether

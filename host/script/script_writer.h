@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Writes comp scripts as text that Script::parse reads back as an equal script.
 //
 // Shapes:    a node whose only input is the node before it finds it on the stack; other inputs are

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The host's axis: position, rotation and scale of something in space.
 //
 // Units:     angles in degrees, lengths in scene units.

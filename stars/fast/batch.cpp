@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/fast/batch.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Some stars at a time: their places on the image in each camera sample, and which of them can
 // reach it.
 //

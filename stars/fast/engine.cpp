@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/fast/engine.h"
 
 #include "stars/fast/shading.h"

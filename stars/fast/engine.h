@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Draws stars by the fast kernels: a batch at a time is placed on the image, and those that reach
 // it wait to be drawn tile by tile.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Polynomials of the fast kernels' own functions, lowest power first.
 //
 // Source:    printed by scripts/fit-polynomials; edit that.

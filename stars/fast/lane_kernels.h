@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The fast kernels, once per instruction set: what they take and give. lane_kernels.inc says what
 // they do, level.h which of them run.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/fast/lanes_avx2.h"
 
 #define VELMORA_LANES avx2_lanes

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/fast/lanes_avx512.h"
 
 #define VELMORA_LANES avx512_lanes

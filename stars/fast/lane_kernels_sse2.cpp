@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/fast/lanes_sse2.h"
 
 #define VELMORA_LANES sse2_lanes

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // From records to places on the image, once per instruction set: what the kernels take and give.
 // lane_places.inc says what they do.
 //

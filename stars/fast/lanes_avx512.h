@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Sixteen floats or eight doubles at a time; the same operations as in lanes_sse2.h.
 #pragma once
 

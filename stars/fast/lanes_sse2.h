@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Four floats or two doubles at a time, with what every x86-64 processor has.
 //
 // Shapes:    F is one pixel of four interleaved floats, or four floats in a row; D is half of that

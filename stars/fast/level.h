@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The kernels of each level, and which levels this machine has.
 //
 // Accuracy:  every level gives the same bytes.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The plain reading's steps as the fast kernels take them: segment, reach, bounding box and row
 // geometry are the same code; streak constants, rows and pixels are worked out a row at a time, and
 // only columns that come out as exactly 0 are left out.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Draws one star by the fast kernels: first where it draws, then, window by window, the pixels.
 //
 // Units:     pixels, as in streak.h.

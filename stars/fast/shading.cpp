@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/fast/shading.h"
 #include "stars/fast/steady_math.h"
 

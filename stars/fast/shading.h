@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // From a catalogue record to linear light, the same on every machine.
 //
 // Units:     luminance and colours linear, in single precision.

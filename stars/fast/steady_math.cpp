@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/fast/steady_math.h"
 #include "core/types.h"
 #include "stars/fast/fitted.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Logarithm and power of floats, the same on every machine: they consist of sums, products,
 // quotients and moves of bits, without the C library, whose functions may differ between processors.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A queue of strokes that are drawn tile by tile, so that a tile's pixels stay in the nearest caches
 // while everything that reaches it is added. Within a tile strokes are added in the order in which
 // they came, so every pixel gets the same bits as without a queue.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/fast/wide_angle.h"
 #include "core/types.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Reduces angles of so many turns that a double's pi is not exact enough.
 //
 // Units:     radians.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/plain/engine.h"
 
 #include "stars/plain/rasterise.h"

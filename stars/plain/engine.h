@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Draws stars as the plain reading has them: one after the other, step by step. It defines what a
 // frame should be.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The plain reading of op_star_streak: scalar, one pixel after the other, through the C library. It
 // defines what a pixel should be.
 //

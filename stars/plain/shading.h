@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // From a catalogue record to linear light and a direction: the plain reading.
 //
 // Units:     angles in degrees, luminance and colours linear, in single precision; directions are

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The writer against a disk that fills.
 #include "catalog/database_writer.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "catalog/database_record.h"
 #include "catalog/database_writer.h"
 #include "tests/catalog/failures.h"

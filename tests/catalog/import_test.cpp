@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "catalog/import.h"
 #include "tests/catalog/failures.h"
 #include "tests/scratch_folder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "catalog/record_maker.h"
 
 #include <gtest/gtest.h>

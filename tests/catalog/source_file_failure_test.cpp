@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Catalogue files as a busy or failing system gives them: whole, or an error.
 #include "catalog/source_file.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Strings, arrays and exceptions when the allocator is empty.
 
 #include "core/array.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What strings and arrays ask the allocator for.
 
 #include "core/array.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The allocator as the library's calls see it in this program: every call is written down, and any
 // of them can be made to find no memory. The linker's --wrap puts it in front of libc's.
 #pragma once

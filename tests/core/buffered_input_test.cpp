@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "core/io.h"
 
 #include "tests/core/streams.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/core/heap_watch.h"
 
 #include <cstdlib>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Every block that a piece of a test asks for and gives back, by operator new, malloc or realloc:
 // written down, and any one request made to find no memory. The program that links the source
 // replaces operator new and delete, and wraps malloc, realloc and free.

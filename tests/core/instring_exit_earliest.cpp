@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A static object of the library's own priority, linked before the library: it interns before any
 // initialiser of the library has run.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // One of two sources whose static objects intern names, at the earliest priority that a program may
 // use and at the ordinary one.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/core/instring_exit_log.h"
 
 #include <unistd.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a small program prints about its interned names on standard output: what its static objects
 // still read while they are destroyed, and in which order the table's blocks are freed after them.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Interns names in every way there is and ends, see instring_lifecycle_test.cpp.
 
 #include "tests/core/instring_exit_log.h"

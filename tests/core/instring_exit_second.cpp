@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The other source with static objects, whose names partly are those of the first.
 
 #include "tests/core/instring_exit_log.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A host that loads the plug-in named by its argument when it has an exit handler already, so that
 // the handler runs after the plug-in's own, and calls into the plug-in once more.
 

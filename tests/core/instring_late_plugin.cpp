@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A plug-in with the library inside, see instring_late_host.cpp.
 
 #include "core/instring.h"

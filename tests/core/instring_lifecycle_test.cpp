@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The intern table while a process starts and ends, seen from outside: a small program whose static
 // objects intern names, linked in several orders.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Interned texts: one record per text, what the table and its lists look like, and lookups that
 // leave no trace.
 

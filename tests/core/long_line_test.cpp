@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A line of more than 4 GiB. Its bytes are all the same, so the pages that hold them are too: the
 // test takes as much memory as the block that is mapped again and again.
 

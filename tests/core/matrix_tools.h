@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Plain linear algebra in long double, and random matrices, to measure the library's against.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "core/newmatrix.h"
 #include "core/xception.h"
 #include "tests/core/matrix_tools.h"

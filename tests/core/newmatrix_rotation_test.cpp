@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Rotations, projection and the splitting of affine matrices.
 
 #include "core/newmatrix.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a piece of a test writes to standard error, and the message of what it throws.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The typed hash map: keys by their bits, values by value, and the three functors.
 
 #include "core/instring.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Streams over bytes in memory that record their calls and do what a test asks.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "core/types.h"
 
 #include <gtest/gtest.h>

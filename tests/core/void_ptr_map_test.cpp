@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The untyped hash map: buckets, order, duplicates and walks.
 
 #include "core/instring.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #define XSOURCE "xception_test"
 
 #include "core/xception.h"

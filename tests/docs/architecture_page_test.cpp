@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // That the files and folders which docs/architecture.md names are there.
 #include "tests/docs/page.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Every fenced block on the pages: our own commands are run as written, and everything else must be
 // listed here with what is done about it.
 //

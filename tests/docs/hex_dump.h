@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The bytes of a page's hex dump.
 #pragma once
 

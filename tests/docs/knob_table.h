@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The table of the node's knobs that docs/node.md shows, from the plug-in itself.
 #pragma once
 

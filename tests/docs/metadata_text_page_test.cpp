@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The examples in docs/metadata-text.md, taken from the page itself.
 #include "kessimage/image.h"
 #include "tests/docs/hex_dump.h"

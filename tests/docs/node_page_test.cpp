@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What docs/node.md says about the knobs, against the node itself.
 #include "tests/docs/knob_table.h"
 #include "tests/docs/page.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A page of the documentation and the blocks between its fences.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Prints the table for scripts/knob-table, which puts it into docs/node.md.
 #include "tests/docs/knob_table.h"
 #include "tools/failure.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The example in docs/star-database.md, taken from the page itself.
 #include "catalog/database_writer.h"
 #include "tests/docs/hex_dump.h"

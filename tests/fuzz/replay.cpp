@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Gives every file of a folder, whole and cut at every length, to the fuzz program that this is
 // linked with, and prints its name. A file that breaks a law is the last one named.
 #include <algorithm>

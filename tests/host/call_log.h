@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The calls that the recording plug-in's ops received, a line each.
 //
 // Threads:   any.

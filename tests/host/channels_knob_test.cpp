@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "host/knobs/channels_knob.h"
 
 #include "tests/host/panel.h"

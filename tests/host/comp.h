@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A comp of the tests' own plug-ins, and the images of its nodes.
 #pragma once
 

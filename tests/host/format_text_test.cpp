@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "host/knobs/format_text.h"
 
 #include <gtest/gtest.h>

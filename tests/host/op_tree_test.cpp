@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "host/runtime/op_tree.h"
 
 #include "tests/host/call_log.h"

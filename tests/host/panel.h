@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // An op with a knob of every kind, and a node of it.
 #pragma once
 

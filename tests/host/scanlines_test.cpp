@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "host/runtime/scanlines.h"
 
 #include "tests/host/call_log.h"

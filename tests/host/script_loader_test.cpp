@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "host/runtime/script_loader.h"
 
 #include "tests/host/comp.h"

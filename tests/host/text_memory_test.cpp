@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Reading texts while memory is short either succeeds as a whole or throws.
 #include "host/script/chan.h"
 #include "host/script/script.h"

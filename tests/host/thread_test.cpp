@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include <DDImage/Thread.h>
 #include <gtest/gtest.h>
 #include <thread>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include <DDImage/Vector2.h>
 #include <DDImage/Vector4.h>
 #include <gtest/gtest.h>

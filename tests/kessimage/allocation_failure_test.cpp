@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Images and metadata when memory runs out: each request for memory is refused in turn. What the
 // library checks ends in an exception and leaves everything as it was; what a String asks for to
 // copy or append a text is not checked, and ends the process.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Pixel memory, its trace, and numbered errors.
 
 #include "kessimage/core.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // An address as printf's %p writes it.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Image descriptions: layout, copies, equality and printing.
 
 #include "kessimage/image.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Images: their pixels' memory, from the ImageSpec to the poisoned remains.
 
 #include "kessimage/image.h"

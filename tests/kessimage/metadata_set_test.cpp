@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Sets of metadata: getting, setting, patching and showing.
 
 #include "kessimage/image.h"

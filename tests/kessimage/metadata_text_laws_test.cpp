@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Laws of the metadata's line over random sets: what comes back as it was, and what does not.
 
 #include "kessimage/image.h"

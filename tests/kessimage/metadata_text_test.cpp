@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The metadata's line of text: what is written, byte by byte, and what is read and refused.
 
 #include "kessimage/image.h"

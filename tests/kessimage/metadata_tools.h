@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Names, matrices and visits for the tests of metadata.
 #pragma once
 

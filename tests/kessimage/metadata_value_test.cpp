@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Single metadata values and their handles.
 
 #include "kessimage/metadata.h"

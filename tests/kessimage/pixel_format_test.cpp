@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Pixel formats: numbers, names, bytes per pixel and natural strides.
 
 #include "kessimage/image.h"

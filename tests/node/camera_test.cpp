@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // From the camera input and the transform knob to the camera records and the film window.
 #include "tests/node/comp.h"
 

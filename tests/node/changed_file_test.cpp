@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A star database that others cut, write to or replace while the node has it open.
 #include "tests/message_of.h"
 #include "tests/node/comp.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What the host learns of the class as the plug-in is loaded.
 #include "tests/node/comp.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A comp with one node of ours, loaded from the plug-in and taken through the host's cycle.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What makes the host compute the picture again.
 #include "tests/node/comp.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What may be connected, and which moments of it the node asks for.
 #include "tests/node/comp.h"
 

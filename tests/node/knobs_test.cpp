@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The knob table, as the node declares it and as the host then has it.
 #include "tests/node/comp.h"
 

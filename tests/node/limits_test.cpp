@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Sizes that cannot be drawn: told at validation, black, and never read past the image.
 #include "host/knobs/format_knob.h"
 #include "tests/node/comp.h"

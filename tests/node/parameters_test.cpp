@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // How each knob reaches what the renderer takes.
 #include "host/runtime/script_loader.h"
 #include "tests/node/comp.h"

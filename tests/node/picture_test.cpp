@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What comes out of the node: rows of the frame that it rendered as it was opened.
 #include "host/runtime/checks.h"
 #include "tests/node/comp.h"

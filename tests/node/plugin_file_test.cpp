@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The plug-in as a file: what it shows to the host's process and what it needs there.
 #include <cstdio>
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The node in the hands of a host without a plan: any call that a host may make, in any order, with
 // files that come, go and change beside it.
 #include "tests/message_of.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The node's pictures against those that the renderer draws by itself.
 #include "host/script/transform.h"
 #include "stars/film.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Star databases for the node's tests: small skies around the direction that a node without camera,
 // and a camera that nobody has moved, look along.
 #pragma once

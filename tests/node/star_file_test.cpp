@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The star database through the node's life: when it is opened, told of, kept, walked and let go.
 #include "tests/message_of.h"
 #include "tests/node/comp.h"

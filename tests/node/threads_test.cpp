@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Rows pulled by many threads at once.
 #include "tests/node/comp.h"
 #include "tests/node/sky.h"

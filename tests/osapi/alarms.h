@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A signal every few milliseconds while the object lives, with a handler that counts and, at the
 // third, calls a function. Calls that wait fail with EINTR, since the handler does not restart
 // them.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Writers that are killed, as by kill -9, before each of their system calls in turn: the final name
 // holds the old bytes or the new ones, whole.
 #include "osapi/osapi.h"

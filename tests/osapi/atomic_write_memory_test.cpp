@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // An exclusive write when its memory runs out: the temporary name is a mark to other writers, so it
 // must not stay where there is no writer.
 #include "osapi/osapi.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Sizes, positions and times that take more than 32 bits, on sparse files and reserved memory. Each
 // differs from what is left of it in 32 bits.
 #include "osapi/osapi.h"

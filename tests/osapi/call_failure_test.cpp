@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Every system call of the OS layer made to fail: the whole message, and nothing left open or
 // mapped.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The calls that report a failure by their result: what they return, and what they leave in errno.
 #include "osapi/osapi.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A child process that is there while the object lives, and is killed and reaped in the end.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Profilers and statistics with times and sizes of the test's own.
 #include "osapi/osapi.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // One call that fails, its message, and what it leaves.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Memory that objects hold when their making or their end fails: it is given back.
 #include "osapi/osapi.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The system calls about files, descriptors and folders made to fail, and the arguments they get.
 #include "osapi/osapi.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What distinguishes one file, and one state of it, from another.
 #include "osapi/osapi.h"
 

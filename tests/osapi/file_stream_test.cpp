@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "osapi/osapi.h"
 
 #include "tests/message_of.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a test sees of the system: the bytes of files, the descriptors and mappings of this process,
 // and actions in a process of their own.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // OSAPI's names of paths in a source that includes <libgen.h> after them, where a macro `basename`
 // names the system's function.
 // clang-format off

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The layer where something has run out: descriptors, room in a file system, the size of a file.
 #include "osapi/osapi.h"
 #include "osapi/whole_file.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Pipes, second descriptors, modes of descriptors, and what ioctl is good for.
 #include "osapi/osapi.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The end of the OS layer's messages.
 #pragma once
 

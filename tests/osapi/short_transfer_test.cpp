@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Reads and writes that move less than they were asked to, at every length, and are interrupted.
 #include "osapi/osapi.h"
 

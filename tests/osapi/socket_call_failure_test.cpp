@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The system calls of sockets made to fail, and the arguments they get.
 #include "osapi/osapi.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/osapi/system_calls.h"
 #include "tests/osapi/wrapped_calls.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The system calls as the library makes them in this program: every call is written down, and any
 // of them can be made to fail. The linker's --wrap puts it in front of libc's.
 #pragma once

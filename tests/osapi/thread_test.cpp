@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What may be called from several threads at once: everything whose state is the caller's own.
 // Meant for the thread sanitizer, which reports what is shared; the values show what got mixed up.
 #include "osapi/osapi.h"

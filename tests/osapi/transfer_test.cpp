@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Reading, writing, seeking and resizing through a descriptor.
 #include "osapi/osapi.h"
 

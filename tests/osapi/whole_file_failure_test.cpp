@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A whole file against a system that refuses: every call fails in its turn, alone and with the
 // clean-up after it.
 #include "osapi/whole_file.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "osapi/whole_file.h"
 
 #include "core/xception.h"

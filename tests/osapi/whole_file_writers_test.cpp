@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Several writers of one name at the same time, each in a process of its own, and what others may
 // have put where the temporary file goes.
 #include "osapi/whole_file.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // How a call is put in front of libc's, for the sources that do.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The calls about files, descriptors, folders and mappings.
 #include "tests/osapi/wrapped_calls.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The calls about processes, signals, sockets, time and stdio.
 #include "tests/osapi/wrapped_calls.h"
 

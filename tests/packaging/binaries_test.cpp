@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/scratch_folder.h"
 
 #include <algorithm>

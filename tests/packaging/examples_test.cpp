@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The example scripts give the same pictures as the options that they document, bit for bit.
 #include "tests/packaging/installed.h"
 

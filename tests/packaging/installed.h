@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The build, installed into a scratch folder of its own for each test.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/packaging/installed.h"
 
 // The files below a folder, by their names from there, sorted.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Builds against an installation: the same node source, compiled and installed for it.
 #include "tests/packaging/installed.h"
 #include "tests/packaging/nuke_installation.h"

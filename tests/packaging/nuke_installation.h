@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A folder that looks like an installation of some version of Nuke, made from the stand-in host.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What NUKE_ROOT must be, and the messages when it is not.
 #include "tests/packaging/nuke_installation.h"
 

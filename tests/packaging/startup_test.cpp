@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The scripts that the host runs at start-up, in a mock host that reports what they did.
 #include "tests/scratch_folder.h"
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
 """What scripts/check-includes refuses in a planted tree, and what it lets pass."""
 import pathlib
 import subprocess

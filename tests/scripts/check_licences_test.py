@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
 """What scripts/check-licences finds missing, and what its --fix makes of it."""
 import pathlib
 import subprocess

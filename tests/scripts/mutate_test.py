@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: BSD-3-Clause
 """Runs scripts/mutate over a project of one function, whose survivors are known."""
 import os
 import shutil

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Directions, projections and shading of the fast kernels against the functions in long double and
 // against the plain reading.
 #include "stars/fast/batch.h"

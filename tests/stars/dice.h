@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Random numbers that are the same with every standard library.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Which engine draws a renderer's stars: the level given, or the process's default.
 #include "tests/stars/kernels.h"
 #include "tests/stars/picture.h"

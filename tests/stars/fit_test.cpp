@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What the fast kernels leave to the plain reading: a call on either side of each of their limits.
 #include "stars/fast/rasterise.h"
 #include "tests/special_values.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/footprint.h"
 #include "tests/special_values.h"
 #include "tests/stars/picture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "kessimage/image.h"
 #include "stars/framebuffer.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Framebuffers whose last byte is followed by a page that may not be touched, and whose first byte
 // follows one.
 #include "tests/stars/dice.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // How far the plain reading and the fast kernels are from the formulas in double, case by case, at
 // every pixel that the plain reading visits: within what stars/accuracy.h states.
 #include "stars/accuracy.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Drawing by kernels of the test's choice.
 #pragma once
 

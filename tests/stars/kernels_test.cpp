@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/stars/kernels.h"
 
 using namespace stars_test;

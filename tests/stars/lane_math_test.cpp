@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The kernels' own exponentials and error function against the C library's in double. One level is
 // enough: the others give the same bits.
 #include "stars/fast/lanes_sse2.h"

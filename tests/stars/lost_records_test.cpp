@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A mapped database that somebody cuts or replaces while it is open: no signal, and the loss is told.
 #include "tests/message_of.h"
 #include "tests/stars/kernels.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The segments that a star leaves from camera sample to camera sample.
 #include "stars/plain/shading.h"
 #include "stars/projection.h"

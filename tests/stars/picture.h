@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Float pictures to draw into, in every memory layout that a framebuffer view can describe.
 //
 // Shapes:    "exact" layouts allocate the samples and nothing more, so that an address checker sees

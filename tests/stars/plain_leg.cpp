@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Linked into a test program, this has everything drawn by the plain reading.
 #include "stars/kernels.h"
 

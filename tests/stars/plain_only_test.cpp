@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The library built without the fast kernels: complete, and drawing.
 #include "stars/kernels.h"
 #include "stars/stars.h"

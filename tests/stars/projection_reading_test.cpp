@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The projection down to its last bit: what the order of its operations decides, in numbers worked
 // out by hand, and the same steps written down once more in double.
 #include "stars/projection.h"

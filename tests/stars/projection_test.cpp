@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/projection.h"
 #include "tests/message_of.h"
 #include "tests/special_values.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Stars whose spots only just reach into the image are drawn: what is passed over before it is
 // drawn, by how far a star can reach at most, reaches nothing.
 #include "tests/stars/kernels.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a spot and a streak should be, twice: the moving spot's integral in double, worked out
 // numerically, and the rasteriser once more in float, operation by operation, for comparing bits.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Whole renders of small skies into pictures.
 #pragma once
 

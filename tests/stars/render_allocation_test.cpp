@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Nothing is allocated per star.
 #include "core/xception.h"
 #include "tests/core/heap_watch.h"

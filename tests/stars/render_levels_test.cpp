@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Whole renders at every level: the same bytes, the same counts, star by star or all at once, and
 // by tiles or not; and the plain reading's picture.
 #include "stars/accuracy.h"

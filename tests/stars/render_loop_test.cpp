@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Record after record: what is taken, when the loop ends, and what it says.
 #include "tests/message_of.h"
 #include "tests/special_values.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The plain reading of the renderer against its steps written down once more, down to the calls
 // that draw, bit for bit.
 #include "stars/projection.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // How bright, of what colour and where one star is drawn: the record's fields down to the picture.
 #include "tests/special_values.h"
 #include "tests/stars/render.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Small skies for the tests: star files in folders of their own, star inputs in memory, cameras and
 // parameters that leave the stars as they are.
 #pragma once

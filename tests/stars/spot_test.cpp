@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/special_values.h"
 #include "tests/stars/picture.h"
 #include "tests/stars/reference.h"

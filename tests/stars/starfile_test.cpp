@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/message_of.h"
 #include "tests/special_values.h"
 #include "tests/stars/picture.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Against the C library's functions in double, whose own error does not show in a float.
 #include "stars/fast/steady_math.h"
 #include "tests/special_values.h"

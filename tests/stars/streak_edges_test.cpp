@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Where thresholds, roundings and numbers out of range decide what a streak touches.
 #include "core/xception.h"
 #include "stars/dispatch.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The fast kernels of every level give the same bytes, touch nothing else, and report the same.
 #include "stars/dispatch.h"
 #include "stars/plain/rasterise.h"

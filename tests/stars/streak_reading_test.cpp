@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The plain reading against the same steps written down once more in float (see reference.h), bit
 // for bit, over random calls of every kind.
 #include "tests/stars/dice.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Strides whose products overflow: pixel (x, y) is at y * row_stride + x * pixel_stride, each
 // product in 32 bits, where it wraps, the sum in 64.
 #include "tests/stars/picture.h"

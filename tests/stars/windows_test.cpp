@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Windows side by side add up to the same bits as one around them, and so do the tiles of a draw
 // list, wherever on the float axis a star is: from 2^24 pixels on a column counter adds 1.0 without
 // moving, and the row runs on to the image's right edge.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // One star from the 32 bytes of its record to the value of one pixel, every number worked out.
 #include "tests/stars/picture.h"
 #include "tests/stars/sky.h"

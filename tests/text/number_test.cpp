@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "text/number.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/catalog/gzip.h"
 #include "tests/scratch_folder.h"
 #include "tools/commands/commands.h"

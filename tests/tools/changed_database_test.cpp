@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A star database that others cut, empty or copy over while the program reads it.
 #include "tests/node/sky.h"
 #include "tests/tools/program.h"

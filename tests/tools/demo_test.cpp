@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The pictures that a new user sees first.
 #include "tests/tools/program.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // velmora explain, held to what velmora render draws.
 #include "tests/stars/dice.h"
 #include "tests/stars/sky.h"

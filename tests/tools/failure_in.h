@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a command would say about an action that must fail.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/frames/frame_range.h"
 
 #include "tests/tools/failure_in.h"

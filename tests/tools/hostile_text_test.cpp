@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a terminal gets to see when files, their names and the arguments hold what it would obey.
 #include "catalog/database_writer.h"
 #include "tests/tools/program.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "stars/kernels.h"
 #include "tests/tools/program.h"
 

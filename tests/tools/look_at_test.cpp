@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/comp/look_at.h"
 
 #include "host/script/transform.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Renders of one star, in a database of its own.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a user reads when the system refuses an output; the calls in every order fail in the tests
 // of the whole file.
 #include "tools/files/output_file.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Pictures and packed catalogues when memory runs out anywhere, in the libraries too: there is a
 // failure, or there are the same bytes as ever. Never fewer.
 #include "catalog/source_file.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/frames/pixel_trace.h"
 
 #include "tests/stars/dice.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/pictures/png_file.h"
 
 #include "tests/special_values.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/tools/process_heap.h"
 
 #include <cerrno>

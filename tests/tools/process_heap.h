@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The heap of the whole process, the libraries that it loads included: requests are counted, and
 // any of them made to find no memory. The program that links the source has its malloc.
 #pragma once

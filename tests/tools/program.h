@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Runs the built command line as a user does, in a scratch folder, and reads what it leaves.
 #pragma once
 

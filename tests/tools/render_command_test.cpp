@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tests/tools/one_star.h"
 
 #include <algorithm>

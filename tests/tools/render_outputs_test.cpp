@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Where the program writes, and what may be in the way there.
 #include "tests/tools/one_star.h"
 

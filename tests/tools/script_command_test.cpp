@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Scripts that the command line writes, and reads again.
 #include "catalog/database_writer.h"
 #include "host/script/script.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Saved comp scripts through the whole program.
 #include "catalog/database_writer.h"
 #include "tests/tools/program.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The real sky, from the bundled catalogue through the whole program: everybody's constellations.
 #include "tests/tools/program.h"
 

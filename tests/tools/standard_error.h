@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a test's subject writes to standard error.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/files/text_file.h"
 
 #include "tests/scratch_folder.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "catalog/database_info.h"
 #include "catalog/database_writer.h"
 #include "catalog/import.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The commands of the command line, each of which adds itself with its options to the program.
 //
 // Ownership: a command keeps its options alive as long as the program.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/commands/explain.h"
 
 #include "host/knobs/format_knob.h"

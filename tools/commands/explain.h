@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The explain command's work: which records of the star database put light into one pixel.
 #pragma once
 

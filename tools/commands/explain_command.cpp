@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/commands/commands.h"
 #include "tools/commands/explain.h"
 #include "tools/comp/comp_options.h"

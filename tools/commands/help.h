@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Help texts that show examples first: an app's footer holds them and is printed above the usage.
 //
 // Ownership: a formatter is shared by the program and its commands.

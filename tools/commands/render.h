@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The render command's work: from options to picture files.
 //
 // Errors:    UsageFailure and WorkFailure for what can be checked before the first frame. After that

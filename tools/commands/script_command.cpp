@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "host/script/script_writer.h"
 #include "tools/commands/commands.h"
 #include "tools/comp/comp_options.h"

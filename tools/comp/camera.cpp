@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/comp/camera.h"
 
 #include "host/knobs/number_knob.h"

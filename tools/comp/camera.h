@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The camera that the command line describes, as a camera node of a comp.
 //
 // Units:     focal length and apertures in millimetres, angles in degrees, translation in scene

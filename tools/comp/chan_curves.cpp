@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/comp/chan_curves.h"
 
 #include "host/script/lens.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The moves of a .chan file as values of a camera's knobs: a key on each of the file's frames, with
 // straight lines between.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a command renders: a comp made from options, or read from a saved script.
 //
 // Ownership: a Comp owns its graph, and the graph its nodes.

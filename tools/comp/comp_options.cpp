@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/comp/comp_options.h"
 
 #include "text/number.h"

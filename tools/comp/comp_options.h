@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The options that choose what is rendered (sky, knobs and camera), for every command with a comp.
 //
 // Ownership: options are stored in the structures given, which must outlive the parsing.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/comp/comp_script.h"
 
 #include "host/knobs/format_knob.h"

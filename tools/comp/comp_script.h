@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A comp as a script that the host opens: the node, its camera and the project's settings.
 //
 // Errors:    UsageFailure for a star database whose path cannot be written to a script.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/comp/knobs.h"
 
 #include "host/knobs/axis_knob.h"

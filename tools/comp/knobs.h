@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The knobs of our node as the command line sets and shows them: text in, text out.
 //
 // Shapes:    numbers are values at a frame; a matrix is its rows, for column vectors.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Turns a camera of the host to a place in the sky.
 //
 // Units:     degrees.

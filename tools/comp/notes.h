@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Warnings about framing mistakes that only show in the picture.
 //
 // Errors:    none: a note that cannot be written is lost.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The functions of node/doors.h, looked up in the loaded plug-in.
 //
 // Ownership: the plug-in must stay loaded; what the functions return belongs to the op.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/comp/star_node.h"
 
 #include "host/runtime/scanlines.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Our node in the stand-in host: where its plug-in is, and how it is made.
 //
 // Errors:    WorkFailure for a plug-in that is missing or cannot be loaded.

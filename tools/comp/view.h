@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What the node of a frame draws: the cameras and the parameters that it hands to the renderer.
 //
 // Units:     as in stars/stars.h.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Exceptions of the catalogue library as failures of a command.
 //
 // Errors:    WorkFailure naming the file.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/files/output_file.h"
 
 #include "osapi/temporary_file.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Files that the tools write: checked before the work, and appearing whole or not at all.
 //
 // Errors:    WorkFailure(path, reason), where the reason is the system's, such as "No space left on

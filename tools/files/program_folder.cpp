@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/files/program_folder.h"
 
 namespace velmora {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Where the program is installed, and what lies there with it.
 #pragma once
 

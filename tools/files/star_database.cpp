@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/files/star_database.h"
 
 #include "catalog/database_file.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Star databases, checked before anything is rendered from them.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Whole text files: cameras and comp scripts.
 //
 // Errors:    WorkFailure(path, reason): what the system says, "is not a regular file" for a pipe or

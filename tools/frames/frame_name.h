@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // File names with a place for the frame number.
 //
 //     sky.####.exr  sky.%04d.exr    sky.0007.exr   padded with zeros to as many digits

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/frames/frame_range.h"
 
 #include "text/number.h"

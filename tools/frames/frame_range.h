@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Lists of frames as users type them: `5`, `1-100`, `1-100x2`, `10-1x3`, `-5--1`, `1,5 8-12`.
 //
 // Shapes:    pieces are separated by blanks, commas or both. <a>-<b> runs from a to b, downwards when

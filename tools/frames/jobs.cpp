@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/frames/jobs.h"
 
 #include "osapi/osapi.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Runs pieces of work one after the other, or several at a time in processes of their own.
 //
 // Errors:    WorkFailure when the system cannot wait for a process. Work that fails is reported and

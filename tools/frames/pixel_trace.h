@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Which stars put light into one pixel of a frame, and how much each.
 //
 // The frame's stars are drawn once more, one after the other in the order of the file, and the pixel

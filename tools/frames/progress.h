@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The progress line of a render: only on a terminal, where messages overwrite it.
 //
 // Threads:   one; the time left is that of frames which each take as long as those before.

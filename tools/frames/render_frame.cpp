@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/frames/render_frame.h"
 
 #include "host/runtime/scanlines.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // One node rendered through the host, frame by frame.
 //
 // Shapes:    four floats per pixel, alpha, red, green, blue, rows top first; alpha stays 0.

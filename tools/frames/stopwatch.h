@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Measures how long the phases of some work take.
 //
 // Units:     seconds of a clock that never goes back. No result depends on it.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // OpenEXR pictures: scan lines, ZIP compression, channels R G B A, and the shot's metadata.
 //
 // Shapes:    matrices are 16 floats, row by row, for row vectors (p' = p · M), which in memory is

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A view of a float image as a renderer leaves it; it owns nothing.
 #pragma once
 

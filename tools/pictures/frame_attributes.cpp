@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/pictures/frame_attributes.h"
 
 #include "tools/comp/knobs.h"

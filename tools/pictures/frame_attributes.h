@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // What a picture file says about how it was made: the camera's matrices and the knobs.
 //
 // Shapes:    matrices are for row vectors, from the host's world.

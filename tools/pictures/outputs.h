@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The files that a render writes for each frame, by the names' endings.
 //
 // Errors:    UsageFailure for unusable names, WorkFailure for files that cannot be written.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // PNG pictures: 8-bit RGB through the display transform of tools/pictures/tone.h, marked as sRGB.
 //
 // Shapes:    opaque, whatever the picture's alpha: stars add light and leave coverage at 0.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "tools/pictures/tone.h"
 
 #include "core/srgb.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The display transform of 8-bit pictures: exposure, a shoulder that keeps the hue, sRGB encoding.
 //
 // For a linear colour c with largest channel m, exposed by E stops:

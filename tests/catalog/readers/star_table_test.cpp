@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: BSD-3-Clause
 #include "catalog/readers/star_table.h"
 #include "tests/catalog/failures.h"
 #include "tests/catalog/gzip.h"

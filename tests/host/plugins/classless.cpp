@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A plug-in whose class is not named like its file.
 #include <DDImage/Op.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // An op that breaks the host's rules, one for each setting of its knob.
 #include <DDImage/Iop.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // An image whose pixels encode their place: red is the column, green the row, blue the frame if
 // the node is `timed`, alpha is `level`. It can fail in every way that is allowed.
 #include <DDImage/Iop.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // An image op that records every call of the host.
 //
 // Inputs:    0, an image, which it passes on with `gain` added; 1, an image over time: as many

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The sum of one to four images.
 #include <DDImage/Iop.h>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A plug-in whose static objects throw while it is loaded.
 #include <DDImage/Op.h>
 #include <stdexcept>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // The camera of a host of version TEST_HOST_MAJOR.TEST_HOST_MINOR, which has one set of accessors.
 #include "node/sdk.h"
 

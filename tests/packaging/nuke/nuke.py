@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 """As much of the host's module as start-up scripts use.
 
 NUKE_VERSION (major.minor) and NUKE_GUI (set or not) say which host it is.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: BSD-3-Clause
 """Starts up as the host does and tells what came of it: start.py SCRIPT...
 
 The scripts run one after the other without being told where they lie. Then

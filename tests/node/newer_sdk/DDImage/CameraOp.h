@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A camera with those accessors alone that the version of the interface has.
 #pragma once
 

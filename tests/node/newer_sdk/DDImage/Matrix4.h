@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // Matrices of the host, as little of them as a camera's place takes: column by column.
 #pragma once
 

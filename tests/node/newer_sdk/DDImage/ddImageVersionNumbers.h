@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: BSD-3-Clause
+
 // A version of the host's interface that the test picks.
 #pragma once
 
