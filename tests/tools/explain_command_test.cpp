@@ -252,6 +252,19 @@ TEST_F(Explain, FindsNothingWithoutADatabase) {
               "frame 1, pixel 0,0 (row 7 from the top) of 8x8\nrecords: 0\nlight: 0,0,0\n");
 }
 
+// A saturation beyond single precision turns the colour into infinity less infinity.
+TEST_F(Explain, NamesTheStarThatSpoilsAPixel) {
+    write_sky({make_star(85, 0, 2), make_star(90, 0, 2)});
+    for (const char* engine : {"", " --reference"}) {
+        const Ran ran = run("explain --pixel 32,17 --knob saturation=1e308" + std::string(engine) +
+                            small("--vaperture 13.824"));
+        EXPECT_EQ(ran.status, 0);
+        EXPECT_EQ(ran.err, "");
+        EXPECT_EQ(records_in(ran.out), (std::vector<int>{2}));
+        EXPECT_NE(line_of(ran.out, "light: ").find("nan"), std::string::npos) << ran.out;
+    }
+}
+
 TEST_F(Explain, RefusesWhatItCannotExplain) {
     write_sky({make_star(90, 0, 2)});
     folder.write("text.velmora", "no database, but as long as its header is");

@@ -15,8 +15,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
-#include <cstring>
 
 namespace velmora {
 
@@ -79,6 +79,13 @@ static Light light_at(const RenderedFrame& frame, const Pixel& pixel) {
     const std::size_t at = std::size_t(pixel.y) * std::size_t(frame.view.width);
     const float* const floats = &frame.pixels[4 * (at + std::size_t(pixel.x))];
     return {floats[1], floats[2], floats[3]};
+}
+
+// Bit for bit, but for the signs of NaNs, which depend on the order of operands.
+static bool is_same(const Light& a, const Light& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), [](float one, float other) {
+        return one == other || (std::isnan(one) && std::isnan(other));
+    });
 }
 
 // ---- the report --------------------------------------------------------------------------------
@@ -216,7 +223,7 @@ void explain(const ExplainOptions& options) {
     // Draw the frame as render does, then star by star, and compare.
     const std::unique_ptr<RenderedFrame> rendered = NodeRenderer(node).render(frame);
     const PixelTrace traced = trace_of(node, rendered->view, pixel, level);
-    if (traced.light() != light_at(*rendered, pixel))
+    if (!is_same(traced.light(), light_at(*rendered, pixel)))
         throw WorkFailure(node.knob("starfile")->get_text(),
                           "its records do not add up to the rendered pixel, so it was changed "
                           "meanwhile");
