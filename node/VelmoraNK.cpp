@@ -89,6 +89,7 @@ void VelmoraNK::knobs(Knob_Callback f) {
     Axis_knob(f, &transform, "transform");
 }
 
+// The knobs reach the hash through the host; the axis knob's matrix does not.
 void VelmoraNK::append(Hash& hash) {
     Op::append(hash);
     for (int i = 0; i < 16; i++)
@@ -123,10 +124,12 @@ const char* VelmoraNK::input_label(int n, char* buffer) const {
     }
 }
 
+// As many copies of the camera as there are samples.
 int VelmoraNK::split_input(int n) const {
     return n == INPUT_CAMERA ? velmora::camera_samples(blur_segs) : 1;
 }
 
+// Each copy of the camera is asked for at its sample's time.
 const OutputContext& VelmoraNK::inputContext(int n, int m, OutputContext& scratch) const {
     if (n != INPUT_CAMERA)
         return outputContext();
@@ -239,6 +242,7 @@ void VelmoraNK::open_star_file() {
 
 // ---- picture -----------------------------------------------------------------------------------
 
+// Nothing is read from the inputs' images.
 void VelmoraNK::_request(int, int, int, int, ChannelMask, int) {}
 
 namespace {

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
-// Eight floats or four doubles at a time; the same operations as in lanes_sse2.h.
+// Eight floats or four doubles at a time, with AVX2; the same operations as in lanes_sse2.h.
+//
+// Shapes:    F is two pixels of four interleaved floats, or as many floats in a row; D is half of
+//            that many doubles. M and MD are what their comparisons give.
+// Accuracy:  every operation is rounded once, as IEEE 754 has it; none is fused.
+// Threads:   pure functions over registers.
 #pragma once
 
 #include <immintrin.h>
@@ -28,9 +33,11 @@ static inline F load(const float* p) {
 static inline void store(float* p, F v) {
     _mm256_storeu_ps(p, v);
 }
+// 0, 1, 2, …
 static inline F lane_numbers() {
     return _mm256_setr_ps(0, 1, 2, 3, 4, 5, 6, 7);
 }
+// b when either is NaN.
 static inline F larger(F a, F b) {
     return _mm256_max_ps(a, b);
 }
@@ -55,15 +62,18 @@ static inline M both(M a, M b) {
 static inline M either(M a, M b) {
     return _mm256_or_ps(a, b);
 }
+// Lanes of a that are not in b.
 static inline M without(M a, M b) {
     return _mm256_andnot_ps(b, a);
 }
+// Lanes of `yes` where m is set, of `no` elsewhere.
 static inline F select(M m, F yes, F no) {
     return _mm256_blendv_ps(no, yes, m);
 }
 static inline bool any(M m) {
     return _mm256_movemask_ps(m) != 0;
 }
+// One bit per lane, the first lane's lowest.
 static inline int mask_bits(M m) {
     return _mm256_movemask_ps(m);
 }
@@ -92,22 +102,27 @@ static inline M floats_of(int pixels) {
     const int second = pixels == 2 ? -1 : 0;
     return _mm256_castsi256_ps(_mm256_setr_epi32(-1, -1, -1, -1, second, second, second, second));
 }
+// Loads the first `count` pixels and touches no others; the rest is 0.
 static inline F load_pixels(const float* p, int count) {
     return count == 2 ? _mm256_loadu_ps(p)
                       : _mm256_insertf128_ps(_mm256_setzero_ps(), _mm_loadu_ps(p), 0);
 }
+// Stores the first `count` pixels and touches no others.
 static inline void store_pixels(float* p, F v, int count) {
     if (count == 2)
         _mm256_storeu_ps(p, v);
     else
         _mm_storeu_ps(p, _mm256_castps256_ps128(v));
 }
+// One color's four floats for every pixel of a vector.
 static inline F color_floats(const float c[4]) {
     return _mm256_broadcast_ps(reinterpret_cast<const __m128*>(c));
 }
+// Each pixel's first float in all four of its floats.
 static inline F spread_first(F v) {
     return _mm256_permute_ps(v, 0);
 }
+// The first float of every pixel.
 static inline M first_of_pixels() {
     return _mm256_castsi256_ps(_mm256_setr_epi32(-1, 0, 0, 0, -1, 0, 0, 0));
 }
@@ -175,6 +190,7 @@ static inline D add_to_exponent(D y, D n_bits) {
 
 // ---- Between the two -------------------------------------------------------------------------
 
+// Two vectors of doubles as one of floats, in the order that in_pixel_order() takes.
 static inline F narrowed(D low, D high) {
     return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm256_cvtpd_ps(low)), _mm256_cvtpd_ps(high),
                                 1);

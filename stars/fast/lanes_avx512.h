@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
-// Sixteen floats or eight doubles at a time; the same operations as in lanes_sse2.h.
+// Sixteen floats or eight doubles at a time, with AVX-512; the same operations as in lanes_sse2.h.
+//
+// Shapes:    F is four pixels of four interleaved floats, or as many floats in a row; D is half of
+//            that many doubles. M and MD are what their comparisons give.
+// Accuracy:  every operation is rounded once, as IEEE 754 has it; none is fused.
+// Threads:   pure functions over registers.
 #pragma once
 
 #include <immintrin.h>
@@ -28,9 +33,11 @@ static inline F load(const float* p) {
 static inline void store(float* p, F v) {
     _mm512_storeu_ps(p, v);
 }
+// 0, 1, 2, …
 static inline F lane_numbers() {
     return _mm512_setr_ps(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
 }
+// b when either is NaN.
 static inline F larger(F a, F b) {
     return _mm512_max_ps(a, b);
 }
@@ -55,15 +62,18 @@ static inline M both(M a, M b) {
 static inline M either(M a, M b) {
     return static_cast<M>(a | b);
 }
+// Lanes of a that are not in b.
 static inline M without(M a, M b) {
     return static_cast<M>(a & ~b);
 }
+// Lanes of `yes` where m is set, of `no` elsewhere.
 static inline F select(M m, F yes, F no) {
     return _mm512_mask_blend_ps(m, no, yes);
 }
 static inline bool any(M m) {
     return m != 0;
 }
+// One bit per lane, the first lane's lowest.
 static inline int mask_bits(M m) {
     return m;
 }
@@ -92,18 +102,23 @@ static inline F spread(F v) {
 static inline M floats_of(int pixels) {
     return static_cast<M>((1u << (4 * pixels)) - 1);
 }
+// Loads the first `count` pixels and touches no others; the rest is 0.
 static inline F load_pixels(const float* p, int count) {
     return _mm512_maskz_loadu_ps(floats_of(count), p);
 }
+// Stores the first `count` pixels and touches no others.
 static inline void store_pixels(float* p, F v, int count) {
     _mm512_mask_storeu_ps(p, floats_of(count), v);
 }
+// One color's four floats for every pixel of a vector.
 static inline F color_floats(const float c[4]) {
     return _mm512_broadcast_f32x4(_mm_loadu_ps(c));
 }
+// Each pixel's first float in all four of its floats.
 static inline F spread_first(F v) {
     return _mm512_permute_ps(v, 0);
 }
+// The first float of every pixel.
 static inline M first_of_pixels() {
     return 0x1111;
 }
@@ -171,6 +186,7 @@ static inline D add_to_exponent(D y, D n_bits) {
 
 // ---- Between the two -------------------------------------------------------------------------
 
+// Two vectors of doubles as one of floats, in the order that in_pixel_order() takes.
 static inline F narrowed(D low, D high) {
     return _mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps(low)), _mm512_cvtpd_ps(high),
                               1);
