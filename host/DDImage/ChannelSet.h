@@ -39,9 +39,13 @@ public:
     operator bool() const { return !empty(); }
     unsigned size() const { return unsigned(members.count()); }
 
+    // ---- one after the other --------------------------------------------------------------------
+
     // The first channel, and the one after `channel`; Chan_Black at the end.
     Channel first() const { return next(Chan_Black); }
     Channel next(Channel channel) const;
+
+    // ---- members --------------------------------------------------------------------------------
 
     // Chan_Black is never a member.
     void insert(Channel channel) {
@@ -64,6 +68,8 @@ public:
     void erase(const Channel* channels, int count) { erase(ChannelSet(channels, count)); }
     void swap(ChannelSet& set) { std::swap(members, set.members); }
     ChannelSet intersection(const ChannelSet& set) const { return *this & set; }
+
+    // ---- operators ------------------------------------------------------------------------------
 
     // With a set, a Channel or a ChannelSetInit. Templates, because the conversion to bool would
     // make the built-in operators equally good matches for the latter two.

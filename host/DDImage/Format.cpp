@@ -34,6 +34,8 @@ void Format::add(const char* name) {
     named_formats().push_back(&added);
 }
 
+// ---- the list of named formats ------------------------------------------------------------------
+
 std::size_t Format::size() {
     return named_formats().size();
 }

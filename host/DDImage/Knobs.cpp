@@ -19,6 +19,8 @@ static Knob* arrangement(Knob_Callback f, KnobType type, NAME name, LABEL label)
     return f.declare({type, NoPtr, nullptr, name, label});
 }
 
+// ---- numbers ------------------------------------------------------------------------------------
+
 Knob* Int_knob(Knob_Callback f, int* p, NAME name, LABEL label) {
     return numbers(f, INT_KNOB, IntPtr, p, 1, name, label);
 }
@@ -103,6 +105,8 @@ Knob* WH_knob(Knob_Callback f, double* p, NAME name, LABEL label) {
     return numbers(f, WH_KNOB, DoublePtr, p, 2, name, label);
 }
 
+// ---- menus, texts and others --------------------------------------------------------------------
+
 Knob* Enumeration_knob(Knob_Callback f, int* p, const char* const* items, NAME name, LABEL label) {
     KnobSpec spec = {ENUMERATION_KNOB, IntPtr, p, name, label};
     spec.items = items;
@@ -134,6 +138,8 @@ Knob* Input_ChannelMask_knob(Knob_Callback f, ChannelSet* p, int, NAME name, LAB
 Knob* Axis_knob(Knob_Callback f, Matrix4* p, NAME name, LABEL label) {
     return f.declare({AXIS_KNOB, MatrixPtr, p, name, label});
 }
+
+// ---- the panel ----------------------------------------------------------------------------------
 
 Knob* Text_knob(Knob_Callback f, const char* text) {
     return arrangement(f, TEXT_KNOB, "", text);
@@ -177,6 +183,10 @@ Knob* BeginClosedGroup(Knob_Callback f, NAME name, LABEL label) {
 Knob* EndGroup(Knob_Callback f) {
     return arrangement(f, END_GROUP_KNOB, "", nullptr);
 }
+
+// ---- about the knob before ----------------------------------------------------------------------
+
+// Only while knobs are made; later passes have no last knob.
 
 void Tooltip(Knob_Callback f, const char* text) {
     if (Knob* const knob = f.made_last())

@@ -109,6 +109,8 @@ Matrix4 Matrix4::inverse() const {
     return inverted;
 }
 
+// ---- transformations ----------------------------------------------------------------------------
+
 void Matrix4::translation(float x, float y, float z) {
     makeIdentity();
     a03 = x;

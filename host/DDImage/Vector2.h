@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 // Two floats: a point or a size on a plane.
+//
+// Accuracy:  plain float arithmetic, term by term.
 #pragma once
 
 #include <cmath>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 // Three floats: a point or a direction in space.
+//
+// Accuracy:  plain float arithmetic, term by term.
 #pragma once
 
 #include <cmath>

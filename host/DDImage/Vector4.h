@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 // Four floats: a homogeneous point, the point (x, y, z) / w.
+//
+// Errors:    divide_w() with w = 0 gives infinities or NaN.
 #pragma once
 
 #include <DDImage/Vector3.h>

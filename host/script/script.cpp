@@ -249,6 +249,8 @@ void ScriptBuilder::check_class(const ScriptValue& name) const {
         fail(name, in_quotes(name) + " cannot be the class of a node");
 }
 
+// ---- the contents of a block --------------------------------------------------------------------
+
 // N inputs, or N+M with M masks, which are popped from the stack like the others.
 std::size_t ScriptBuilder::read_count(const ScriptValue& value) const {
     const std::string_view text = value.text;
@@ -325,6 +327,8 @@ std::size_t ScriptBuilder::read_number(const std::vector<ScriptKnob>& knobs) con
         fail(number->value, in_quotes(number->value) + " is not the number of an input");
     return static_cast<std::size_t>(which);
 }
+
+// ---- nodes and groups ---------------------------------------------------------------------------
 
 // Gives a node the knobs of its original; `original` is -1 for one that is resolved.
 void ScriptBuilder::make_clone(ScriptNode& node, int original) const {

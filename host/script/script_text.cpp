@@ -65,6 +65,7 @@ private:
 
 } // namespace
 
+// Takes one character, and counts lines and columns.
 char Scanner::take() {
     const char ch = text[offset++];
     if (ch == '\n') {
