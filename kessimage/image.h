@@ -149,7 +149,8 @@ public:
     Image(const Image&) = delete;
     Image& operator=(const Image&) = delete;
 
-    // Frees the pixels, and poisons the spec so that use after destruction is noticed.
+    // Frees the pixels, and poisons the image's size and format so that use after destruction is
+    // noticed.
     ~Image();
 
     // alloc() allocates pixels again after free(); in between, `data` is null.
